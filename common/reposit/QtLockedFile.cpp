@@ -55,8 +55,10 @@ bool QtLockedFile::lock(LockMode mode, bool block)
     struct flock record = wholeFileRecord(mode == ReadLock ? F_RDLCK : F_WRLCK);
     const int command = block ? F_SETLKW : F_SETLK;
     if (::fcntl(handle(), command, &record) == -1) {
-        if (errno != EINTR && errno != EAGAIN)
-            qCWarning(lcLockedFile, "QtLockedFile::lock(): fcntl: %s", std::strerror(errno));
+        // Kept before logging: the first use of a category reads its rules from disk.
+        const int error = errno;
+        if (error != EINTR && error != EAGAIN)
+            qCWarning(lcLockedFile, "QtLockedFile::lock(): fcntl: %s", std::strerror(error));
         return false;
     }
     m_lock_mode = mode;
@@ -74,8 +76,9 @@ bool QtLockedFile::unlock()
 
     struct flock record = wholeFileRecord(F_UNLCK);
     if (::fcntl(handle(), F_SETLKW, &record) == -1) {
+        const int error = errno;
         // Shares the lock path's text so one pattern finds every fcntl failure.
-        qCWarning(lcLockedFile, "QtLockedFile::lock(): fcntl: %s", std::strerror(errno));
+        qCWarning(lcLockedFile, "QtLockedFile::lock(): fcntl: %s", std::strerror(error));
         return false;
     }
     m_lock_mode = NoLock;

@@ -100,15 +100,18 @@ void ensureFileIsPublic(const QString& path)
     if (::stat(nativePath.constData(), &info) != 0) {
         const int fd = ::open(nativePath.constData(), O_WRONLY | O_CREAT, 0666);
         if (fd == -1) {
+            const int error = errno;
             qCWarning(lcOptions).noquote() << "Warning in ensureFileIsPublic: cannot create" << path
-                                           << std::strerror(errno);
+                                           << std::strerror(error);
             return;
         }
         ::close(fd);
         info.st_mode = S_IFREG;
     }
     const mode_t mode = S_ISDIR(info.st_mode) ? 0777 : 0666;
-    if (::chmod(nativePath.constData(), mode) != 0)
+    if (::chmod(nativePath.constData(), mode) != 0) {
+        const int error = errno;
         qCWarning(lcOptions).noquote() << "Warning in ensureFileIsPublic: cannot change mode of" << path
-                                       << std::strerror(errno);
+                                       << std::strerror(error);
+    }
 }

@@ -100,7 +100,7 @@ TEST_F(LockedFileTest, HeldModeIsAnsweredWithoutAskingTheSystem)
     EXPECT_TRUE(file.lock(QtLockedFile::NoLock));
     EXPECT_FALSE(file.lock(QtLockedFile::WriteLock, false));
     EXPECT_EQ(file.lockMode(), QtLockedFile::NoLock);
-    EXPECT_EQ(g_warnings, QStringList(QStringLiteral("QtLockedFile::lock(): fcntl: Bad file descriptor")));
+    EXPECT_EQ(g_warnings.join(u'\n').toStdString(), "QtLockedFile::lock(): fcntl: Bad file descriptor");
 }
 
 TEST_F(LockedFileTest, LockHeldElsewhereFailsQuietlyWithoutBlocking)
