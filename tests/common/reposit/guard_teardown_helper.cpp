@@ -19,11 +19,10 @@ void afterTeardown()
     RRepositObject::changeGuard(&changed, &object);
     RObject* removed = &object;
     RRepositObject::removeGuard(&removed);
-    RRepositObject::clearGuards(&object);
-
     std::printf("teardown: add=%s change=%s remove=%s\n", added ? "kept" : "null",
                 changed ? "kept" : "null", removed ? "kept" : "null");
     std::fflush(stdout);
+    RRepositObject::clearGuards(&object); // and must not touch anything either
 }
 
 } // namespace
