@@ -4,7 +4,8 @@
 
 namespace {
 
-// A parent that hands out its children, and can pretend to have none.
+// A parent that hands out its children (or claims to have none), and counts how
+// often the library reaches its override.
 class Parent : public RRepositObject {
 public:
     bool getAllChildObjects(QList<RRepositObject*>& children) override
@@ -23,217 +24,119 @@ public:
     int m_clearModifiedCalls = 0;
 };
 
-// ---- column sets -------------------------------------------------------------------
-
-TEST(Columns, OutOfRangeNumbersAreOutsideEverySet)
+TEST(Columns, NumbersOneToSixtyFourMapToBits)
 {
-    RRepositObject object;
-    for (const unsigned int col : { 0u, 65u, 1000u }) {
-        object.setCol(col);
-        EXPECT_FALSE(object.isColSet(col)) << col;
-        EXPECT_FALSE(object.isColModified(col)) << col;
-        EXPECT_FALSE(object.hasModifiedCols(false)) << col;
-    }
-    EXPECT_FALSE(RRepositObject::isColSet(0, ~0ull));
-    EXPECT_FALSE(RRepositObject::isColSet(65, ~0ull));
-}
-
-TEST(Columns, NumbersMapToBitsFromOne)
-{
-    struct Row {
+    const struct {
         unsigned int col;
-        unsigned long long bits;
-    };
-    const Row rows[] = { { 1, 1ull }, { 3, 4ull }, { 64, 1ull << 63 } };
-    for (const Row& row : rows) {
-        EXPECT_TRUE(RRepositObject::isColSet(row.col, row.bits)) << row.col;
-        EXPECT_FALSE(RRepositObject::isColSet(row.col, ~row.bits)) << row.col;
+        bool inRange;
+    } rows[] = { { 0, false }, { 1, true }, { 3, true }, { 64, true }, { 65, false } };
+    for (const auto& row : rows) {
+        RRepositObject object;
+        object.setCol(row.col);
+        EXPECT_EQ(object.isColSet(row.col), row.inRange) << row.col;
+        EXPECT_EQ(object.isColModified(row.col), row.inRange) << row.col;
+        EXPECT_EQ(object.hasModifiedCols(false), row.inRange) << row.col;
+        EXPECT_EQ(RRepositObject::isColSet(row.col, ~0ull), row.inRange) << row.col;
+        EXPECT_FALSE(object.isModified()) << "columns leave the counters alone";
     }
-}
+    EXPECT_TRUE(RRepositObject::isColSet(64, 1ull << 63));
+    EXPECT_FALSE(RRepositObject::isColSet(64, ~(1ull << 63)));
 
-TEST(Columns, SetMarksModifiedAndClearsIndependently)
-{
     RRepositObject object;
     object.setCol(3);
-    object.setCol(64);
-    EXPECT_TRUE(object.isColSet(3));
-    EXPECT_TRUE(object.isColModified(3));
-    EXPECT_TRUE(object.isColDirty(64));
-    EXPECT_FALSE(object.isColSet(4));
-    EXPECT_FALSE(object.isModified()) << "columns do not move the counters";
-
     object.clearCol(3);
     EXPECT_FALSE(object.isColSet(3));
-    EXPECT_TRUE(object.isColModified(3));
-    object.clearModifiedCol(64);
-    EXPECT_TRUE(object.isColSet(64));
-    EXPECT_FALSE(object.isColDirty(64));
+    EXPECT_TRUE(object.isColDirty(3));
+    object.clearModifiedCol(3);
+    EXPECT_FALSE(object.isColDirty(3));
 }
-
-// ---- versions ----------------------------------------------------------------------
 
 TEST(Versions, SaveLifecycleKeepsLaterChangesApart)
 {
     RRepositObject object;
-    object.setModified();
+    object.setCol(4);
+    object.setModified(); // a fresh modification starts without columns
+    EXPECT_FALSE(object.isColModified(4));
     object.setCol(2);
-    object.setCol(5);
-    ASSERT_TRUE(object.isModified());
 
     object.setSaving(true);
     EXPECT_TRUE(object.isSaving());
     EXPECT_TRUE(object.isColSaving(2));
-    EXPECT_TRUE(object.isColSaving(5));
     EXPECT_FALSE(object.hasModifiedCols(false));
+    object.clearAllSavingCols(false); // refused while saving
     EXPECT_TRUE(object.isColDirty(2));
 
     object.setModified(); // a change during the save
     object.setCol(7);
-    EXPECT_TRUE(object.isColModified(7));
+    object.clearAllModifiedCols(false); // refused while modified
     EXPECT_FALSE(object.isColSaving(7));
 
     object.setSaved();
     EXPECT_FALSE(object.isSaving());
-    EXPECT_FALSE(object.hasSavingCols(false));
+    EXPECT_FALSE(object.isColSaving(2));
     EXPECT_TRUE(object.isModified());
     EXPECT_TRUE(object.isColModified(7));
 
     object.setSaving(true);
     object.setSaved();
     EXPECT_FALSE(object.isModified());
-    EXPECT_FALSE(object.checkIfModified());
 }
 
-TEST(Versions, SavingWithoutChangesStillTakesANewVersion)
-{
-    RRepositObject object;
-    object.setSaving(true);
-    EXPECT_TRUE(object.isSaving());
-    object.setSaved();
-    EXPECT_FALSE(object.isModified());
-    EXPECT_FALSE(object.isSaving());
-}
-
-TEST(Versions, SetSavedWithoutSavingChangesNothing)
+TEST(Versions, SavedNeedsSavingAndModifiedNeedsColumns)
 {
     RRepositObject object;
     object.setModified();
     object.setCol(1);
     object.setSaved();
-    EXPECT_TRUE(object.isModified());
-    EXPECT_TRUE(object.isColModified(1));
+    EXPECT_TRUE(object.isModified()) << "setSaved without setSaving";
+    EXPECT_TRUE(object.checkIfModified());
+
+    object.clearModifiedCol(1);
+    EXPECT_FALSE(object.checkIfModified());
+    EXPECT_FALSE(object.isModified());
 }
 
-TEST(Versions, CheckIfModifiedDropsAFlagWithoutColumns)
-{
-    RRepositObject bare;
-    bare.setModified();
-    EXPECT_FALSE(bare.checkIfModified());
-    EXPECT_FALSE(bare.isModified());
-
-    RRepositObject withColumn;
-    withColumn.setModified();
-    withColumn.setCol(9);
-    EXPECT_TRUE(withColumn.checkIfModified());
-    EXPECT_TRUE(withColumn.isModified());
-}
-
-TEST(Versions, ModifiedColumnsBeforeSetModifiedAreDropped)
-{
-    RRepositObject object;
-    object.setCol(4);
-    object.setModified();
-    EXPECT_FALSE(object.isColModified(4));
-    EXPECT_TRUE(object.isColSet(4));
-}
-
-// ---- children ----------------------------------------------------------------------
-
-TEST(Children, ModifiedColumnsOfChildrenCountWhenRecursive)
+TEST(Children, RecursionFollowsGetAllChildObjects)
 {
     Parent parent;
     RRepositObject child;
     parent.m_children = { &child };
     parent.setModified();
+    child.setModified();
     child.setCol(2);
-
     EXPECT_TRUE(parent.hasModifiedCols(true));
     EXPECT_FALSE(parent.hasModifiedCols(false));
     EXPECT_TRUE(parent.checkIfModified());
 
-    parent.m_answer = false; // "no children", whatever the list holds
-    EXPECT_FALSE(parent.hasModifiedCols(true));
-}
-
-TEST(Children, SaveLifecycleReachesChildren)
-{
-    Parent parent;
-    RRepositObject child;
-    parent.m_children = { &child };
-    child.setModified();
-    child.setCol(3);
-
     parent.setSaving(true);
-    EXPECT_TRUE(child.isSaving());
-    EXPECT_TRUE(child.isColSaving(3));
+    EXPECT_TRUE(child.isColSaving(2));
     EXPECT_TRUE(parent.hasSavingCols(true));
     EXPECT_FALSE(parent.hasSavingCols(false));
-
     parent.setSaved();
     EXPECT_FALSE(child.isSaving());
     EXPECT_FALSE(child.isModified());
-}
 
-TEST(Children, BulkClearsRecurseOnlyWhenAsked)
-{
-    Parent parent;
-    RRepositObject child;
-    parent.m_children = { &child };
-    parent.setCol(1);
-    child.setCol(1);
-
+    child.setCol(5);
     parent.clearAllCols(false);
-    EXPECT_FALSE(parent.isColSet(1));
-    EXPECT_TRUE(child.isColSet(1));
+    EXPECT_TRUE(child.isColSet(5));
+    parent.m_answer = false; // "no children", whatever the list holds
+    EXPECT_FALSE(parent.hasModifiedCols(true));
     parent.clearAllCols(true);
-    EXPECT_FALSE(child.isColSet(1));
-
-    parent.clearAllModifiedCols(true); // neither object is modified
-    EXPECT_FALSE(child.isColModified(1));
+    EXPECT_TRUE(child.isColSet(5));
+    parent.m_answer = true;
+    parent.clearAllCols(true);
+    EXPECT_FALSE(child.isColSet(5));
 }
 
-TEST(Children, ClearingKeepsColumnsOfAModifiedOrSavingObject)
-{
-    RRepositObject object;
-    object.setModified();
-    object.setCol(6);
-    object.clearAllModifiedCols(false);
-    EXPECT_TRUE(object.isColModified(6));
-
-    object.setSaving(true);
-    object.clearAllSavingCols(false);
-    EXPECT_TRUE(object.isColSaving(6));
-}
-
-TEST(Children, SetModifiedTwiceRaisesOnceThroughTheOverride)
+TEST(Children, SetModifiedReachesTheOverrideOncePerVersion)
 {
     Parent parent;
     parent.setModified();
     parent.setModified(); // already modified and not saving: nothing to do
     EXPECT_EQ(parent.m_clearModifiedCalls, 1);
-
     parent.setSaving(true);
     parent.setModified(); // a new version on top of the one being saved
     EXPECT_EQ(parent.m_clearModifiedCalls, 2);
-}
-
-TEST(Identity, ComparesByAddress)
-{
-    const RRepositObject objects[2];
-    EXPECT_TRUE(objects[0].compareLessThan(objects[1]));
-    EXPECT_FALSE(objects[1].compareLessThan(objects[0]));
-    EXPECT_TRUE(objects[0].compareEqual(objects[0]));
-    EXPECT_FALSE(objects[0].compareEqual(objects[1]));
 }
 
 } // namespace
