@@ -3,13 +3,12 @@
 #include <QByteArray>
 #include <QString>
 
-#include <expat.h>
-
 #include <memory>
-#include <type_traits>
+
+struct XML_ParserStruct;
 
 // An expat push parser that forwards element and text events to a handler. Owns the
-// XML_Parser; external entities and external DTD subsets are never loaded.
+// expat parser; external entities and external DTD subsets are never loaded.
 class ExpatParser {
 public:
     class Handler {
@@ -33,13 +32,8 @@ public:
 
 private:
     struct ParserFree {
-        void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+        void operator()(XML_ParserStruct *parser) const;
     };
 
-    static void XMLCALL onStart(void *self, const XML_Char *name, const XML_Char **atts);
-    static void XMLCALL onEnd(void *self, const XML_Char *name);
-    static void XMLCALL onText(void *self, const XML_Char *text, int length);
-
-    Handler &m_handler;
-    std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserFree> m_parser;
+    std::unique_ptr<XML_ParserStruct, ParserFree> m_parser;
 };

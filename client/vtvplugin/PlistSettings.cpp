@@ -43,6 +43,18 @@ QString swapSeparators(const QString &key, QChar from1, QChar to1, QChar from2, 
     return out;
 }
 
+QString plistKeyFromSettingsKey(const QString &key)
+{
+    return swapSeparators(key, QLatin1Char('/'), QLatin1Char('.'), QLatin1Char('.'), kMiddleDot,
+                          kMiddleDot, QLatin1Char('/'));
+}
+
+QString settingsKeyFromPlistKey(const QString &key)
+{
+    return swapSeparators(key, QLatin1Char('.'), QLatin1Char('/'), kMiddleDot, QLatin1Char('.'),
+                          QLatin1Char('/'), kMiddleDot);
+}
+
 QVariant variantFromNode(plist_t node, int depth);
 
 QString stringFromNode(plist_t node)
@@ -157,7 +169,7 @@ bool flattenDict(plist_t dict, const QString &prefix, int depth, QSettings::Sett
         return false;
     bool ok = true;
     forEachDictItem(dict, [&](const QString &rawKey, plist_t value) {
-        const QString key = prefix + PlistSettings::settingsKeyFromPlistKey(rawKey);
+        const QString key = prefix + settingsKeyFromPlistKey(rawKey);
         if (plist_get_node_type(value) == PLIST_DICT)
             ok = flattenDict(value, key + QLatin1Char('/'), depth + 1, map) && ok;
         else
@@ -295,7 +307,7 @@ bool writePlist(QIODevice &device, const QSettings::SettingsMap &map)
             qCWarning(lcPlist).noquote() << "Warning: value not stored in property list:" << it.key();
             continue;
         }
-        const QByteArray key = PlistSettings::plistKeyFromSettingsKey(it.key()).toUtf8();
+        const QByteArray key = plistKeyFromSettingsKey(it.key()).toUtf8();
         plist_dict_set_item(root.get(), key.constData(), node.release());
     }
     char *raw = nullptr;
@@ -315,16 +327,4 @@ QSettings::Format PlistSettings::format()
     static const QSettings::Format registered =
         QSettings::registerFormat(QStringLiteral("plist"), readPlist, writePlist);
     return registered;
-}
-
-QString PlistSettings::plistKeyFromSettingsKey(const QString &key)
-{
-    return swapSeparators(key, QLatin1Char('/'), QLatin1Char('.'), QLatin1Char('.'), kMiddleDot,
-                          kMiddleDot, QLatin1Char('/'));
-}
-
-QString PlistSettings::settingsKeyFromPlistKey(const QString &key)
-{
-    return swapSeparators(key, QLatin1Char('.'), QLatin1Char('/'), kMiddleDot, QLatin1Char('.'),
-                          QLatin1Char('/'), kMiddleDot);
 }

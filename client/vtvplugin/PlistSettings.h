@@ -15,9 +15,4 @@ public:
     PlistSettings() = delete;
 
     static QSettings::Format format();
-
-    // The two directions of the key mapping, exposed for the few places that
-    // look at raw property-list keys.
-    static QString plistKeyFromSettingsKey(const QString &key);
-    static QString settingsKeyFromPlistKey(const QString &key);
 };

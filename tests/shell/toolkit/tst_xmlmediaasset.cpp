@@ -49,23 +49,4 @@ TEST(XmlMediaAsset, CoverArtPrefersGivenThenLocalPreviewThenDefault)
     EXPECT_EQ(asset.coverArt(), given);
 }
 
-TEST(XmlMediaAsset, AnswersFromKeysWithFallbacks)
-{
-    XmlMediaAsset asset;
-    EXPECT_TRUE(asset.title().isNull());
-    EXPECT_FALSE(asset.dateAcquired().has_value());
-    EXPECT_FALSE(asset.hasVideoContent());
-
-    asset.setValue("title", "The Film");
-    asset.setValue("mediaURL", "file:///srv/movies/film.m4v");
-    EXPECT_EQ(asset.titleForSorting(), "The Film");
-    EXPECT_TRUE(asset.isLocal());
-    EXPECT_EQ(asset.assetID(), "file:///srv/movies/film.m4v");
-    asset.setValue("mediaURL", "http://example.org/film.m4v");
-    EXPECT_FALSE(asset.isLocal());
-
-    asset.setBookmarkTimeInMS(61500);
-    EXPECT_EQ(asset.bookmarkTimeInSeconds(), 61);
-}
-
 } // namespace
