@@ -66,6 +66,8 @@ struct MetadataRow {
     int duration;
 };
 
+void PrintTo(const MetadataRow &row, std::ostream *os) { *os << row.name; }
+
 class MetadataRules : public MediaAssetTest, public ::testing::WithParamInterface<MetadataRow> {};
 
 TEST_P(MetadataRules, FieldsFollowTheElementRules)

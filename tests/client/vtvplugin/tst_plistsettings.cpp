@@ -126,6 +126,8 @@ struct BadFile {
     QByteArray bytes;
 };
 
+void PrintTo(const BadFile &file, std::ostream *os) { *os << file.name; }
+
 class PlistBadFile : public ::testing::TestWithParam<BadFile> {};
 
 TEST_P(PlistBadFile, ReadsAsEmptyAndStaysUntouched)
