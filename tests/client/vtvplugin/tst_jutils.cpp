@@ -2,72 +2,40 @@
 
 #include "vtvplugin/JUtils.h"
 
-#include <QtGlobal>
-
-#include <algorithm>
-
 namespace {
 
 using JUtilsTest = LibraryFixture;
 
 TEST_F(JUtilsTest, homePathDistrustsShortHomes)
 {
-    struct Row {
-        const char *name;
-        QByteArray home;
-        QString expected;
-    };
-    const QString frontrow = QStringLiteral("/Users/frontrow");
-    const std::vector<Row> rows = {
-        {"empty", QByteArray(), frontrow},
-        {"root", "/", frontrow},
-        {"four characters", "/a/b", frontrow},
-        {"five characters", "/home", QStringLiteral("/home")},
-        {"ordinary", "/home/viewer", QStringLiteral("/home/viewer")},
-    };
-    for (const Row &row : rows) {
-        qputenv("HOME", row.home);
-        EXPECT_EQ(JUtils::homePath(), row.expected) << row.name;
+    const std::vector<std::pair<QByteArray, QString>> rows = {
+        {"", u"/Users/frontrow"_s}, {"/", u"/Users/frontrow"_s}, {"/a/b", u"/Users/frontrow"_s},
+        {"/home", u"/home"_s}, {"/home/viewer", u"/home/viewer"_s}};
+    for (const auto &[home, expected] : rows) {
+        qputenv("HOME", home);
+        EXPECT_EQ(JUtils::homePath(), expected) << home.constData();
     }
 }
 
-TEST_F(JUtilsTest, listingSkipsMalformedFoldersWithTheirWarnings)
+TEST_F(JUtilsTest, listingSkipsMalformedFoldersAndRewritesOddCharacters)
 {
-    const QString vireo = home() + QStringLiteral("/Vireo/");
-    const QString thirtyOne(31, QLatin1Char('a'));
-    const QString noPlist(32, QLatin1Char('b'));
-    ASSERT_TRUE(QDir().mkpath(vireo + QStringLiteral("some.folder")));
-    ASSERT_TRUE(QDir().mkpath(vireo + thirtyOne));
-    ASSERT_TRUE(QDir().mkpath(vireo + noPlist));
-    writeFile(vireo + QString(32, QLatin1Char('c')));  // a plain file is not examined
+    const QString vireo = home() + u"/Vireo/"_s;
+    for (const QString &folder : {u"some.folder"_s, QString(31, u'a'), QString(32, u'b')})
+        QDir().mkpath(vireo + folder);
+    writeFile(vireo + QString(32, u'c'));  // plain files are not examined
+    makePair(u"0123456789-abcdef-0123456789ABCD"_s, u"Den"_s);
 
     LogCapture log;
     QStringList pairs;
     EXPECT_TRUE(JUtils::listVireoTVdirs(pairs));
-    EXPECT_TRUE(pairs.isEmpty());
-    // The order of the two lines follows the file system.
-    QStringList sorted = LogCapture::lines();
-    sorted.sort();
-    EXPECT_EQ(sorted,
-              QStringList({QStringLiteral("Warning in listvireotvdirs: found directory that's not the correct size: ")
-                               + thirtyOne,
-                           QStringLiteral("Warning in listvireotvdirs: found directory with no plist file: ")
-                               + noPlist}));
-}
-
-TEST_F(JUtilsTest, listingRewritesOtherCharactersBeforeComparing)
-{
-    const QString dashed = QStringLiteral("0123456789-abcdef-0123456789ABCD");
-    ASSERT_EQ(dashed.size(), 32);
-    makePair(dashed, QStringLiteral("Den"));
-    makePair(kPairA, QStringLiteral("Office"));
-
-    LogCapture log;
-    QStringList pairs;
-    EXPECT_TRUE(JUtils::listVireoTVdirs(pairs));
-    pairs.sort();
-    EXPECT_EQ(pairs, QStringList({QStringLiteral("0123456789_abcdef_0123456789ABCD"), kPairA}));
-    EXPECT_TRUE(LogCapture::lines().isEmpty()) << LogCapture::lines().join(u'\n').toStdString();
+    EXPECT_EQ(pairs, QStringList(u"0123456789_abcdef_0123456789ABCD"_s));
+    // The dotted name goes silently; the order of the two lines is the file system's.
+    QStringList lines = LogCapture::lines();
+    lines.sort();
+    EXPECT_EQ(lines, QStringList({u"Warning in listvireotvdirs: found directory that's not the correct size: "_s
+                                      + QString(31, u'a'),
+                                  u"Warning in listvireotvdirs: found directory with no plist file: "_s
+                                      + QString(32, u'b')}));
 }
 
 TEST_F(JUtilsTest, linkPathForPair)
@@ -76,112 +44,71 @@ TEST_F(JUtilsTest, linkPathForPair)
         const char *name;
         bool withConfig;
         QString clientName;
-        bool makeFolder;
-        QString expected;  // relative to HOME
+        QString makeFolder;  // folder under HOME + "/Movies/"; "->" makes it a link
+        QString expected;    // after HOME
         bool ok;
-        QString logLine;  // relative to HOME where it names a path; empty: none
+        QString log;  // "%1" stands for HOME
     };
     const std::vector<Row> rows = {
-        {"client folder present", true, QStringLiteral("Den"), true, QStringLiteral("/Movies/Den/"), true, {}},
-        {"client folder missing", true, QStringLiteral("Attic"), false, QStringLiteral("/Movies/"), false, {}},
-        {"empty client name", true, QString(), false, QStringLiteral("/Movies//"), true, {}},
-        {"no configuration", false, QString(), false, QStringLiteral("/Movies/"), false,
-         QStringLiteral("getLinkPathForPair: no config file in pair dir: %1/Vireo/") + kPairA
-             + QStringLiteral("/vireo.plist")},
-        {"client name climbs out", true, QStringLiteral(".."), false, QStringLiteral("/Movies/"), false,
-         QStringLiteral("Error in getLinkPathForPair: client name leaves the movie folder: ..")},
-        {"client name with a slash", true, QStringLiteral("Den/x"), false, QStringLiteral("/Movies/"), false,
-         QStringLiteral("Error in getLinkPathForPair: client name leaves the movie folder: Den/x")},
+        {"folder present", true, u"Den"_s, u"Den"_s, u"/Movies/Den/"_s, true, {}},
+        {"folder missing", true, u"Attic"_s, {}, u"/Movies/"_s, false, {}},
+        {"folder is a link", true, u"Den"_s, u"->"_s, u"/Movies/"_s, false, {}},
+        {"empty client name", true, {}, {}, u"/Movies//"_s, true, {}},
+        {"no configuration", false, {}, {}, u"/Movies/"_s, false,
+         u"getLinkPathForPair: no config file in pair dir: %1/Vireo/"_s + kPairA + u"/vireo.plist"_s},
+        {"climbs out", true, u".."_s, {}, u"/Movies/"_s, false,
+         u"Error in getLinkPathForPair: client name leaves the movie folder: .."_s},
     };
     for (const Row &row : rows) {
         QDir(pairDir(kPairA)).removeRecursively();
+        QFile::remove(movies() + u"Den"_s);
+        QDir(movies() + u"Den"_s).removeRecursively();
         if (row.withConfig)
             makePair(kPairA, row.clientName);
-        if (row.makeFolder) {
-            ASSERT_TRUE(QDir().mkpath(movies() + row.clientName));
-        }
+        if (row.makeFolder == u"->"_s)
+            makeLink(root(), movies() + row.clientName);
+        else if (!row.makeFolder.isEmpty())
+            QDir().mkpath(movies() + row.makeFolder);
         LogCapture log;
         bool ok = !row.ok;
         EXPECT_EQ(JUtils::getLinkPathForPair(kPairA, &ok), home() + row.expected) << row.name;
         EXPECT_EQ(ok, row.ok) << row.name;
-        const QStringList expectedLog =
-            row.logLine.isEmpty() ? QStringList() : QStringList(row.logLine.arg(home()));
-        EXPECT_EQ(LogCapture::lines(), expectedLog) << row.name;
+        EXPECT_EQ(LogCapture::lines(), row.log.isEmpty() ? QStringList() : QStringList(row.log.arg(home())))
+            << row.name;
     }
-}
-
-TEST_F(JUtilsTest, linkPathIgnoresALinkedClientFolder)
-{
-    makePair(kPairA, QStringLiteral("Den"));
-    ASSERT_TRUE(QDir().mkpath(root() + QStringLiteral("/elsewhere")));
-    makeLink(root() + QStringLiteral("/elsewhere"), movies() + QStringLiteral("Den"));
-    bool ok = true;
-    EXPECT_EQ(JUtils::getLinkPathForPair(kPairA, &ok), movies());
-    EXPECT_FALSE(ok);
 }
 
 TEST_F(JUtilsTest, linksInDirListsOnlyLinksExactlyAsStored)
 {
-    const QString folder = movies();
-    writeFile(folder + QStringLiteral("plain.m4v"));
-    ASSERT_TRUE(QDir().mkpath(folder + QStringLiteral("sub")));
-    makeLink(QStringLiteral("/nowhere/gone.m4v"), folder + QStringLiteral("dangling.m4v"));
-    makeLink(QStringLiteral("../Vireo/x.m4v"), folder + QStringLiteral("relative.m4v"));
-    makeLink(folder + QStringLiteral("plain.m4v"), folder + QStringLiteral("Amélie.m4v"));
-
-    JUtils::LinkList links = {{QStringLiteral("stale"), QStringLiteral("entry")}};
-    // The folder is given without its trailing "/" and with a doubled one inside.
-    EXPECT_TRUE(JUtils::getLinksInDir(home() + QStringLiteral("//Movies"), links));
-    std::sort(links.begin(), links.end());
-    const JUtils::LinkList expected = {
-        {QStringLiteral("Amélie.m4v"), folder + QStringLiteral("plain.m4v")},
-        {QStringLiteral("dangling.m4v"), QStringLiteral("/nowhere/gone.m4v")},
-        {QStringLiteral("relative.m4v"), QStringLiteral("../Vireo/x.m4v")},
-    };
-    EXPECT_EQ(links, expected);
-}
-
-TEST_F(JUtilsTest, linksInDirIsFalseWithoutLinks)
-{
-    JUtils::LinkList links = {{QStringLiteral("stale"), QStringLiteral("entry")}};
+    JUtils::LinkList links = {{u"stale"_s, u"entry"_s}};
     EXPECT_FALSE(JUtils::getLinksInDir(movies(), links));
     EXPECT_TRUE(links.isEmpty());
-    EXPECT_FALSE(JUtils::getLinksInDir(home() + QStringLiteral("/missing"), links));
+    EXPECT_FALSE(JUtils::getLinksInDir(home() + u"/missing"_s, links));
+
+    writeFile(movies() + u"plain.m4v"_s);
+    QDir().mkpath(movies() + u"sub"_s);
+    makeLink(u"/nowhere/gone.m4v"_s, movies() + u"dangling.m4v"_s);
+    makeLink(u"../Vireo/x.m4v"_s, movies() + u"relative.m4v"_s);
+    makeLink(movies() + u"plain.m4v"_s, movies() + u"Amélie.m4v"_s);
+    // Given without the trailing "/" and with a doubled one inside.
+    EXPECT_TRUE(JUtils::getLinksInDir(home() + u"//Movies"_s, links));
+    std::sort(links.begin(), links.end());
+    EXPECT_EQ(links, JUtils::LinkList({{u"Amélie.m4v"_s, movies() + u"plain.m4v"_s},
+                                       {u"dangling.m4v"_s, u"/nowhere/gone.m4v"_s},
+                                       {u"relative.m4v"_s, u"../Vireo/x.m4v"_s}}));
 }
 
 TEST(ConvertFilesize, formatsWithTheUnitReached)
 {
-    struct Row {
-        quint64 bytes;
-        int precision;
-        const char *expected;
-    };
     constexpr quint64 KB = 1024;
-    const std::vector<Row> rows = {
-        {0, 2, "0.00 Byte"},
-        {1023, 2, "1023.00 Byte"},
-        {KB, 2, "1.00 KB"},
-        {1536, 2, "1.50 KB"},
-        {1536, 0, "2 KB"},
-        {KB * KB - 1, 1, "1024.0 KB"},
-        {5 * KB * KB * KB, 2, "5.00 GB"},
-        {1023 * KB * KB * KB, 2, "1023.00 GB"},
+    const std::vector<std::tuple<quint64, int, QString>> rows = {
+        {0, 2, u"0.00 Byte"_s}, {1023, 2, u"1023.00 Byte"_s}, {KB, 2, u"1.00 KB"_s}, {1536, 2, u"1.50 KB"_s},
+        {1536, 0, u"2 KB"_s}, {KB * KB - 1, 1, u"1024.0 KB"_s}, {5 * KB * KB * KB, 2, u"5.00 GB"_s},
         // From 1024 GB on the unit list has run out: terabytes with no unit.
-        {KB * KB * KB * KB, 2, "1.00 "},
-        {3 * KB * KB * KB * KB / 2, 2, "1.50 "},
-        {~quint64(0), 2, "16777216.00 "},
-    };
-    for (const Row &row : rows)
-        EXPECT_EQ(JUtils::convertFilesize(row.bytes, row.precision), QString::fromUtf8(row.expected))
-            << row.bytes << " bytes";
-}
-
-TEST(LoadAverage, fillsThreeSamples)
-{
-    std::array<double, 3> loads = {-1.0, -1.0, -1.0};
-    ASSERT_TRUE(JUtils::getLoadAverage(loads));
-    for (double load : loads)
-        EXPECT_GE(load, 0.0);
+        {KB * KB * KB * KB, 2, u"1.00 "_s}, {3 * KB * KB * KB * KB / 2, 2, u"1.50 "_s},
+        {~quint64(0), 2, u"16777216.00 "_s}};
+    for (const auto &[bytes, precision, expected] : rows)
+        EXPECT_EQ(JUtils::convertFilesize(bytes, precision), expected) << bytes;
 }
 
 } // namespace
