@@ -212,6 +212,9 @@ BENCHMARK(BM_SetupLinksTenThousandthMovie)->Unit(benchmark::kMillisecond);
 // Prints as usual and keeps each run's real time per iteration for the ratios.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
+    // Colours only on a terminal, so that saved runs stay plain text.
+    RatioReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular) {}
+
     void ReportRuns(const std::vector<Run> &runs) override
     {
         for (const Run &run : runs) {
