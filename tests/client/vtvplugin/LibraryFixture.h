@@ -1,0 +1,110 @@
+#pragma once
+
+// A library tree in a temporary folder with HOME pointed at it, and a capture of the
+// "vireo.library" log. Header-only: every test program of this folder includes it.
+
+#include "vtvplugin/PlistSettings.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QVariant>
+
+using namespace Qt::StringLiterals;
+
+class LogCapture {
+public:
+    LogCapture() { lines().clear(), m_previous = qInstallMessageHandler(&handle); }
+    ~LogCapture() { qInstallMessageHandler(m_previous); }
+    static QStringList &lines()
+    {
+        static QStringList captured;
+        return captured;
+    }
+    static bool has(const QString &line) { return lines().contains(line); }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext &context, const QString &message)
+    {
+        if (qstrcmp(context.category, "vireo.library") == 0)
+            lines().append(message);
+    }
+    QtMessageHandler m_previous = nullptr;
+};
+
+class LibraryFixture : public ::testing::Test {
+protected:
+    const QString kPairA = u"0123456789abcdef0123456789ABCDEF"_s;
+    const QString kPairB = u"FEDCBA9876543210fedcba9876543210"_s;
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        m_savedHome = qgetenv("HOME");
+        ASSERT_TRUE(QDir().mkpath(home() + u"/Vireo"_s) && QDir().mkpath(home() + u"/Movies"_s));
+        qputenv("HOME", QFile::encodeName(home()));
+    }
+    void TearDown() override { qputenv("HOME", m_savedHome); }
+
+    QString root() const { return m_dir.path(); }
+    QString home() const { return m_dir.path() + u"/home"_s; }
+    QString movies() const { return home() + u"/Movies/"_s; }
+    QString pairDir(const QString &pairID) const { return home() + u"/Vireo/"_s + pairID; }
+    QString file(const QString &pairID, const QString &name) const { return pairDir(pairID) + u'/' + name; }
+
+    // A pair folder with its configuration; an invalid pairTime leaves the key out.
+    void makePair(const QString &pairID, const QString &clientName, const QVariant &pairTime = {}) const
+    {
+        QDir().mkpath(pairDir(pairID));
+        QSettings config(file(pairID, u"vireo.plist"_s), PlistSettings::format());
+        config.setValue(u"global/clientName"_s, clientName);
+        if (pairTime.isValid())
+            config.setValue(u"global/pairTime"_s, pairTime);
+    }
+    void writeStats(const QString &pairID, const QVariant &lastSyncTime, const QString &peer) const
+    {
+        QSettings stats(file(pairID, u"vireostats.plist"_s), PlistSettings::format());
+        stats.setValue(u"lastSyncTime"_s, lastSyncTime);
+        stats.setValue(u"lastSyncPeer"_s, peer);
+    }
+    static void writeFile(const QString &path, const QByteArray &content = "movie")
+    {
+        QFile out(path);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly)) << qPrintable(path);
+        out.write(content);
+    }
+    // The files of one movie: identifier + "." + each suffix.
+    void makeMovie(const QString &pairID, const QString &id, const QStringList &suffixes = {u"m4v"_s, u"xml"_s}) const
+    {
+        for (const QString &suffix : suffixes)
+            writeFile(file(pairID, id + u'.' + suffix));
+    }
+    static void makeLink(const QString &target, const QString &link)
+    {
+        ASSERT_TRUE(QFile::link(target, link)) << qPrintable(link);
+    }
+    static QStringList names(const QString &folder)
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                                      QDir::Name);
+    }
+    // Every entry below `folder`, links not followed: proof that nothing changed.
+    static QStringList tree(const QString &folder)
+    {
+        QStringList entries;
+        QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext())
+            entries.append(it.next());
+        entries.sort();
+        return entries;
+    }
+
+private:
+    QTemporaryDir m_dir;
+    QByteArray m_savedHome;
+};
