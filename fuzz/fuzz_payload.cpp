@@ -1,7 +1,7 @@
 // Any text as a reply payload fragment.
 #include "reposit/svcxmlrpc/RXMLRPCDump.h"
 #include "reposit/svcxmlrpc/RXMLRPCObject.h"
-#include "reposit/svcxmlrpc/RXMLRPCReplyUtils.h"
+#include "reposit/svcxmlrpc/RXMLRPCReplyAccess.h"
 
 #include <cstddef>
 #include <cstdint>

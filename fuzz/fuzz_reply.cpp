@@ -1,7 +1,7 @@
 // Any bytes as a methodResponse: parsing, then the read-back helpers over the result.
 #include "reposit/svcxmlrpc/RXMLRPCDump.h"
 #include "reposit/svcxmlrpc/RXMLRPCObject.h"
-#include "reposit/svcxmlrpc/RXMLRPCReplyUtils.h"
+#include "reposit/svcxmlrpc/RXMLRPCReplyAccess.h"
 
 #include <cstddef>
 #include <cstdint>

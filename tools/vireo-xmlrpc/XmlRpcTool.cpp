@@ -2,7 +2,7 @@
 
 #include "reposit/svcxmlrpc/RXMLRPCObject.h"
 #include "reposit/svcxmlrpc/RXMLRPCDump.h"
-#include "reposit/svcxmlrpc/RXMLRPCReplyUtils.h"
+#include "reposit/svcxmlrpc/RXMLRPCReplyAccess.h"
 
 #include <QFile>
 #include <QIODevice>
