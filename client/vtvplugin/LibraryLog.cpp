@@ -1,0 +1,3 @@
+#include "vtvplugin/LibraryLog.h"
+
+Q_LOGGING_CATEGORY(lcLibrary, "vireo.library")

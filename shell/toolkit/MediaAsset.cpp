@@ -1,0 +1,7 @@
+#include "toolkit/MediaAsset.h"
+
+namespace shell {
+
+MediaAsset::~MediaAsset() = default;
+
+} // namespace shell
