@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include <QRegularExpression>
+
 #include <array>
 
 namespace {
@@ -49,6 +51,46 @@ QStringList commandOptions()
     return all;
 }
 
+const QStringList &valueOptions()
+{
+    static const QStringList names = {QStringLiteral("home"), QStringLiteral("name"), QStringLiteral("time"),
+                                      QStringLiteral("id"), QStringLiteral("title"), QStringLiteral("metadata"),
+                                      QStringLiteral("cover"), QStringLiteral("peer")};
+    return names;
+}
+
+bool takesValue(const QString &token)
+{
+    return token.startsWith(QLatin1Char('-')) && !token.contains(QLatin1Char('='))
+        && valueOptions().contains(token.mid(token.startsWith(QStringLiteral("--")) ? 2 : 1));
+}
+
+// Asset ids and positions are often negative; "-5" would be taken for an option.
+// Options (with their values) go first and every other word, in its order, after
+// "--", so that the parser sees negative numbers as the arguments they are.
+QStringList optionsFirst(const QStringList &args)
+{
+    static const QRegularExpression negativeNumber(QStringLiteral("\\A-[0-9]+\\z"));
+    QStringList options;
+    QStringList words;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &token = args.at(i);
+        if (token == QLatin1String("--")) {
+            words += args.mid(i + 1);
+            break;
+        }
+        if (!token.startsWith(QLatin1Char('-')) || token == QLatin1String("-")
+            || negativeNumber.match(token).hasMatch()) {
+            words.append(token);
+            continue;
+        }
+        options.append(token);
+        if (takesValue(token) && i + 1 < args.size())
+            options.append(args.at(++i));
+    }
+    return options + QStringList{QStringLiteral("--")} + words;
+}
+
 } // namespace
 
 CommandLine::CommandLine()
@@ -72,7 +114,7 @@ CommandLine::CommandLine()
 
 bool CommandLine::parse(const QStringList &args, QString &error)
 {
-    if (!m_parser.parse(QStringList{QStringLiteral("vireoctl")} + args)) {
+    if (!m_parser.parse(QStringList{QStringLiteral("vireoctl")} + optionsFirst(args))) {
         error = m_parser.errorText();
         return false;
     }
