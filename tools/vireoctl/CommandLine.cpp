@@ -6,7 +6,7 @@
 
 namespace {
 
-struct CommandSpec {
+struct CommandShape {
     const char *name;
     int minArgs;
     int maxArgs;
@@ -14,9 +14,9 @@ struct CommandSpec {
     QStringList required;  // of those, the ones it cannot do without
 };
 
-const std::array<CommandSpec, 10> &commands()
+const std::array<CommandShape, 10> &commands()
 {
-    static const std::array<CommandSpec, 10> table = {{
+    static const std::array<CommandShape, 10> table = {{
         {"pair", 1, 1, {QStringLiteral("name"), QStringLiteral("time")}, {QStringLiteral("name")}},
         {"add", 2, 2,
          {QStringLiteral("id"), QStringLiteral("title"), QStringLiteral("metadata"), QStringLiteral("cover")}, {}},
@@ -32,11 +32,11 @@ const std::array<CommandSpec, 10> &commands()
     return table;
 }
 
-const CommandSpec *findCommand(const QString &name)
+const CommandShape *findCommand(const QString &name)
 {
-    for (const CommandSpec &spec : commands()) {
-        if (name == QLatin1String(spec.name))
-            return &spec;
+    for (const CommandShape &shape : commands()) {
+        if (name == QLatin1String(shape.name))
+            return &shape;
     }
     return nullptr;
 }
@@ -45,8 +45,8 @@ const CommandSpec *findCommand(const QString &name)
 QStringList commandOptions()
 {
     QStringList all;
-    for (const CommandSpec &spec : commands())
-        all += spec.options;
+    for (const CommandShape &shape : commands())
+        all += shape.options;
     all.removeDuplicates();
     return all;
 }
@@ -132,22 +132,22 @@ bool CommandLine::checkCommand(QString &error) const
         error = QStringLiteral("no command given");
         return false;
     }
-    const CommandSpec *spec = findCommand(m_command);
-    if (!spec) {
+    const CommandShape *shape = findCommand(m_command);
+    if (!shape) {
         error = QStringLiteral("unknown command: ") + m_command;
         return false;
     }
-    if (m_arguments.size() < spec->minArgs || m_arguments.size() > spec->maxArgs) {
+    if (m_arguments.size() < shape->minArgs || m_arguments.size() > shape->maxArgs) {
         error = QStringLiteral("wrong number of arguments for ") + m_command;
         return false;
     }
     for (const QString &option : commandOptions()) {
-        if (isSet(option) && !spec->options.contains(option)) {
+        if (isSet(option) && !shape->options.contains(option)) {
             error = QStringLiteral("option --") + option + QStringLiteral(" does not apply to ") + m_command;
             return false;
         }
     }
-    for (const QString &option : spec->required) {
+    for (const QString &option : shape->required) {
         if (!isSet(option)) {
             error = m_command + QStringLiteral(" needs --") + option;
             return false;
