@@ -1,0 +1,3 @@
+#include "VireoCtlLog.h"
+
+Q_LOGGING_CATEGORY(lcVireoCtl, "vireo.ctl")
