@@ -22,10 +22,15 @@ locale_t cLocale()
 
 } // namespace
 
-int IDataInput::ToInt(const char* text)
+long IDataInput::ToLong(const char* text)
 {
     // atol itself is undefined on overflow; strtol saturates, which atol does in practice.
-    return static_cast<int>(std::strtol(text, nullptr, 10));
+    return std::strtol(text, nullptr, 10);
+}
+
+int IDataInput::ToInt(const char* text)
+{
+    return static_cast<int>(ToLong(text));
 }
 
 double IDataInput::ToDouble(const char* text)

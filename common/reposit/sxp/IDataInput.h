@@ -21,6 +21,7 @@ public:
     // The data decoded from UTF-8 and passed through XMLUnEscape.
     void Retrieve(QString& value);
 
+    static long ToLong(const char* text);
     static int ToInt(const char* text);
     static double ToDouble(const char* text);
 };
