@@ -1,6 +1,8 @@
 #include "reposit/svcxmlrpc/RXMLRPCObject.h"
 
 #include "reposit/svcxmlrpc/RXMLRPCFormat.h"
+#include "reposit/svcxmlrpc/RXMLRPCReplyImpl.h"
+#include "reposit/svcxmlrpc/RXMLRPCReplyPayloadImpl.h"
 #include "reposit/svcxmlrpc/RXMLRPCRequestImpl.h"
 #include "reposit/sxp/CParser.h"
 
@@ -38,6 +40,40 @@ bool RXMLRPCObject::parseRequest(const QByteArray& xml, QString& error)
     parser.DoShutdown();
     return collectErrors(handler, code, parser,
                          tr("Bad XML-RPC request: error %s at line %d char %d"), error);
+}
+
+bool RXMLRPCObject::parseReply(const QByteArray& xml, QString& error)
+{
+    m_bFault = false;
+    m_nFaultCode = 0;
+    m_strFaultString.clear();
+
+    RXMLRPCReplyImpl handler(this);
+    SXP::CParser parser(&handler);
+    const int code = parser.FeedAll(xml.constData(), static_cast<std::size_t>(xml.size()));
+    parser.DoShutdown();
+    if (!collectErrors(handler, code, parser,
+                       tr("Bad XML-RPC reply: error %s at line %d char %d"), error))
+        return false;
+    if (m_bFault)
+        return true;
+    return parseReplyPayload(handler.payload(), error);
+}
+
+bool RXMLRPCObject::parseReplyPayload(const QString& payload, QString& error)
+{
+    const QString text = payload.trimmed();
+    if (text.isEmpty())
+        return true;
+    const QByteArray wrapped =
+        (QLatin1String("<payload_tag>") + text + QLatin1String("</payload_tag>")).toUtf8();
+
+    RXMLRPCReplyPayloadImpl handler(this);
+    SXP::CParser parser(&handler);
+    const int code = parser.FeedAll(wrapped.constData(), static_cast<std::size_t>(wrapped.size()));
+    parser.DoShutdown();
+    return collectErrors(handler, code, parser,
+                         tr("Bad XML-RPC reply: error %s at line %d char %d"), error);
 }
 
 void RXMLRPCObject::setFault(int code, const QString& text)

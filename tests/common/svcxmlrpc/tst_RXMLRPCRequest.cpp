@@ -44,6 +44,11 @@ struct ValueCase
     std::string expected; // describe() of the parameter list
 };
 
+void PrintTo(const ValueCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
+
 class RequestValues : public ::testing::TestWithParam<ValueCase>
 {
 };
@@ -139,6 +144,11 @@ struct MalformedCase
     QString error;
     std::string params;
 };
+
+void PrintTo(const MalformedCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
 
 class RequestErrors : public ::testing::TestWithParam<MalformedCase>
 {

@@ -82,6 +82,11 @@ struct EventCase
     std::vector<std::string> events;
 };
 
+void PrintTo(const EventCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
+
 class ParserEvents : public ::testing::TestWithParam<EventCase>
 {
 };
@@ -193,6 +198,11 @@ struct ErrorCase
     int line;
     int column;
 };
+
+void PrintTo(const ErrorCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
 
 class ParserErrors : public ::testing::TestWithParam<ErrorCase>
 {

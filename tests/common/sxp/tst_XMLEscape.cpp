@@ -16,6 +16,11 @@ struct TextCase
     QString expected;
 };
 
+void PrintTo(const TextCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
+
 class Escape : public ::testing::TestWithParam<TextCase>
 {
 };
