@@ -4,6 +4,7 @@
 #include "reposit/svcxmlrpc/RXMLRPCObject.h"
 #include "reposit/sxp/IElement.h"
 #include "reposit/sxp/IParser.h"
+#include "reposit/sxp/TagHashtable.h"
 
 #include <array>
 #include <utility>
@@ -57,6 +58,21 @@ const std::array<Match, 15>& matchOrder()
     return order;
 }
 
+// Element code by tag table slot: one array access per event instead of one IsA per tag.
+const std::array<signed char, SXP::TagHashtable::kSlots>& codeBySlot()
+{
+    static const auto table = [] {
+        std::array<signed char, SXP::TagHashtable::kSlots> codes{};
+        const auto& order = matchOrder();
+        for (auto it = order.rbegin(); it != order.rend(); ++it) {
+            if (it->tag->Index() >= 0)
+                codes[static_cast<std::size_t>(it->tag->Index())] = static_cast<signed char>(it->code);
+        }
+        return codes;
+    }();
+    return table;
+}
+
 QString elementName(SXP::IElement* element)
 {
     return QString::fromUtf8(element->Name());
@@ -99,11 +115,8 @@ void RXMLRPCReplyImpl::setError(const QString& text)
 
 RXMLRPCReplyImpl::Code RXMLRPCReplyImpl::codeOf(SXP::IElement* element)
 {
-    for (const Match& match : matchOrder()) {
-        if (element->IsA(*match.tag))
-            return match.code;
-    }
-    return kNone;
+    const int slot = element->TagIndex();
+    return slot < 0 ? kNone : static_cast<Code>(codeBySlot()[static_cast<std::size_t>(slot)]);
 }
 
 void RXMLRPCReplyImpl::BeginElement(SXP::IParser* parser, SXP::IElement* element)

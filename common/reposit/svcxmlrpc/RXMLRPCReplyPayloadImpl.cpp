@@ -5,6 +5,7 @@
 #include "reposit/sxp/IElement.h"
 #include "reposit/sxp/IParser.h"
 
+#include <cstring>
 #include <utility>
 
 const SXP::Tag RXMLRPCReplyPayloadImpl::m_tagPayload("payload_tag");
@@ -52,7 +53,7 @@ void RXMLRPCReplyPayloadImpl::BeginElement(SXP::IParser* parser, SXP::IElement* 
         m_nameStack.push_back(m_strCurrentName);
     }
     m_pCurrentStruct.reset();
-    m_strCurrentName = QString::fromUtf8(element->Name());
+    m_strCurrentName = m_names.intern(element->Name(), std::strlen(element->Name()));
 }
 
 void RXMLRPCReplyPayloadImpl::EndElement(SXP::IParser* parser, SXP::IElement* element)
@@ -64,7 +65,7 @@ void RXMLRPCReplyPayloadImpl::EndElement(SXP::IParser* parser, SXP::IElement* el
         m_nFinished = 1;
         return;
     }
-    const QString name = QString::fromUtf8(element->Name());
+    const QString& name = m_names.intern(element->Name(), std::strlen(element->Name()));
     if (name != m_strCurrentName) {
         setError(fillPlaceholders(
             RXMLRPCObject::tr("Malformed response: Closing tag has no matching opening tag: %s"),

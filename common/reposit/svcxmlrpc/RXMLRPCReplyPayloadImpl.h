@@ -1,5 +1,6 @@
 #pragma once
 
+#include "reposit/svcxmlrpc/RXMLRPCNameCache.h"
 #include "reposit/svcxmlrpc/RXMLRPCValue.h"
 #include "reposit/svcxmlrpc/parent_vals.h"
 #include "reposit/sxp/IPersistObj.h"
@@ -50,4 +51,5 @@ private:
     int m_nError = 0;
     QString m_strError;
     int m_nFinished = 0;
+    RXMLRPCNameCache m_names;
 };

@@ -4,8 +4,10 @@
 #include "reposit/svcxmlrpc/RXMLRPCObject.h"
 #include "reposit/sxp/IElement.h"
 #include "reposit/sxp/IParser.h"
+#include "reposit/sxp/TagHashtable.h"
 
 #include <array>
+#include <cstring>
 #include <utility>
 
 const SXP::Tag RXMLRPCRequestImpl::m_tagNone("none");
@@ -44,6 +46,21 @@ const std::array<const SXP::Tag*, 17>& matchOrder()
         &RXMLRPCRequestImpl::m_tagBase64,
     };
     return order;
+}
+
+// Element code by tag table slot: one array access per event instead of one IsA per tag.
+const std::array<signed char, SXP::TagHashtable::kSlots>& codeBySlot()
+{
+    static const auto table = [] {
+        std::array<signed char, SXP::TagHashtable::kSlots> codes{};
+        const auto& order = matchOrder();
+        for (std::size_t i = order.size(); i-- > 0;) {
+            if (order[i]->Index() >= 0)
+                codes[static_cast<std::size_t>(order[i]->Index())] = static_cast<signed char>(i + 1);
+        }
+        return codes;
+    }();
+    return table;
 }
 
 QString elementName(SXP::IElement* element)
@@ -91,12 +108,8 @@ void RXMLRPCRequestImpl::setError(const QString& text)
 
 RXMLRPCRequestImpl::Code RXMLRPCRequestImpl::codeOf(SXP::IElement* element)
 {
-    const auto& order = matchOrder();
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        if (element->IsA(*order[i]))
-            return static_cast<Code>(i + 1);
-    }
-    return kNone;
+    const int slot = element->TagIndex();
+    return slot < 0 ? kNone : static_cast<Code>(codeBySlot()[static_cast<std::size_t>(slot)]);
 }
 
 void RXMLRPCRequestImpl::unknownElement(SXP::IParser* parser, SXP::IElement* element)
@@ -220,7 +233,7 @@ void RXMLRPCRequestImpl::EndElement(SXP::IParser* parser, SXP::IElement* element
             setError(RXMLRPCObject::tr("Malformed request: found closing <data> tag outside a <array>"));
         break;
     case kName:
-        m_strMemberName = elementText(element);
+        m_strMemberName = m_names.intern(element->Data(), std::strlen(element->Data()));
         if (!m_pCurrentStruct)
             setError(RXMLRPCObject::tr("Malformed request: found closing <name> tag outside a <struct>"));
         break;

@@ -17,11 +17,16 @@ bool CElement::IsA(const char* name)
     return m_name == name;
 }
 
-bool CElement::IsA(const Tag& tag)
+int CElement::TagIndex()
 {
     if (m_nTagIndex == -1)
         m_nTagIndex = TagHashtable::TagHT()->Lookup(m_name.c_str());
-    return m_nTagIndex == tag.Index();
+    return m_nTagIndex;
+}
+
+bool CElement::IsA(const Tag& tag)
+{
+    return TagIndex() == tag.Index();
 }
 
 bool CElement::AttribIs(const char* name, const char* value)
@@ -29,15 +34,27 @@ bool CElement::AttribIs(const char* name, const char* value)
     return std::strcmp(Attrib(name), value) == 0;
 }
 
-void CElement::setName(const char* name)
+namespace {
+
+// One pass over two short names, where operator== would take strlen and then memcmp.
+bool sameName(const std::string& current, const char* name)
 {
-    setName(name, -1);
+    const char* a = current.c_str();
+    while (*a && *a == *name) {
+        ++a;
+        ++name;
+    }
+    return *a == *name;
 }
 
-void CElement::setName(const char* name, int tagIndex)
+} // namespace
+
+void CElement::setName(const char* name)
 {
+    if (sameName(m_name, name))
+        return;
     m_name.assign(name);
-    m_nTagIndex = tagIndex;
+    m_nTagIndex = -1;
 }
 
 void CElement::Reset(const char* name, const char** atts)

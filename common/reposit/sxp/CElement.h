@@ -8,7 +8,9 @@
 namespace SXP {
 
 // The parser keeps one CElement per nesting depth and reuses it for every element
-// at that depth, so the strings below keep their capacity from element to element.
+// at that depth, so the strings below keep their capacity from element to element,
+// and an element named like its predecessor at that depth keeps the looked-up tag
+// index (a name's slot never changes once it is in the table).
 class CElement : public IElement
 {
 public:
@@ -19,13 +21,12 @@ public:
     bool IsA(const Tag& tag) override;
     bool AttribIs(const char* name, const char* value) override;
     void setName(const char* name) override;
+    int TagIndex() override;
 
     // Prepares the element for a new start event: name set, data and attributes
     // emptied, then expat's name/value list stored (a later duplicate wins).
     void Reset(const char* name, const char** atts);
     void AppendData(const char* text, int len) { m_data.append(text, static_cast<std::size_t>(len)); }
-    // Sets the name together with its already looked-up tag index.
-    void setName(const char* name, int tagIndex);
 
     std::size_t DataSize() const { return m_data.size(); }
 

@@ -3,7 +3,6 @@
 #include "reposit/sxp/CElement.h"
 #include "reposit/sxp/IPersistObj.h"
 #include "reposit/sxp/Tag.h"
-#include "reposit/sxp/TagHashtable.h"
 
 #include <algorithm>
 #include <climits>
@@ -169,9 +168,9 @@ void XMLCALL CParser::EndElement(void* userData, const XML_Char* name)
     auto* self = static_cast<CParser*>(userData);
     if (self->m_nStop || self->m_nDepth == 0)
         return;
-    const int index = TagHashtable::TagHT()->Lookup(name);
     CElement* element = self->m_elements[--self->m_nDepth].get();
-    element->setName(name, index);
+    element->setName(name);
+    const int index = element->TagIndex();
     if (self->m_handlers.empty())
         return;
     self->m_handlers.back()->EndElement(self, element);

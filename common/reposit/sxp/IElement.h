@@ -18,6 +18,10 @@ public:
     virtual bool IsA(const Tag& tag) = 0;
     virtual bool AttribIs(const char* name, const char* value) = 0;
     virtual void setName(const char* name) = 0;
+    // The tag table's slot for the element's name, or -1 when the name is not a tag.
+    // Handlers that tell many tags apart index a table with it instead of asking IsA
+    // once per tag.
+    virtual int TagIndex() = 0;
 };
 
 } // namespace SXP

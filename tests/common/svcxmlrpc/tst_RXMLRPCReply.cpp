@@ -125,6 +125,23 @@ TEST(ReplyPayload, ResultsAccumulateOverCalls)
     EXPECT_EQ(describe(object.result()), "{a=string:1;a=string:2;b=string:;}");
 }
 
+TEST(ReplyPayload, ManyDistinctNamesKeepTheirOwnKeys)
+{
+    // More names than the name cache holds, so entries are replaced while reading.
+    QString payload;
+    for (int i = 0; i < 300; ++i)
+        payload += QString("<n%1>%1</n%1><m>%1</m>").arg(i % 150);
+    RXMLRPCObject object;
+    QString error;
+    ASSERT_TRUE(object.parseReplyPayload(payload, error)) << error.toStdString();
+    EXPECT_EQ(object.result().size(), 600);
+    EXPECT_EQ(object.result().count("m"), 300);
+    for (auto it = object.result().cbegin(); it != object.result().cend(); ++it) {
+        if (it.key() != "m")
+            ASSERT_EQ(it.key(), "n" + it.value().toString());
+    }
+}
+
 struct ReplyErrorCase
 {
     const char* name;
