@@ -137,8 +137,9 @@ TEST(ReplyPayload, ManyDistinctNamesKeepTheirOwnKeys)
     EXPECT_EQ(object.result().size(), 600);
     EXPECT_EQ(object.result().count("m"), 300);
     for (auto it = object.result().cbegin(); it != object.result().cend(); ++it) {
-        if (it.key() != "m")
+        if (it.key() != "m") {
             ASSERT_EQ(it.key(), "n" + it.value().toString());
+        }
     }
 }
 
