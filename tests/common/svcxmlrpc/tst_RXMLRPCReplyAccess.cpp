@@ -36,10 +36,7 @@ struct FindCase
     QString text;
 };
 
-void PrintTo(const FindCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
+void PrintTo(const FindCase& c, std::ostream* out) { *out << c.name; }
 
 class GetValueFromMap : public ::testing::TestWithParam<FindCase>
 {

@@ -44,10 +44,7 @@ struct ValueCase
     std::string expected; // describe() of the parameter list
 };
 
-void PrintTo(const ValueCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
+void PrintTo(const ValueCase& c, std::ostream* out) { *out << c.name; }
 
 class RequestValues : public ::testing::TestWithParam<ValueCase>
 {
@@ -145,10 +142,7 @@ struct MalformedCase
     std::string params;
 };
 
-void PrintTo(const MalformedCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
+void PrintTo(const MalformedCase& c, std::ostream* out) { *out << c.name; }
 
 class RequestErrors : public ::testing::TestWithParam<MalformedCase>
 {

@@ -16,10 +16,7 @@ struct TextCase
     QString expected;
 };
 
-void PrintTo(const TextCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
+void PrintTo(const TextCase& c, std::ostream* out) { *out << c.name; }
 
 class Escape : public ::testing::TestWithParam<TextCase>
 {
