@@ -1,5 +1,8 @@
 // parseRequest against a bare expat pass over the same ~10 MB methodCall, in one
-// binary and one run; the final line gives parseRequest's share of expat's throughput.
+// binary and one run; the closing lines give each benchmark's share of expat's
+// throughput. On a shared machine, interleave repetitions so that load hits all alike:
+//   bench_xmlrpc --benchmark_repetitions=7 --benchmark_enable_random_interleaving=true
+//                --benchmark_report_aggregates_only=true
 
 #include "reposit/svcxmlrpc/RXMLRPCObject.h"
 #include "reposit/sxp/CParser.h"
