@@ -18,3 +18,30 @@ inline void insertInOrder(RXMLRPCStruct& map, const QString& key, const QVariant
 {
     map.insert(map.upperBound(key), key, value);
 }
+
+// Structs and arrays may nest this deep in a parsed message; a deeper value ends the
+// parse with an error, so neither building, dumping nor destroying a value can be
+// driven into unbounded recursion.
+inline constexpr int kRXMLRPCMaxDepth = 256;
+
+inline bool isXMLRPCStruct(const QVariant& value)
+{
+    return value.metaType() == QMetaType::fromType<RXMLRPCStruct>();
+}
+
+inline bool isXMLRPCList(const QVariant& value)
+{
+    return value.metaType() == QMetaType::fromType<RXMLRPCList>();
+}
+
+// The struct or list held by value, without a copy; only valid when the matching
+// isXMLRPC... answers true.
+inline const RXMLRPCStruct& asXMLRPCStruct(const QVariant& value)
+{
+    return *static_cast<const RXMLRPCStruct*>(value.constData());
+}
+
+inline const RXMLRPCList& asXMLRPCList(const QVariant& value)
+{
+    return *static_cast<const RXMLRPCList*>(value.constData());
+}

@@ -1,0 +1,56 @@
+#include "reposit/sxp/IDataInput.h"
+
+#include "reposit/sxp/XMLEscape.h"
+
+#include <QString>
+
+#include <clocale>
+#include <cstdlib>
+#include <locale.h>
+
+namespace SXP {
+
+namespace {
+
+// strtod follows LC_NUMERIC, which a Qt application sets from the environment;
+// XML-RPC numbers always use ".", so conversions run in the "C" locale.
+locale_t cLocale()
+{
+    static const locale_t loc = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
+    return loc;
+}
+
+} // namespace
+
+long IDataInput::ToLong(const char* text)
+{
+    // atol itself is undefined on overflow; strtol saturates, which atol does in practice.
+    return std::strtol(text, nullptr, 10);
+}
+
+int IDataInput::ToInt(const char* text)
+{
+    return static_cast<int>(ToLong(text));
+}
+
+double IDataInput::ToDouble(const char* text)
+{
+    return strtod_l(text, nullptr, cLocale());
+}
+
+void IDataInput::Retrieve(int& value)
+{
+    value = ToInt(Data());
+}
+
+void IDataInput::Retrieve(double& value)
+{
+    value = ToDouble(Data());
+}
+
+void IDataInput::Retrieve(QString& value)
+{
+    value = XMLUnEscape(QString::fromUtf8(Data()));
+}
+
+} // namespace SXP
