@@ -15,20 +15,18 @@ int main()
     // object's destructor clears its guards then too, and must touch nothing either.
     std::atexit([] {
         RRepositObject object;
-        RObject* added = &object;
-        RObject* changed = &object;
-        RObject* removed = &object;
-        RRepositObject::addGuard(&added);
-        RRepositObject::changeGuard(&changed, &object);
-        RRepositObject::removeGuard(&removed);
-        std::printf("teardown: add=%s change=%s remove=%s\n", added ? "kept" : "null",
-                    changed ? "kept" : "null", removed ? "kept" : "null");
+        RObject* guards[] = { &object, &object, &object };
+        RRepositObject::addGuard(&guards[0]);
+        RRepositObject::changeGuard(&guards[1], &object);
+        RRepositObject::removeGuard(&guards[2]);
+        const auto state = [](const RObject* slot) { return slot ? "kept" : "null"; };
+        std::printf("teardown: add=%s change=%s remove=%s\n", state(guards[0]), state(guards[1]), state(guards[2]));
     });
 
     std::vector<RObject*> guarded(4);
     {
         RRepositObject object;
-        std::barrier start(static_cast<std::ptrdiff_t>(guarded.size()));
+        std::barrier start(std::ssize(guarded));
         std::vector<std::jthread> threads;
         for (RObject*& slot : guarded) {
             threads.emplace_back([&] {
@@ -38,7 +36,6 @@ int main()
             });
         }
     }
-    const bool allCleared = std::ranges::count(guarded, nullptr) == std::ssize(guarded);
-    std::printf("race: %s\n", allCleared ? "one registry" : "guards lost");
+    std::printf("race: %s\n", std::ranges::count(guarded, nullptr) == std::ssize(guarded) ? "one registry" : "guards lost");
     return 0;
 }

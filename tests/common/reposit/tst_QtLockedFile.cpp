@@ -16,20 +16,13 @@ QStringList g_warnings; // collected for the whole run, emptied by each test
 
 class LockedFileTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(QFile(m_path).open(QIODevice::WriteOnly));
-        g_warnings.clear();
-    }
+    void SetUp() override { g_warnings.clear(); }
     // Sends a command (if any) to the other process and waits for its one-line answer.
     QByteArray ask(const char* command)
     {
         if (command)
             m_helper.write(QByteArray(command) + '\n');
-        while (!m_helper.canReadLine()) {
-            if (!m_helper.waitForReadyRead(10000))
-                return "timeout";
-        }
+        while (!m_helper.canReadLine() && m_helper.waitForReadyRead(10000)) { }
         return m_helper.readLine().trimmed();
     }
 
@@ -64,9 +57,9 @@ TEST_F(LockedFileTest, FailuresWarnAndHeldModeIsAnsweredWithoutAskingTheSystem)
 
 TEST_F(LockedFileTest, SharesAndWaitsWithAnotherProcess)
 {
+    ASSERT_TRUE(m_file.open(QIODevice::ReadWrite));
     m_helper.start(QStringLiteral(LOCK_HELPER_PATH), { m_path });
     ASSERT_EQ(ask(nullptr), "ready");
-    ASSERT_TRUE(m_file.open(QIODevice::ReadWrite));
     ASSERT_EQ(ask("write"), "ok");
     EXPECT_FALSE(m_file.lock(QtLockedFile::ReadLock, false));
     EXPECT_EQ(m_file.lockMode(), QtLockedFile::NoLock);

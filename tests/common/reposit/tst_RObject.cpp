@@ -39,15 +39,13 @@ TEST(RuntimeClass, DerivationWalksBaseRecordsByIdentity)
 TEST(Guards, EachSlotHasExactlyOneRegistration)
 {
     auto gone = std::make_unique<RRepositObject>();
-    RRepositObject a;
-    RRepositObject b;
+    RRepositObject a, b;
     RObject* const goneAddress = gone.get();
     RObject *first = goneAddress, *second = goneAddress;
     RRepositObject::addGuard(&first);
     RRepositObject::addGuard(&second);
     gone.reset();
-    EXPECT_EQ(first, nullptr);
-    EXPECT_EQ(second, nullptr);
+    EXPECT_TRUE(first == nullptr && second == nullptr) << "both guards of the destroyed object";
 
     RObject *removed = &a, *kept = &a, *moved = nullptr, *dropped = nullptr;
     RRepositObject::addGuard(&removed);
