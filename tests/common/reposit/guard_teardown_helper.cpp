@@ -2,55 +2,40 @@
 // after the registry has been torn down at exit. Prints one line per phase.
 #include "reposit/RRepositObject.h"
 
+#include <algorithm>
 #include <barrier>
 #include <cstdio>
-#include <memory>
+#include <cstdlib>
 #include <thread>
 #include <vector>
 
-namespace {
-
-void afterTeardown()
-{
-    RRepositObject object;
-    RObject* added = &object;
-    RRepositObject::addGuard(&added);
-    RObject* changed = &object;
-    RRepositObject::changeGuard(&changed, &object);
-    RObject* removed = &object;
-    RRepositObject::removeGuard(&removed);
-    std::printf("teardown: add=%s change=%s remove=%s\n", added ? "kept" : "null",
-                changed ? "kept" : "null", removed ? "kept" : "null");
-    std::fflush(stdout);
-    RRepositObject::clearGuards(&object); // and must not touch anything either
-}
-
-} // namespace
-
 int main()
 {
-    // Registered before the registry exists, so it runs after the registry is gone.
-    std::atexit(afterTeardown);
+    // Registered before the registry exists, so it runs after the registry is gone. The
+    // object's destructor clears its guards then too, and must touch nothing either.
+    std::atexit([] {
+        RRepositObject object;
+        RObject* guards[] = { &object, &object, &object };
+        RRepositObject::addGuard(&guards[0]);
+        RRepositObject::changeGuard(&guards[1], &object);
+        RRepositObject::removeGuard(&guards[2]);
+        const auto state = [](const RObject* slot) { return slot ? "kept" : "null"; };
+        std::printf("teardown: add=%s change=%s remove=%s\n", state(guards[0]), state(guards[1]), state(guards[2]));
+    });
 
-    constexpr int kThreads = 4;
-    auto object = std::make_unique<RRepositObject>();
-    std::vector<RObject*> guarded(kThreads, object.get());
-    std::barrier start(kThreads);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&, i] {
-            start.arrive_and_wait();
-            RRepositObject::addGuard(&guarded[i]);
-        });
+    std::vector<RObject*> guarded(4);
+    {
+        RRepositObject object;
+        std::barrier start(std::ssize(guarded));
+        std::vector<std::jthread> threads;
+        for (RObject*& slot : guarded) {
+            threads.emplace_back([&] {
+                slot = &object;
+                start.arrive_and_wait();
+                RRepositObject::addGuard(&slot);
+            });
+        }
     }
-    for (std::thread& thread : threads)
-        thread.join();
-    object.reset();
-
-    bool allCleared = true;
-    for (RObject* slot : guarded)
-        allCleared = allCleared && slot == nullptr;
-    std::printf("race: %s\n", allCleared ? "one registry" : "guards lost");
-    std::fflush(stdout);
+    std::printf("race: %s\n", std::ranges::count(guarded, nullptr) == std::ssize(guarded) ? "one registry" : "guards lost");
     return 0;
 }

@@ -1,53 +1,21 @@
-// Holds fcntl locks on a file on behalf of a test, one command per input line:
-// read | write (blocking), tryread | trywrite (non-blocking), unlock.
-// Answers "ok", "busy" or "error" per command; "ready" once the file is open.
+// Holds fcntl locks on a file for a test in a second process. One command per input
+// line, all non-blocking: read | write | unlock. Answers "ready" once the file is open,
+// then "ok" or "busy" per command.
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
-#include <string>
-#include <unistd.h>
-
-namespace {
-
-const char* request(int fd, short type, int command)
-{
-    struct flock record {};
-    record.l_type = type;
-    record.l_whence = SEEK_SET;
-    if (fcntl(fd, command, &record) == 0)
-        return "ok";
-    return command == F_SETLK ? "busy" : "error";
-}
-
-} // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc != 2)
-        return 2;
-    const int fd = open(argv[1], O_RDWR);
+    const int fd = argc == 2 ? open(argv[1], O_RDWR) : -1;
     if (fd == -1)
-        return 3;
+        return 2;
     std::puts("ready");
-    std::fflush(stdout);
-
     char line[64];
-    while (std::fgets(line, sizeof line, stdin)) {
-        const std::string command(line, std::strcspn(line, "\r\n"));
-        const char* answer = "error";
-        if (command == "read")
-            answer = request(fd, F_RDLCK, F_SETLKW);
-        else if (command == "write")
-            answer = request(fd, F_WRLCK, F_SETLKW);
-        else if (command == "tryread")
-            answer = request(fd, F_RDLCK, F_SETLK);
-        else if (command == "trywrite")
-            answer = request(fd, F_WRLCK, F_SETLK);
-        else if (command == "unlock")
-            answer = request(fd, F_UNLCK, F_SETLK);
-        std::puts(answer);
-        std::fflush(stdout);
+    while (std::fflush(stdout) == 0 && std::fgets(line, sizeof line, stdin)) {
+        struct flock record {};
+        record.l_whence = SEEK_SET;
+        record.l_type = line[0] == 'r' ? F_RDLCK : line[0] == 'w' ? F_WRLCK : F_UNLCK;
+        std::puts(fcntl(fd, F_SETLK, &record) == 0 ? "ok" : "busy");
     }
-    close(fd);
     return 0;
 }

@@ -19,107 +19,75 @@ protected:
         ASSERT_TRUE(m_dir.isValid());
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.path());
     }
-    static void storeServer(const char* key, const QVariant& value)
-    {
-        QSettings(QSettings::UserScope, ROptions::settingsDomain(), QStringLiteral("server"))
-            .setValue(QLatin1String(key), value);
-    }
-
     QTemporaryDir m_dir;
 };
 
-TEST_F(OptionsTest, PortsFallBackToTheirDefaults)
-{
-    const struct {
-        const char* name;
-        QVariant stored; // invalid: key absent
-        int plain;
-    } rows[] = {
-        { "absent", QVariant(), 80 },
-        { "zero", QVariant(0), 80 },
-        { "not a number", QVariant(QStringLiteral("eighty")), 80 },
-        { "stored", QVariant(8080), 8080 },
-    };
-    storeServer("host", QStringLiteral("media.vireomovies.net"));
-    for (const auto& row : rows) {
-        if (row.stored.isValid()) {
-            storeServer("port", row.stored);
-            storeServer("sport", row.stored);
-        }
-        QString host;
-        int port = -1;
-        ROptions::getXMLRPCServerName(host, port);
-        EXPECT_EQ(port, 443) << row.name;
-        EXPECT_EQ(ROptions::getServerURL(),
-                  QStringLiteral("http://media.vireomovies.net:%1").arg(row.plain)) << row.name;
-    }
-}
-
-TEST_F(OptionsTest, OnlyHostsOfTheServiceDomainsAreKept)
+TEST_F(OptionsTest, ForeignHostsAndUnusablePortsFallBackToDefaults)
 {
     QString builtIn;
     int port = 0;
     ROptions::getServerName(builtIn, port);
     ASSERT_TRUE(builtIn.contains(ROptions::settingsDomain()));
+    EXPECT_EQ(port, 80);
 
-    const struct {
-        const char* stored;
-        bool kept;
-    } rows[] = {
-        { "media.VIREOMOVIES.net", true },
-        { "cdn.vireo-media.com", true },
-        { "vireomovies.evil.example", false },
-        { "", false },
+    // Each row stores "host", and its port as both "port" and "sport"; a null url means
+    // the built-in host on port 8080.
+    const struct { const char *name, *host; QVariant port; const char* url; } rows[] = {
+        { "stored", "media.vireomovies.net", 8080, "http://media.vireomovies.net:8080" },
+        { "domain in other case, port 0", "media.VIREOMOVIES.net", 0, "http://media.VIREOMOVIES.net:80" },
+        { "second domain, port not a number", "cdn.vireo-media.com", "eighty", "http://cdn.vireo-media.com:80" },
+        { "foreign host", "vireomovies.evil.example", 8080, nullptr },
     };
     for (const auto& row : rows) {
-        storeServer("host", QString::fromLatin1(row.stored));
+        QSettings server(QSettings::UserScope, ROptions::settingsDomain(), QStringLiteral("server"));
+        server.setValue(QStringLiteral("host"), QString::fromLatin1(row.host));
+        server.setValue(QStringLiteral("port"), row.port);
+        server.setValue(QStringLiteral("sport"), row.port);
+        server.sync();
         QString host;
-        ROptions::getServerName(host, port);
-        EXPECT_EQ(host, row.kept ? QString::fromLatin1(row.stored) : builtIn) << row.stored;
+        ROptions::getXMLRPCServerName(host, port);
+        EXPECT_EQ(port, 443) << row.name;
+        const QString url = row.url ? QString::fromLatin1(row.url) : QStringLiteral("http://%1:8080").arg(builtIn);
+        EXPECT_EQ(ROptions::getServerURL().toStdString(), url.toStdString()) << row.name;
     }
 }
 
 TEST_F(OptionsTest, RemoteDownloadsDefaultOnAndStoredOnlyWhenOff)
 {
-    const QString file = m_dir.path() + QLatin1Char('/') + ROptions::settingsDomain() + QStringLiteral("/options.conf");
+    const QString path = m_dir.filePath(ROptions::settingsDomain() + QStringLiteral("/options.conf"));
+    const auto storedKeys = [&path] { return QSettings(path, QSettings::IniFormat).allKeys(); };
     EXPECT_TRUE(ROptions::remoteDownloadsEnabled());
     ROptions::setRemoteDownloadsEnabled(false);
     EXPECT_FALSE(ROptions::remoteDownloadsEnabled());
-    EXPECT_TRUE(QSettings(file, QSettings::IniFormat).contains(QStringLiteral("remote_downloads")));
+    EXPECT_EQ(storedKeys(), QStringList { QStringLiteral("remote_downloads") });
     ROptions::setRemoteDownloadsEnabled(true);
     EXPECT_TRUE(ROptions::remoteDownloadsEnabled());
-    EXPECT_FALSE(QSettings(file, QSettings::IniFormat).contains(QStringLiteral("remote_downloads")));
-}
-
-mode_t modeOf(const QString& path)
-{
-    struct stat info {};
-    return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_mode & 07777 : 0;
+    EXPECT_TRUE(storedKeys().isEmpty());
 }
 
 TEST_F(OptionsTest, EnsureFileIsPublicOpensUpFilesAndFolders)
 {
-    const QString created = m_dir.filePath(QStringLiteral("new.plist"));
-    const QString existing = m_dir.filePath(QStringLiteral("private"));
-    const QString folder = m_dir.filePath(QStringLiteral("folder"));
-    const QString unreachable = m_dir.filePath(QStringLiteral("absent/file"));
-    QFile file(existing);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("kept") == 4);
-    file.close();
-    ASSERT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
-    ASSERT_TRUE(QDir().mkdir(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    const auto path = [this](const char* name) { return m_dir.filePath(QLatin1String(name)); };
+    QFile existing(path("private"));
+    ASSERT_TRUE(existing.open(QIODevice::WriteOnly) && existing.write("kept") == 4);
+    existing.close();
+    ASSERT_TRUE(existing.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+    ASSERT_TRUE(QDir().mkdir(path("folder"), QFile::ReadOwner | QFile::ExeOwner));
 
     const mode_t oldMask = ::umask(022);
-    for (const QString& path : { created, existing, folder, unreachable })
-        ensureFileIsPublic(path);
+    for (const char* name : { "new.plist", "private", "folder", "absent/file" })
+        ensureFileIsPublic(path(name));
     ::umask(oldMask);
 
-    EXPECT_EQ(modeOf(created), mode_t(0666));
-    EXPECT_EQ(QFileInfo(created).size(), 0);
-    EXPECT_EQ(modeOf(existing), mode_t(0666));
-    EXPECT_EQ(QFileInfo(existing).size(), 4);
-    EXPECT_EQ(modeOf(folder), mode_t(0777));
-    EXPECT_FALSE(QFileInfo::exists(m_dir.filePath(QStringLiteral("absent"))));
+    const auto modeOf = [&path](const char* name) {
+        struct stat info {};
+        return ::stat(QFile::encodeName(path(name)).constData(), &info) == 0 ? info.st_mode & 07777 : 0;
+    };
+    EXPECT_EQ(modeOf("new.plist"), 0666u);
+    EXPECT_EQ(modeOf("private"), 0666u);
+    EXPECT_EQ(QFileInfo(path("private")).size(), 4);
+    EXPECT_EQ(modeOf("folder"), 0777u);
+    EXPECT_FALSE(QFileInfo::exists(path("absent")));
 }
 
 } // namespace
