@@ -2,50 +2,48 @@
 
 #include "reposit/svcxmlrpc/RXMLRPCValue.h"
 
-#include <QString>
-#include <QVariant>
-
 #include <ostream>
 #include <string>
 
-// A one-line description of a value that names every type, so that an int 1 and a
-// boolean true, or a struct and a string, never compare equal in a test.
+// A one-line description of a value that names every type ("int:1", "bool:true",
+// "QString:x", "{key=...;}", "[...,]"), so that values of different types never compare equal.
 inline std::string describe(const QVariant& value)
 {
+    std::string out;
     if (isXMLRPCStruct(value)) {
-        std::string out = "{";
         const RXMLRPCStruct& map = asXMLRPCStruct(value);
         for (auto it = map.cbegin(); it != map.cend(); ++it)
             out += it.key().toStdString() + "=" + describe(it.value()) + ";";
-        return out + "}";
+        return "{" + out + "}";
     }
     if (isXMLRPCList(value)) {
-        std::string out = "[";
         for (const QVariant& item : asXMLRPCList(value))
             out += describe(item) + ",";
-        return out + "]";
+        return "[" + out + "]";
     }
-    switch (value.typeId()) {
-    case QMetaType::UnknownType: return "invalid";
-    case QMetaType::Int: return "int:" + value.toString().toStdString();
-    case QMetaType::Bool: return "bool:" + value.toString().toStdString();
-    case QMetaType::Double: return "double:" + value.toString().toStdString();
-    case QMetaType::QString: return "string:" + value.toString().toStdString();
-    default: return std::string("other:") + value.typeName();
-    }
+    if (!value.isValid())
+        return "invalid";
+    return std::string(value.typeName()) + ":" + value.toString().toStdString();
 }
 
-inline std::string describe(const RXMLRPCList& list)
+template <typename Container>
+std::string describe(const Container& container)
 {
-    return describe(QVariant::fromValue(list));
+    return describe(QVariant::fromValue(container));
 }
 
-inline std::string describe(const RXMLRPCStruct& map)
+inline std::string member(const std::string& name, const std::string& value)
 {
-    return describe(QVariant::fromValue(map));
+    return "<member><name>" + name + "</name><value>" + value + "</value></member>";
+}
+
+inline std::string times(const char* text, int count)
+{
+    return QByteArray(text).repeated(count).toStdString();
 }
 
 inline void PrintTo(const QString& text, std::ostream* out)
 {
     *out << '"' << text.toStdString() << '"';
 }
+
