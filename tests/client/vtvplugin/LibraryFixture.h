@@ -1,7 +1,8 @@
 #pragma once
 
 // A library tree in a temporary folder with HOME pointed at it, and a capture of the
-// "vireo.library" log. Header-only: every test program of this folder includes it.
+// appliance's own log categories ("vireo.*"). Header-only: the test programs of this
+// folder include it.
 
 #include "vtvplugin/PlistSettings.h"
 
@@ -12,13 +13,13 @@
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QVariant>
 
 using namespace Qt::StringLiterals;
 
+// Collects the lines logged while it lives; `lines` starts empty.
 class LogCapture {
 public:
-    LogCapture() { lines().clear(), m_previous = qInstallMessageHandler(&handle); }
+    LogCapture() : m_previous(qInstallMessageHandler(&handle)) { lines().clear(); }
     ~LogCapture() { qInstallMessageHandler(m_previous); }
     static QStringList &lines()
     {
@@ -30,10 +31,10 @@ public:
 private:
     static void handle(QtMsgType, const QMessageLogContext &context, const QString &message)
     {
-        if (qstrcmp(context.category, "vireo.library") == 0)
+        if (QByteArrayView(context.category).startsWith("vireo."))
             lines().append(message);
     }
-    QtMessageHandler m_previous = nullptr;
+    QtMessageHandler m_previous;
 };
 
 class LibraryFixture : public ::testing::Test {
@@ -43,9 +44,7 @@ protected:
 
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid());
-        m_savedHome = qgetenv("HOME");
-        ASSERT_TRUE(QDir().mkpath(home() + u"/Vireo"_s) && QDir().mkpath(home() + u"/Movies"_s));
+        ASSERT_TRUE(m_dir.isValid() && QDir().mkpath(home() + u"/Vireo"_s) && QDir().mkpath(movies()));
         qputenv("HOME", QFile::encodeName(home()));
     }
     void TearDown() override { qputenv("HOME", m_savedHome); }
@@ -71,11 +70,12 @@ protected:
         stats.setValue(u"lastSyncTime"_s, lastSyncTime);
         stats.setValue(u"lastSyncPeer"_s, peer);
     }
+    // Makes the parent folders as needed.
     static void writeFile(const QString &path, const QByteArray &content = "movie")
     {
+        QDir().mkpath(QFileInfo(path).path());
         QFile out(path);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly)) << qPrintable(path);
-        out.write(content);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly) && out.write(content) == content.size()) << qPrintable(path);
     }
     // The files of one movie: identifier + "." + each suffix.
     void makeMovie(const QString &pairID, const QString &id, const QStringList &suffixes = {u"m4v"_s, u"xml"_s}) const
@@ -89,8 +89,7 @@ protected:
     }
     static QStringList names(const QString &folder)
     {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                                      QDir::Name);
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     }
     // Every entry below `folder`, links not followed: proof that nothing changed.
     static QStringList tree(const QString &folder)
@@ -106,5 +105,5 @@ protected:
 
 private:
     QTemporaryDir m_dir;
-    QByteArray m_savedHome;
+    const QByteArray m_savedHome = qgetenv("HOME");
 };

@@ -1,112 +1,85 @@
+#include "LibraryFixture.h"
+
 #include "vtvplugin/PlaybackPositionCache.h"
-#include "vtvplugin/PlistSettings.h"
-
-#include <gtest/gtest.h>
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 
 namespace {
 
 quint64 g_now = 0;
 quint64 pinnedClock() { return g_now; }
 
-class PlaybackCacheTest : public ::testing::Test {
+class PlaybackCacheTest : public LibraryFixture {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_home.isValid());
-        qputenv("HOME", m_home.path().toUtf8());
+        LibraryFixture::SetUp();
         g_now = 1200000000;
         setPlaybackClock(&pinnedClock);
     }
-    void TearDown() override { setPlaybackClock(nullptr); }
-
-    void putRaw(const QString &id, const QString &value) const
+    void TearDown() override
     {
-        QSettings s(playbackPositionCachePath(), PlistSettings::format());
-        s.setValue("playback_pos/" + id, value);
+        setPlaybackClock(nullptr);
+        LibraryFixture::TearDown();
     }
-    QStringList storedIds() const
+    static void putRaw(const QString &id, const QString &value)
     {
-        QSettings s(playbackPositionCachePath(), PlistSettings::format());
-        s.beginGroup("playback_pos");
-        return s.childKeys();
+        QSettings(playbackPositionCachePath(), PlistSettings::format()).setValue(u"playback_pos/"_s + id, value);
     }
-
-    QTemporaryDir m_home;
 };
 
-TEST_F(PlaybackCacheTest, SaveWritesTimeAndPositionAndGetReadsIt)
+TEST_F(PlaybackCacheTest, saveWritesTimeAndPositionAndGetReadsIt)
 {
     EXPECT_FALSE(getVideoPlaybackPosition(-5, nullptr));
     EXPECT_FALSE(QFile::exists(playbackPositionCachePath())) << "a get never creates the file";
-
     saveVideoPlaybackPosition(-5, 42000);
-    EXPECT_EQ(playbackPositionCachePath(), m_home.path() + "/Vireo/vireocache.plist");
-    QSettings raw(playbackPositionCachePath(), PlistSettings::format());
-    EXPECT_EQ(raw.value("playback_pos/-5").toString(), "1200000000_42000");
-
+    EXPECT_EQ(playbackPositionCachePath(), home() + u"/Vireo/vireocache.plist"_s);
+    EXPECT_EQ(QSettings(playbackPositionCachePath(), PlistSettings::format()).value(u"playback_pos/-5"_s).toString(),
+              u"1200000000_42000"_s);
     qint32 position = 0;
-    EXPECT_TRUE(getVideoPlaybackPosition(-5, &position));
+    EXPECT_TRUE(getVideoPlaybackPosition(-5, &position) && getVideoPlaybackPosition(-5, nullptr));
     EXPECT_EQ(position, 42000);
-    EXPECT_TRUE(getVideoPlaybackPosition(-5, nullptr));
     EXPECT_FALSE(getVideoPlaybackPosition(5, &position));
-
-    g_now = 1200000100;
-    saveVideoPlaybackPosition(-5, 0);
+    saveVideoPlaybackPosition(-5, 0);  // a valid entry: no resume point
     EXPECT_TRUE(getVideoPlaybackPosition(-5, &position));
     EXPECT_EQ(position, 0);
+
+    qputenv("HOME", "/tmp");
+    EXPECT_EQ(playbackPositionCachePath(), u"/Users/frontrow/Vireo/vireocache.plist"_s);
 }
 
-TEST_F(PlaybackCacheTest, GetReadsOnlyTheSecondPiece)
+TEST_F(PlaybackCacheTest, getReadsOnlyTheSecondPiece)
 {
-    const struct {
-        const char *value;
-        bool found;
-        qint32 position;
-    } rows[] = {
-        {"1200000000", false, 0}, {"abc_100", true, 100}, {"1_x", false, 0},
-        {"1__5", false, 0},       {"1_-300_9", true, -300},
-    };
-    for (const auto &row : rows) {
-        putRaw("7", row.value);
+    const std::tuple<const char *, bool, qint32> rows[] = {
+        {"1200000000", false, 0}, {"abc_100", true, 100}, {"1_x", false, 0}, {"1__5", false, 0}, {"1_-300_9", true, -300}};
+    for (const auto &[value, found, expected] : rows) {
+        putRaw(u"7"_s, QString::fromLatin1(value));
         qint32 position = 0;
-        EXPECT_EQ(getVideoPlaybackPosition(7, &position), row.found) << row.value;
-        EXPECT_EQ(position, row.position) << row.value;
+        EXPECT_EQ(getVideoPlaybackPosition(7, &position), found) << value;
+        EXPECT_EQ(position, expected) << value;
     }
 }
 
-TEST_F(PlaybackCacheTest, CleanupDropsEntriesOlderThanFourteenDays)
+TEST_F(PlaybackCacheTest, cleanupDropsEntriesOlderThanFourteenDays)
 {
-    g_now = 1300000000;
-    const quint64 cutoff = g_now - 1209600;
-    putRaw("1", QString::number(cutoff) + "_1000");
-    putRaw("2", QString::number(cutoff - 1) + "_1000");
-    putRaw("3", "abc_100");
-    putRaw("4", QString::number(cutoff));
-    putRaw("5", QString::number(cutoff - 1));
-    putRaw("6", QString::number(g_now + 50) + "_7");
-    putRaw("7", "-1_5");
-
-    cleanupOldPlaybackPositions();
-    EXPECT_EQ(storedIds(), QStringList({"1", "4", "6"}));
-}
-
-TEST_F(PlaybackCacheTest, EarlyClockUsesNowAsCutoff)
-{
-    g_now = 1000;
-    putRaw("1", "999_5");
-    putRaw("2", "1000_5");
-    cleanupOldPlaybackPositions();
-    EXPECT_EQ(storedIds(), QStringList{"2"});
-}
-
-TEST_F(PlaybackCacheTest, ShortHomeFallsBackToTheBoxUser)
-{
-    qputenv("HOME", "/tmp");
-    EXPECT_EQ(playbackPositionCachePath(), "/Users/frontrow/Vireo/vireocache.plist");
+    const struct {
+        quint64 now;
+        QStringList values, kept;  // values saved as ids "0", "1", ...
+    } rows[] = {
+        {1300000000,
+         {u"1298790400_1000"_s, u"1298790399_1000"_s, u"abc_100"_s, u"1298790400"_s, u"1298790399"_s,
+          u"1300000050_7"_s, u"-1_5"_s},
+         {u"0"_s, u"3"_s, u"5"_s}},
+        {1000, {u"999_5"_s, u"1000_5"_s}, {u"1"_s}},  // a clock this early makes now the cutoff
+    };
+    for (const auto &row : rows) {
+        QFile::remove(playbackPositionCachePath());
+        g_now = row.now;
+        for (qsizetype i = 0; i < row.values.size(); ++i)
+            putRaw(QString::number(i), row.values[i]);
+        cleanupOldPlaybackPositions();
+        QSettings settings(playbackPositionCachePath(), PlistSettings::format());
+        settings.beginGroup(u"playback_pos"_s);
+        EXPECT_EQ(settings.childKeys(), row.kept) << row.now;
+    }
 }
 
 } // namespace
