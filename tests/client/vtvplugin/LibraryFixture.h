@@ -16,26 +16,15 @@
 
 using namespace Qt::StringLiterals;
 
-// Collects the lines logged while it lives; `lines` starts empty.
-class LogCapture {
-public:
-    LogCapture() : m_previous(qInstallMessageHandler(&handle)) { lines().clear(); }
-    ~LogCapture() { qInstallMessageHandler(m_previous); }
-    static QStringList &lines()
-    {
-        static QStringList captured;
-        return captured;
-    }
-    static bool has(const QString &line) { return lines().contains(line); }
+// What the appliance logged ("vireo.*" categories) since the test began or last
+// cleared it.
+inline QStringList g_log;
 
-private:
-    static void handle(QtMsgType, const QMessageLogContext &context, const QString &message)
-    {
-        if (QByteArrayView(context.category).startsWith("vireo."))
-            lines().append(message);
-    }
-    QtMessageHandler m_previous;
-};
+inline void captureLog(QtMsgType, const QMessageLogContext &context, const QString &message)
+{
+    if (QByteArrayView(context.category).startsWith("vireo."))
+        g_log.append(message);
+}
 
 class LibraryFixture : public ::testing::Test {
 protected:
@@ -46,8 +35,14 @@ protected:
     {
         ASSERT_TRUE(m_dir.isValid() && QDir().mkpath(home() + u"/Vireo"_s) && QDir().mkpath(movies()));
         qputenv("HOME", QFile::encodeName(home()));
+        g_log.clear();
+        m_savedHandler = qInstallMessageHandler(&captureLog);
     }
-    void TearDown() override { qputenv("HOME", m_savedHome); }
+    void TearDown() override
+    {
+        qInstallMessageHandler(m_savedHandler);
+        qputenv("HOME", m_savedHome);
+    }
 
     QString root() const { return m_dir.path(); }
     QString home() const { return m_dir.path() + u"/home"_s; }
@@ -87,6 +82,8 @@ protected:
     {
         ASSERT_TRUE(QFile::link(target, link)) << qPrintable(link);
     }
+    // "a b c" as a list, for short expectations of folder contents.
+    static QStringList words(const char *text) { return QString::fromUtf8(text).split(u' ', Qt::SkipEmptyParts); }
     static QStringList names(const QString &folder)
     {
         return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
@@ -106,4 +103,5 @@ protected:
 private:
     QTemporaryDir m_dir;
     const QByteArray m_savedHome = qgetenv("HOME");
+    QtMessageHandler m_savedHandler = nullptr;
 };

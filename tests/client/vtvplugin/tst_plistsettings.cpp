@@ -1,20 +1,14 @@
-#include "vtvplugin/PlistSettings.h"
+#include "LibraryFixture.h"
 
-#include <gtest/gtest.h>
-
-#include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTemporaryDir>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
-class PlistSettingsTest : public ::testing::Test {
+class PlistSettingsTest : public LibraryFixture {
 protected:
-    QString path(const char *name = "vireo.plist") const { return m_dir.filePath(QString::fromLatin1(name)); }
+    QString path() const { return root() + u"/vireo.plist"_s; }
     static QString python() { return QStandardPaths::findExecutable(u"python3"_s); }
     // Runs a python3 snippet with the arguments as sys.argv[1:]; answers its stdout.
     static QByteArray runPython(const char *script, const QStringList &arguments)
@@ -24,11 +18,6 @@ protected:
         const bool ok = proc.waitForFinished(30000) && proc.exitStatus() == QProcess::NormalExit && !proc.exitCode();
         EXPECT_TRUE(ok) << proc.readAllStandardError().toStdString();
         return proc.readAllStandardOutput();
-    }
-    static void write(const QString &path, const QByteArray &bytes)
-    {
-        QFile out(path);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly) && out.write(bytes) == bytes.size());
     }
     // Every key with its value as text, sorted.
     static QStringList dump(const QString &path)
@@ -41,17 +30,15 @@ protected:
         out.sort();
         return out;
     }
-
-private:
-    QTemporaryDir m_dir;
 };
 
-// What a desktop player writes: flat dotted keys, an integer time, a nested
-// dictionary, unicode, an escaped "@" string and the middle-dot escape of ".".
+// What a desktop player writes: flat dotted keys, an integer time, nested
+// dictionaries, unicode and markup characters, an escaped "@" string and the
+// middle-dot escape of ".". The XML form carries the usual DOCTYPE line.
 const char *const kForeignWriter = R"PY(
 import plistlib, sys
-data = {'global.clientName': 'Wohnzimmer \u00fc \u2603', 'global.pairTime': 1700000000,
-        'stats': {'lastSync': 1699999999, 'ok': True, 'ratio': 0.25},
+data = {'global.clientName': 'Den & Wohnzimmer \u00fc \u2603', 'global.pairTime': 1700000000,
+        'stats': {'lastSync': 1699999999, 'ok': True, 'ratio': 0.25, 'inner': {'depth': 3}},
         'tag': '@@home', 'plain': '@', 'neg': -5, 'flag': False, 'file\u00b7name': 'Film.m4v'}
 with open(sys.argv[1], 'wb') as f:
     plistlib.dump(data, f, fmt=plistlib.FMT_BINARY if sys.argv[2] == 'binary' else plistlib.FMT_XML)
@@ -64,46 +51,22 @@ TEST_F(PlistSettingsTest, readsWhatPythonPlistlibWrites)
     for (const QString &format : {u"xml"_s, u"binary"_s}) {
         runPython(kForeignWriter, {path(), format});
         EXPECT_EQ(dump(path()), QStringList({u"file.name=Film.m4v"_s, u"flag=false"_s,
-                                             u"global/clientName=Wohnzimmer ü ☃"_s, u"global/pairTime=1700000000"_s,
-                                             u"neg=-5"_s, u"plain=@"_s, u"stats/lastSync=1699999999"_s,
-                                             u"stats/ok=true"_s, u"stats/ratio=0.25"_s, u"tag=@home"_s}))
-            << qPrintable(format);
+                                             u"global/clientName=Den & Wohnzimmer ü ☃"_s, u"global/pairTime=1700000000"_s,
+                                             u"neg=-5"_s, u"plain=@"_s, u"stats/inner/depth=3"_s, u"stats/lastSync=1699999999"_s,
+                                             u"stats/ok=true"_s, u"stats/ratio=0.25"_s, u"tag=@home"_s})) << qPrintable(format);
     }
 }
 
-TEST_F(PlistSettingsTest, readsHandWrittenXmlWithNestedDictionaries)
-{
-    write(path(), R"(<?xml version="1.0" encoding="UTF-8"?>
-<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
-<plist version="1.0"><dict>
-  <key>global</key>
-  <dict>
-    <key>clientName</key><string>Den &amp; Hall</string>
-    <key>inner</key><dict><key>depth</key><integer>3</integer></dict>
-  </dict>
-  <key>lastSyncTime</key><integer>1200000000</integer>
-</dict></plist>
-)");
-    EXPECT_EQ(dump(path()), QStringList({u"global/clientName=Den & Hall"_s, u"global/inner/depth=3"_s,
-                                         u"lastSyncTime=1200000000"_s}));
-}
-
-TEST_F(PlistSettingsTest, malformedFilesReadAsEmptyAndStayUntouched)
+TEST_F(PlistSettingsTest, malformedFilesAreFormatErrors)
 {
     for (const QByteArray &bytes :
          {"this is not a property list"_ba, R"(<?xml version="1.0"?><plist version="1.0"><dict><key>a</key>)"_ba,
           R"(<?xml version="1.0"?><plist version="1.0"><array><string>x</string></array></plist>)"_ba,
           QByteArray("bplist00\x01\x02\x03", 11)}) {
-        write(path(), bytes);
-        {
-            QSettings settings(path(), PlistSettings::format());
-            EXPECT_EQ(settings.status(), QSettings::FormatError) << bytes.constData();
-            EXPECT_TRUE(settings.allKeys().isEmpty());
-            settings.sync();
-        }
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), bytes);
+        writeFile(path(), bytes);
+        const QSettings settings(path(), PlistSettings::format());
+        EXPECT_EQ(settings.status(), QSettings::FormatError) << bytes.constData();
+        EXPECT_TRUE(settings.allKeys().isEmpty());
     }
 }
 

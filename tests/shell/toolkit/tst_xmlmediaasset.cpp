@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QBuffer>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -12,15 +11,12 @@ namespace {
 using shell::DefaultMediaImages;
 using shell::MediaType;
 
-TEST(DefaultMediaImages, onePerTypeThatSurvivesAPngRoundTrip)
+TEST(DefaultMediaImages, onePerType)
 {
     const QImage movie = DefaultMediaImages::imageForMediaType(MediaType::movie);
     const QImage trailer = DefaultMediaImages::imageForMediaType(MediaType::movieTrailer);
     EXPECT_EQ(movie.size(), QSize(DefaultMediaImages::kSide, DefaultMediaImages::kSide));
     EXPECT_NE(movie, trailer);
-    QBuffer png;
-    ASSERT_TRUE(png.open(QIODevice::WriteOnly) && trailer.save(&png, "PNG"));
-    EXPECT_EQ(QImage::fromData(png.data(), "PNG").convertToFormat(trailer.format()), trailer);
 }
 
 TEST(XmlMediaAsset, coverArtPrefersGivenThenLocalPreviewThenDefault)

@@ -10,8 +10,22 @@ namespace {
 using shell::DefaultMediaImages;
 using shell::MediaType;
 
-class MediaAssetTest : public LibraryFixture {
+quint64 g_now = 0;
+
+// Movies with their metadata, and the playback position cache behind their resume
+// points, on a clock that the tests set.
+class MediaLibraryTest : public LibraryFixture {
 protected:
+    void SetUp() override
+    {
+        LibraryFixture::SetUp();
+        g_now = 1200000000;
+        setPlaybackClock([] { return g_now; });
+    }
+    static void putRaw(const QString &id, const QString &value)
+    {
+        QSettings(playbackPositionCachePath(), PlistSettings::format()).setValue(u"playback_pos/"_s + id, value);
+    }
     // A movie file in the movie folder with its metadata beside it.
     QUrl movie(const QByteArray &xml, const QString &name = u"Film"_s) const
     {
@@ -20,29 +34,24 @@ protected:
         return QUrl::fromLocalFile(movies() + name + u".m4v"_s);
     }
     // Every descriptive field that is set, as "name=value" joined by blanks.
-    static QString fields(const VTVMediaAsset &asset)
+    static QString fields(const VTVMediaAsset &a)
     {
+        const std::pair<const char *, QString> all[] = {
+            {"title", a.title()}, {"description", a.mediaDescription()}, {"cast", a.cast().join(u',')},
+            {"directors", a.directors().join(u',')}, {"producers", a.producers().join(u',')},
+            {"duration", QString::number(a.duration())}, {"sversion", a.xmlVersion()},
+            {"ccontentid", a.clientContentId()}, {"vcontentid", a.vireoContentId()},
+            {"cversion", QString::number(a.cVersion())}};
         QStringList out;
-        const auto add = [&](const char *name, const QString &value) {
-            if (!value.isEmpty())
+        for (const auto &[name, value] : all) {
+            if (!value.isEmpty() && value != u"0"_s)
                 out.append(QLatin1String(name) + u'=' + value);
-        };
-        const auto number = [](int n) { return n ? QString::number(n) : QString(); };
-        add("title", asset.title());
-        add("description", asset.mediaDescription());
-        add("cast", asset.cast().join(u','));
-        add("directors", asset.directors().join(u','));
-        add("producers", asset.producers().join(u','));
-        add("duration", number(asset.duration()));
-        add("sversion", asset.xmlVersion());
-        add("ccontentid", asset.clientContentId());
-        add("vcontentid", asset.vireoContentId());
-        add("cversion", number(asset.cVersion()));
+        }
         return out.join(u' ');
     }
 };
 
-TEST_F(MediaAssetTest, metadataElementRules)
+TEST_F(MediaLibraryTest, metadataElementRules)
 {
     const struct {
         const char *name, *xml, *fields;
@@ -74,44 +83,42 @@ TEST_F(MediaAssetTest, metadataElementRules)
         EXPECT_EQ(fields(VTVMediaAsset(movie(row.xml))), QString::fromUtf8(row.fields)) << row.name;
 }
 
-TEST_F(MediaAssetTest, brokenOrMissingMetadataStillPlays)
+TEST_F(MediaLibraryTest, brokenOrMissingMetadataStillPlays)
 {
-    LogCapture log;
     const VTVMediaAsset broken(movie("<m><title>Kept</title><cast><name>X</name></m>"));
     EXPECT_EQ(fields(broken), u"title=Kept cast=X"_s);
-    ASSERT_EQ(LogCapture::lines().size(), 2);
-    EXPECT_TRUE(LogCapture::lines()[0].startsWith(u"XML Parser error: mismatched tag"_s)) << qPrintable(LogCapture::lines()[0]);
-    EXPECT_EQ(LogCapture::lines()[1], u"Failed to parse XML file: "_s + movies() + u"Film.xml"_s);
+    ASSERT_EQ(g_log.size(), 2);
+    EXPECT_TRUE(g_log[0].startsWith(u"XML Parser error: mismatched tag"_s)) << qPrintable(g_log[0]);
+    EXPECT_EQ(g_log[1], u"Failed to parse XML file: "_s + movies() + u"Film.xml"_s);
 
-    LogCapture::lines().clear();
+    g_log.clear();
     writeFile(movies() + u"Bare.m4v"_s);
     const VTVMediaAsset bare(QUrl::fromLocalFile(movies() + u"Bare.m4v"_s));
     EXPECT_EQ(fields(bare), QString());
     EXPECT_TRUE(bare.hasVideoContent() && bare.isLocal() && bare.mediaType() == MediaType::movie);
     EXPECT_EQ(bare.previewURL(), movies() + u"Bare.png"_s);
-    EXPECT_TRUE(LogCapture::lines().isEmpty());
+    EXPECT_TRUE(g_log.isEmpty());
 }
 
-TEST_F(MediaAssetTest, bookmarksNearEitherEndAreStoredAsZero)
+TEST_F(MediaLibraryTest, bookmarksNearEitherEndAreStoredAsZero)
 {
     const struct {
         const char *duration;
         int setMs, storedMs;
-    } rows[] = {{"120", 9999, 0},      {"120", 10000, 10000}, {"120", 110000, 110000},
-                {"120", 110001, 0},    {"120", 130000, 0},    {"", 60000, 0}};  // no duration: never resumes
+    } rows[] = {{"120", 9999, 0}, {"120", 10000, 10000}, {"120", 110000, 110000}, {"120", 110001, 0},
+                {"120", 130000, 0}, {"", 60000, 0}};  // no duration: never resumes
     for (const auto &row : rows) {
         const QUrl url = movie("<m><duration>"_ba + row.duration + "</duration></m>");
         VTVMediaAsset(url).setBookmarkTimeInMS(row.setMs);
         const VTVMediaAsset reopened(url);
         qint32 stored = -1;
-        ASSERT_TRUE(getVideoPlaybackPosition(reopened.assetIdInt(), &stored));
-        EXPECT_EQ(stored, row.storedMs) << row.setMs;
-        EXPECT_EQ(reopened.hasBeenPlayed(), row.storedMs > 0) << row.setMs;
-        EXPECT_EQ(reopened.bookmarkTimeInMS(), row.storedMs) << row.setMs;
+        EXPECT_TRUE(getVideoPlaybackPosition(reopened.assetIdInt(), &stored));
+        EXPECT_EQ(std::tuple(stored, reopened.hasBeenPlayed(), reopened.bookmarkTimeInMS()),
+                  std::tuple(row.storedMs, row.storedMs > 0, row.storedMs)) << row.setMs;
     }
 }
 
-TEST_F(MediaAssetTest, cacheIsConsultedOnceAndSecondsTruncate)
+TEST_F(MediaLibraryTest, cacheIsConsultedOnceAndSecondsTruncate)
 {
     const QUrl url = movie("<m><duration>600</duration></m>");
     VTVMediaAsset(url).setBookmarkTimeInMS(42999);
@@ -122,7 +129,7 @@ TEST_F(MediaAssetTest, cacheIsConsultedOnceAndSecondsTruncate)
     EXPECT_EQ(asset.bookmarkTimeInMS(), 42999);
 }
 
-TEST_F(MediaAssetTest, sameFileNameInTwoFoldersSharesTheResumePoint)
+TEST_F(MediaLibraryTest, sameFileNameInTwoFoldersSharesTheResumePoint)
 {
     const QUrl first = movie("<m><duration>600</duration></m>");
     const QUrl second = movie("<m><duration>600</duration></m>", u"Other/Film"_s);
@@ -134,7 +141,7 @@ TEST_F(MediaAssetTest, sameFileNameInTwoFoldersSharesTheResumePoint)
     EXPECT_NE(VTVMediaAsset(QUrl::fromLocalFile(movies() + u"Film2.m4v"_s)).assetIdInt(), other.assetIdInt());
 }
 
-TEST_F(MediaAssetTest, trailerNeverResumesAndNamesItsThumbnail)
+TEST_F(MediaLibraryTest, trailerNeverResumesAndNamesItsThumbnail)
 {
     QString thumbnail = u"http://cdn.example/thumbs/"_s;
     VTVMediaAsset trailer(QUrl(u"http://cdn.example/t.mov"_s), u"42"_s, 90, 1000, u"Soon"_s, thumbnail, u"Coming"_s);
@@ -151,7 +158,7 @@ TEST_F(MediaAssetTest, trailerNeverResumesAndNamesItsThumbnail)
     EXPECT_EQ(VTVMediaAsset(QUrl(u"http://cdn.example/t.mov"_s), {}, 0, 0, {}, bare, {}).coverArtID(), u"vtv_ca_.jpg"_s);
 }
 
-TEST_F(MediaAssetTest, coverArtDecodesOnceAndFailureSticks)
+TEST_F(MediaLibraryTest, coverArtDecodesOnceAndFailureSticks)
 {
     QImage cover(8, 4, QImage::Format_RGB32);
     cover.fill(Qt::red);
@@ -170,6 +177,57 @@ TEST_F(MediaAssetTest, coverArtDecodesOnceAndFailureSticks)
 
     EXPECT_EQ(VTVMediaAsset(QUrl::fromLocalFile(movies() + u"None.m4v"_s)).coverArt(),
               DefaultMediaImages::imageForMediaType(MediaType::movie));
+}
+
+TEST_F(MediaLibraryTest, saveWritesTimeAndPositionAndGetReadsIt)
+{
+    EXPECT_FALSE(getVideoPlaybackPosition(-5, nullptr));
+    EXPECT_FALSE(QFile::exists(playbackPositionCachePath())) << "a get never creates the file";
+    saveVideoPlaybackPosition(-5, 42000);
+    EXPECT_EQ(playbackPositionCachePath(), home() + u"/Vireo/vireocache.plist"_s);
+    EXPECT_EQ(QSettings(playbackPositionCachePath(), PlistSettings::format()).value(u"playback_pos/-5"_s).toString(),
+              u"1200000000_42000"_s);
+    qint32 position = 0;
+    EXPECT_TRUE(getVideoPlaybackPosition(-5, &position) && getVideoPlaybackPosition(-5, nullptr));
+    EXPECT_EQ(position, 42000);
+
+    qputenv("HOME", "/tmp");
+    EXPECT_EQ(playbackPositionCachePath(), u"/Users/frontrow/Vireo/vireocache.plist"_s);
+}
+
+TEST_F(MediaLibraryTest, getReadsOnlyTheSecondPiece)
+{
+    const std::tuple<const char *, bool, qint32> rows[] = {
+        {"1200000000", false, 0}, {"abc_100", true, 100}, {"1_x", false, 0}, {"1__5", false, 0}, {"1_-300_9", true, -300}};
+    for (const auto &[value, found, expected] : rows) {
+        putRaw(u"7"_s, QString::fromLatin1(value));
+        qint32 position = 0;
+        EXPECT_EQ(getVideoPlaybackPosition(7, &position), found) << value;
+        EXPECT_EQ(position, expected) << value;
+    }
+}
+
+TEST_F(MediaLibraryTest, cleanupDropsEntriesOlderThanFourteenDays)
+{
+    // Values are saved under the ids 0, 1, 2, ...; 1298790400 is 14 days before 1300000000.
+    const struct {
+        quint64 now;
+        const char *values, *kept;
+    } rows[] = {
+        {1300000000, "1298790400_1000 1298790399_1000 abc_100 1298790400 1298790399 1300000050_7 -1_5", "0 3 5"},
+        {1000, "999_5 1000_5", "1"},  // a clock this early makes now the cutoff
+    };
+    for (const auto &row : rows) {
+        QFile::remove(playbackPositionCachePath());
+        g_now = row.now;
+        const QStringList values = words(row.values);
+        for (qsizetype i = 0; i < values.size(); ++i)
+            putRaw(QString::number(i), values[i]);
+        cleanupOldPlaybackPositions();
+        QSettings settings(playbackPositionCachePath(), PlistSettings::format());
+        settings.beginGroup(u"playback_pos"_s);
+        EXPECT_EQ(settings.childKeys(), words(row.kept)) << row.now;
+    }
 }
 
 } // namespace
