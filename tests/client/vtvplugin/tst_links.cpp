@@ -114,7 +114,7 @@ TEST_F(LinksTest, secondPlayerMovesLinksIntoClientFoldersAndBackWhenUnpaired)
     EXPECT_EQ(names(pairDir(kPairA)), words("a1.m4v a1.xml vireo.plist"));
 }
 
-TEST_F(LinksTest, onePairRepairDissolvesItsClientFolder)
+TEST_F(LinksTest, onePairRepairDissolvesItsClientFolderAndStaleLinksGo)
 {
     makePair(kPairA, u"Den"_s);
     makeMovie(kPairA, u"a1"_s);
@@ -123,37 +123,27 @@ TEST_F(LinksTest, onePairRepairDissolvesItsClientFolder)
     writeFile(den + u".DS_Store"_s);
     makeLink(file(kPairA, u"a1.m4v"_s), den + u"Alien.m4v"_s);
     makeLink(file(kPairA, u"a1.xml"_s), den + u"Alien.xml"_s);
-    makeLink(root() + u"/foreign.m4v"_s, den + u"Bogus.m4v"_s);
     makeLink(file(kPairA, u"a2.m4v"_s), den + u"Heat.m4v"_s);
+    makeLink(file(kPairA, u"gone.m4v"_s), den + u"Gone.m4v"_s);
+    makeLink(root() + u"/foreign.m4v"_s, den + u"Bogus.m4v"_s);
     makeLink(file(kPairA, u"a1.m4v"_s), movies() + u"Heat.m4v"_s);  // blocks the move up
+    makeLink(file(kPairB, u"b1.m4v"_s), movies() + u"Orphan.m4v"_s);  // into a pair folder that is gone
+    makeLink(root() + u"/foreign.m4v"_s, movies() + u"Outside.m4v"_s);  // dangling, but not into the library
 
+    EXPECT_TRUE(JUtils::removeStaleLinks(kPairA));
+    EXPECT_EQ(names(den), words(".DS_Store Alien.m4v Alien.xml Bogus.m4v Heat.m4v"));
     EXPECT_TRUE(JUtils::checkAndFixLinks());
-    EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml Heat.m4v"));
+    EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml Heat.m4v Outside.m4v"));
     EXPECT_EQ(target(movies() + u"Heat.m4v"_s), file(kPairA, u"a1.m4v"_s));
     for (const QString &line :
-         {u"Warning in checkAndFixLinks: folder for pair found: "_s + movies() + u"Den"_s,
+         {u"removeStaleLinks: pairDir: "_s + pairDir(kPairA) + u" and dstPath: "_s + den,
+          u"Warning in checkAndFixLinks: folder for pair found: "_s + movies() + u"Den"_s,
           u"Warning: found a link in a linkdir that does not belong to that pair: "_s + den + u"Bogus.m4v"_s,
           u"Trying to remove this bogus link: "_s + den + u"Bogus.m4v"_s,
           u"Error in pair: cannot move link from: "_s + den + u"Heat.m4v to "_s + movies() + u"Heat.m4v"_s,
-          u"Warning: removing bogus file: "_s + den + u".DS_Store"_s})
+          u"Warning: removing bogus file: "_s + den + u".DS_Store"_s,
+          u"Removing stale link: "_s + movies() + u"Orphan.m4v"_s})
         EXPECT_TRUE(g_log.contains(line)) << qPrintable(line);
-}
-
-TEST_F(LinksTest, staleLinksGoAndOthersStay)
-{
-    makePair(kPairA, u"Den"_s);
-    addMovie(kPairA, u"a1"_s, u"Alien"_s);
-    makeLink(file(kPairA, u"gone.m4v"_s), movies() + u"Gone.m4v"_s);
-    makeLink(root() + u"/outside/gone.m4v"_s, movies() + u"Outside.m4v"_s);
-    EXPECT_TRUE(JUtils::removeStaleLinks(kPairA));
-    EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml Outside.m4v"));
-    EXPECT_TRUE(g_log.contains(u"removeStaleLinks: pairDir: "_s + pairDir(kPairA) + u" and dstPath: "_s + movies()));
-
-    // The repair removes dangling top-level links into any pair folder, and only those.
-    makeLink(file(kPairB, u"b1.m4v"_s), movies() + u"Orphan.m4v"_s);
-    EXPECT_TRUE(JUtils::checkAndFixLinks());
-    EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml Outside.m4v"));
-    EXPECT_TRUE(g_log.contains(u"Removing stale link: "_s + movies() + u"Orphan.m4v"_s));
 }
 
 TEST_F(LinksTest, unpairingRemovesTheConfigurationLast)
@@ -210,12 +200,8 @@ TEST_F(LinksTest, invalidIdentifiersAndEscapingNamesChangeNothing)
 
 TEST_F(LinksTest, pairRecordsCarryTheFilesFacts)
 {
-    const struct Row {
-        const char *name;
-        QVariant pairTimeValue, syncTimeValue;  // invalid: key absent / no statistics file
-        QString peer;
-        quint32 pairTime, syncTime;  // as read
-    } rows[] = {
+    // The times as written (invalid: key absent / no statistics file) and as read.
+    const struct { const char *name; QVariant pairTimeIn, syncIn; QString peer; quint32 pairTime, syncTime; } rows[] = {
         {"decimal text", u"1200000000"_s, u"1300000000"_s, u"192.168.1.20"_s, 1200000000u, 1300000000u},
         {"plist integers", 1250000000, 1400000000, {}, 1250000000u, 1400000000u},
         {"never synced", u"1200000000"_s, {}, {}, 1200000000u, 0u},
@@ -224,12 +210,12 @@ TEST_F(LinksTest, pairRecordsCarryTheFilesFacts)
         {"negative", u"-5"_s, u"-1"_s, {}, 0u, 0u},
         {"beyond 32 bits", u"4294967296"_s, u"4294967295"_s, {}, 0u, 4294967295u},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         QDir(pairDir(kPairA)).removeRecursively();
-        makePair(kPairA, u"Den"_s, row.pairTimeValue);
-        if (row.syncTimeValue.isValid())
-            writeStats(kPairA, row.syncTimeValue, row.peer);
+        makePair(kPairA, u"Den"_s, row.pairTimeIn);
+        if (row.syncIn.isValid())
+            writeStats(kPairA, row.syncIn, row.peer);
         VireoPlayerPairList list;
         int count = 0;
         ASSERT_TRUE(getAllPairInfos(&list, &count) && count == 1);

@@ -88,7 +88,6 @@ TEST_F(PlistSettingsTest, writtenFileParsesElsewhereAndRoundTrips)
     EXPECT_EQ(dump(path()), QStringList({u"at=@home"_s, u"count=-7"_s, u"dotted.key=dot"_s, u"enabled=true"_s,
                                          u"global/clientName=Küche <&> ☃"_s, u"global/pairTime=1700000000"_s,
                                          u"mid·dot=mid"_s, u"playback_pos/-5=1200000000_42000"_s, u"ratio=2.5"_s}));
-
     if (python().isEmpty())
         GTEST_SKIP() << "python3 not installed";
     const QByteArray json = runPython("import plistlib, json, sys\n"
