@@ -50,19 +50,20 @@ protected:
     QString pairDir(const QString &pairID) const { return home() + u"/Vireo/"_s + pairID; }
     QString file(const QString &pairID, const QString &name) const { return pairDir(pairID) + u'/' + name; }
 
-    // A pair folder with its configuration; an invalid pairTime leaves the key out.
-    void makePair(const QString &pairID, const QString &clientName, const QVariant &pairTime = {}) const
+    // A pair folder with its configuration, and its statistics when syncTime is valid;
+    // an invalid pairTime leaves that key out.
+    void makePair(const QString &pairID, const QString &clientName, const QVariant &pairTime = {},
+                  const QVariant &syncTime = {}, const QString &peer = {}) const
     {
         QDir().mkpath(pairDir(pairID));
         QSettings config(file(pairID, u"vireo.plist"_s), PlistSettings::format());
         config.setValue(u"global/clientName"_s, clientName);
         if (pairTime.isValid())
             config.setValue(u"global/pairTime"_s, pairTime);
-    }
-    void writeStats(const QString &pairID, const QVariant &lastSyncTime, const QString &peer) const
-    {
+        if (!syncTime.isValid())
+            return;
         QSettings stats(file(pairID, u"vireostats.plist"_s), PlistSettings::format());
-        stats.setValue(u"lastSyncTime"_s, lastSyncTime);
+        stats.setValue(u"lastSyncTime"_s, syncTime);
         stats.setValue(u"lastSyncPeer"_s, peer);
     }
     // Makes the parent folders as needed.

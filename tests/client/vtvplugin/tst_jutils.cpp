@@ -17,7 +17,6 @@ protected:
         EXPECT_EQ(lstat(QFile::encodeName(path).constData(), &status), 0) << qPrintable(path);
         return status.st_blocks;
     }
-    static qint64 duOf(const QString &path, qint32 &count) { return du(QFile::encodeName(path).constData(), count); }
     // A network interface in the fake registry under root(), of ARPHRD type `type`;
     // `onDevice` gives it the "device" link of real hardware.
     void addInterface(const QString &name, const QByteArray &type, bool onDevice, const QByteArray &mac) const
@@ -126,7 +125,7 @@ TEST_F(JUtilsTest, duSumsEveryEntryWithoutFollowingLinks)
     for (const QString &entry : entries)
         expected += blocksOf(entry);
     qint32 count = 0;
-    EXPECT_EQ(duOf(library + u'/', count), expected);
+    EXPECT_EQ(du(QFile::encodeName(library + u'/').constData(), count), expected);
     EXPECT_EQ(count, entries.size() + 1);
     qint64 usedKB = -1;
     EXPECT_TRUE(JUtils::getDiskSpaceUsed(library, usedKB, count));
@@ -138,7 +137,7 @@ TEST_F(JUtilsTest, duSumsEveryEntryWithoutFollowingLinks)
     writeFile(folder + u'/' + QString(10, u'k'));
     writeFile(folder + u'/' + QString(11, u'l'));
     count = 0;
-    duOf(folder, count);
+    du(QFile::encodeName(folder).constData(), count);
     EXPECT_EQ(count, 2);
 }
 
@@ -174,13 +173,13 @@ TEST_F(JUtilsTest, aboutScreenFacts)
     EXPECT_TRUE(getDiskSpaceInfo(nullptr, nullptr, &used, nullptr, &pairCount));
     EXPECT_EQ(used + QString::number(pairCount), u"0.00 Byte0"_s);
     count = 0;
-    EXPECT_EQ(duOf(home() + u"/Vireo/"_s, count) + count, 0);
+    EXPECT_EQ(du(QFile::encodeName(home() + u"/Vireo/"_s).constData(), count) + count, 0);
     totalKB = availableKB = -7;
     EXPECT_FALSE(JUtils::getDiskSpace(home() + u"/Vireo/"_s, totalKB, availableKB));
     EXPECT_EQ(totalKB + availableKB, -14);
 }
 
-TEST_F(JUtilsTest, serialOnlyForTheHardwareFamily)
+TEST_F(JUtilsTest, serialOnlyForTheHardwareFamilyMacOfTheFirstEthernetDevice)
 {
     const QString dmi = u"/sys/class/dmi/id/product_"_s, tree = u"/proc/device-tree/"_s;
     // An empty serial expected: getSerial answers false.
@@ -200,10 +199,8 @@ TEST_F(JUtilsTest, serialOnlyForTheHardwareFamily)
         EXPECT_EQ(JUtils::getSerial(serial, DeviceRegistry(fake)), !row.expected.isEmpty()) << row.name;
         EXPECT_EQ(serial, row.expected) << row.name;
     }
-}
 
-TEST_F(JUtilsTest, macOfTheFirstEthernetInterfaceOnADevice)
-{
+    // The MAC address: the first Ethernet interface on a device.
     QString mac = u"left over"_s;
     EXPECT_FALSE(JUtils::getMacAddress(mac, DeviceRegistry(root())));  // no interface list at all
     addInterface(u"lo"_s, "772", false, "00:00:00:00:00:00");

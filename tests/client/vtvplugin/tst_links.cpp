@@ -37,7 +37,6 @@ protected:
         EXPECT_TRUE(JUtils::setupLinks(pairID, id + u".m4v"_s, title));
         return title;
     }
-    static QString target(const QString &link) { return QFileInfo(link).symLinkTarget(); }
     static QString longDate(qint64 seconds)
     {
         return seconds ? QLocale::system().toString(QDateTime::fromSecsSinceEpoch(seconds), QLocale::LongFormat)
@@ -45,33 +44,28 @@ protected:
     }
 };
 
-TEST_F(LinksTest, setupLinksLinksEveryFileOfTheMovieUnderItsLatestTitle)
-{
-    makePair(kPairA, u"Den"_s);
-    makeMovie(kPairA, u"m1"_s, words("m4v xml png"));
-    addMovie(kPairA, u"m10"_s, u"Heat"_s);  // shares a prefix, not the identifier
-    EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Alien"_s));
-    EXPECT_EQ(target(movies() + u"Alien.png"_s), file(kPairA, u"m1.png"_s));
-    EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Aliens"_s));
-    EXPECT_EQ(names(movies()), words("Aliens.m4v Aliens.png Aliens.xml Heat.m4v Heat.xml"));
-}
-
-TEST_F(LinksTest, titlesDifferingInCaseAreNumberedFromTheIncomingTitle)
+TEST_F(LinksTest, linksFollowTheLatestUniqueTitle)
 {
     makePair(kPairA, u"Den"_s);
     makePair(kPairB, u"Office"_s);
-    EXPECT_EQ(addMovie(kPairA, u"m1"_s, u"Alien"_s), u"Alien"_s);
+    makeMovie(kPairA, u"m1"_s, words("m4v xml png"));
+    addMovie(kPairA, u"m10"_s, u"Heat"_s);  // shares a prefix, not the identifier
+    EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Alien"_s));
+    EXPECT_EQ(QFileInfo(movies() + u"Alien.png"_s).symLinkTarget(), file(kPairA, u"m1.png"_s));
+    EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Aliens"_s));
+    EXPECT_EQ(names(movies()), words("Aliens.m4v Aliens.png Aliens.xml Heat.m4v Heat.xml"));
+
+    // Titles differing in case only are numbered, each number from the incoming title.
     g_log.clear();
-    EXPECT_EQ(addMovie(kPairA, u"m2"_s, u"ALIEN"_s), u"ALIEN (2)"_s);
-    EXPECT_EQ(g_log,
-              QStringList(u"Found a video with the same title, my ID = [m2], other ID = [m1] for title: [ALIEN]"_s));
-    // "alien (2)" clashes with "ALIEN (2)": (3), never "alien (2) (2)".
-    EXPECT_EQ(addMovie(kPairA, u"m3"_s, u"alien"_s), u"alien (3)"_s);
+    EXPECT_EQ(addMovie(kPairA, u"m2"_s, u"ALIENS"_s), u"ALIENS (2)"_s);
+    EXPECT_EQ(g_log, QStringList(u"Found a video with the same title, my ID = [m2], other ID = [m1] for title: [ALIENS]"_s));
+    // "aliens (2)" clashes with "ALIENS (2)": (3), never "aliens (2) (2)".
+    EXPECT_EQ(addMovie(kPairA, u"m3"_s, u"aliens"_s), u"aliens (3)"_s);
     // Neither the movie's own links nor another pair's titles clash.
-    QString own = u"Alien"_s, other = u"Alien"_s;
+    QString own = u"Aliens"_s, other = u"Aliens"_s;
     EXPECT_TRUE(JUtils::makeTitleUnique(kPairA, u"m1.m4v"_s, own));
     EXPECT_TRUE(JUtils::makeTitleUnique(kPairB, u"m9.m4v"_s, other));
-    EXPECT_EQ(own + other, u"AlienAlien"_s);
+    EXPECT_EQ(own + other, u"AliensAliens"_s);
 }
 
 // The whole life of a second player: its links move into client folders, its sync
@@ -134,7 +128,7 @@ TEST_F(LinksTest, onePairRepairDissolvesItsClientFolderAndStaleLinksGo)
     EXPECT_EQ(names(den), words(".DS_Store Alien.m4v Alien.xml Bogus.m4v Heat.m4v"));
     EXPECT_TRUE(JUtils::checkAndFixLinks());
     EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml Heat.m4v Outside.m4v"));
-    EXPECT_EQ(target(movies() + u"Heat.m4v"_s), file(kPairA, u"a1.m4v"_s));
+    EXPECT_EQ(QFileInfo(movies() + u"Heat.m4v"_s).symLinkTarget(), file(kPairA, u"a1.m4v"_s));
     for (const QString &line :
          {u"removeStaleLinks: pairDir: "_s + pairDir(kPairA) + u" and dstPath: "_s + den,
           u"Warning in checkAndFixLinks: folder for pair found: "_s + movies() + u"Den"_s,
@@ -213,9 +207,7 @@ TEST_F(LinksTest, pairRecordsCarryTheFilesFacts)
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         QDir(pairDir(kPairA)).removeRecursively();
-        makePair(kPairA, u"Den"_s, row.pairTimeIn);
-        if (row.syncIn.isValid())
-            writeStats(kPairA, row.syncIn, row.peer);
+        makePair(kPairA, u"Den"_s, row.pairTimeIn, row.syncIn, row.peer);
         VireoPlayerPairList list;
         int count = 0;
         ASSERT_TRUE(getAllPairInfos(&list, &count) && count == 1);
@@ -240,10 +232,8 @@ TEST_F(LinksTest, pairFoldersWithoutConfigurationAreSkipped)
 
     // Listed under its rewritten name, which has no folder of its own.
     makePair(u"0123456789-abcdef-0123456789ABCD"_s, u"Attic"_s);
-    makePair(kPairA, u"Den"_s);
-    writeStats(kPairA, u"1300000000"_s, u"10.0.0.2"_s);
-    makePair(kPairB, u"Office"_s);
-    writeStats(kPairB, u"1200000000"_s, u"10.0.0.3"_s);
+    makePair(kPairA, u"Den"_s, {}, u"1300000000"_s, u"10.0.0.2"_s);
+    makePair(kPairB, u"Office"_s, {}, u"1200000000"_s, u"10.0.0.3"_s);
     g_log.clear();
     VireoPlayerPairList list;
     ASSERT_TRUE(getAllPairInfos(&list, &count));
