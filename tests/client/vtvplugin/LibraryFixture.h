@@ -85,16 +85,13 @@ protected:
     }
     // "a b c" as a list, for short expectations of folder contents.
     static QStringList words(const char *text) { return QString::fromUtf8(text).split(u' ', Qt::SkipEmptyParts); }
-    static QStringList names(const QString &folder)
-    {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    }
+    static constexpr auto kEverything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    static QStringList names(const QString &folder) { return QDir(folder).entryList(kEverything, QDir::Name); }
     // Every entry below `folder`, links not followed: proof that nothing changed.
     static QStringList tree(const QString &folder)
     {
         QStringList entries;
-        QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
+        QDirIterator it(folder, kEverything, QDirIterator::Subdirectories);
         while (it.hasNext())
             entries.append(it.next());
         entries.sort();

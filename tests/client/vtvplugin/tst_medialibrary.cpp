@@ -67,8 +67,9 @@ TEST_F(MediaLibraryTest, metadataElementRules)
         {"unknown elements ignored", "<m><rating>R</rating><title>T</title></m>", "title=T"},
         {"external entity not loaded",
          "<!DOCTYPE m [<!ENTITY x SYSTEM \"/etc/hostname\">]><m><title>&x;T</title></m>", "title=T"},
-        {"ids and lists", "<m><sversion> 2.1 </sversion><ccontentid>c-7</ccontentid><vcontentid>v-9</vcontentid>"
-                          "<directors><name>D</name></directors><producers><name>P1</name><name>P2</name></producers></m>",
+        {"ids and lists",
+         "<m><sversion> 2.1 </sversion><ccontentid>c-7</ccontentid><vcontentid>v-9</vcontentid>"
+         "<directors><name>D</name></directors><producers><name>P1</name><name>P2</name></producers></m>",
          "directors=D producers=P1,P2 sversion=2.1 ccontentid=c-7 vcontentid=v-9"},
         // The editorial note: the last closing "**" ends it, and it must not be empty.
         {"editorial note", "<description>**Staff pick**A fine film</description>",
@@ -139,7 +140,7 @@ TEST_F(MediaLibraryTest, trailerNeverResumesAndNamesItsThumbnail)
     EXPECT_EQ(trailer.coverArt(), DefaultMediaImages::imageForMediaType(MediaType::movieTrailer));
 
     QString bare = u"http://cdn.example/thumbs/"_s;
-    EXPECT_EQ(VTVMediaAsset(QUrl(u"http://cdn.example/t.mov"_s), {}, 0, 0, {}, bare, {}).coverArtID(), u"vtv_ca_.jpg"_s);
+    EXPECT_EQ(VTVMediaAsset(QUrl(u"http://cdn.example/t.mov"_s), {}, 0, 0, {}, bare, {}).coverArtID(), u"vtv_ca_.jpg");
 }
 
 TEST_F(MediaLibraryTest, coverArtDecodesOnceAndFailureSticks)
@@ -175,8 +176,9 @@ TEST_F(MediaLibraryTest, cacheEntriesAreTimeUnderscorePosition)
     EXPECT_TRUE(getVideoPlaybackPosition(-5, &position) && getVideoPlaybackPosition(-5, nullptr));
     EXPECT_EQ(position, 42000);
 
-    const std::tuple<const char *, bool, qint32> rows[] = {  // only the second piece counts
-        {"1200000000", false, 0}, {"abc_100", true, 100}, {"1_x", false, 0}, {"1__5", false, 0}, {"1_-300_9", true, -300}};
+    // Only the second piece of an entry counts.
+    const std::tuple<const char *, bool, qint32> rows[] = {{"1200000000", false, 0}, {"abc_100", true, 100},
+        {"1_x", false, 0}, {"1__5", false, 0}, {"1_-300_9", true, -300}};
     for (const auto &[value, found, expected] : rows) {
         putRaw(u"7"_s, QString::fromLatin1(value));
         position = 0;
@@ -184,10 +186,10 @@ TEST_F(MediaLibraryTest, cacheEntriesAreTimeUnderscorePosition)
         EXPECT_EQ(position, expected) << value;
     }
     // A home of four characters or fewer is not trusted: the box user's is taken.
-    for (const auto &[home, cacheHome] : {std::pair(""_ba, u"/Users/frontrow"_s), std::pair("/tmp"_ba, u"/Users/frontrow"_s),
-                                          std::pair("/home"_ba, u"/home"_s)}) {
+    for (const auto &[home, base] : {std::pair(""_ba, u"/Users/frontrow"_s),
+                                     std::pair("/tmp"_ba, u"/Users/frontrow"_s), std::pair("/home"_ba, u"/home"_s)}) {
         qputenv("HOME", home);
-        EXPECT_EQ(playbackPositionCachePath(), cacheHome + u"/Vireo/vireocache.plist"_s) << home.constData();
+        EXPECT_EQ(playbackPositionCachePath(), base + u"/Vireo/vireocache.plist"_s) << home.constData();
     }
 }
 
