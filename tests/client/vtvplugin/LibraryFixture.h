@@ -1,7 +1,8 @@
 #pragma once
 
 // A library tree in a temporary folder with HOME pointed at it, and a capture of the
-// "vireo.library" log. Header-only: every test program of this folder includes it.
+// appliance's own log categories ("vireo.*"). Header-only: the test programs of this
+// folder include it.
 
 #include "vtvplugin/PlistSettings.h"
 
@@ -12,29 +13,18 @@
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QVariant>
 
 using namespace Qt::StringLiterals;
 
-class LogCapture {
-public:
-    LogCapture() { lines().clear(), m_previous = qInstallMessageHandler(&handle); }
-    ~LogCapture() { qInstallMessageHandler(m_previous); }
-    static QStringList &lines()
-    {
-        static QStringList captured;
-        return captured;
-    }
-    static bool has(const QString &line) { return lines().contains(line); }
+// What the appliance logged ("vireo.*" categories) since the test began or last
+// cleared it.
+inline QStringList g_log;
 
-private:
-    static void handle(QtMsgType, const QMessageLogContext &context, const QString &message)
-    {
-        if (qstrcmp(context.category, "vireo.library") == 0)
-            lines().append(message);
-    }
-    QtMessageHandler m_previous = nullptr;
-};
+inline void captureLog(QtMsgType, const QMessageLogContext &context, const QString &message)
+{
+    if (QByteArrayView(context.category).startsWith("vireo."))
+        g_log.append(message);
+}
 
 class LibraryFixture : public ::testing::Test {
 protected:
@@ -43,12 +33,16 @@ protected:
 
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid());
-        m_savedHome = qgetenv("HOME");
-        ASSERT_TRUE(QDir().mkpath(home() + u"/Vireo"_s) && QDir().mkpath(home() + u"/Movies"_s));
+        ASSERT_TRUE(m_dir.isValid() && QDir().mkpath(home() + u"/Vireo"_s) && QDir().mkpath(movies()));
         qputenv("HOME", QFile::encodeName(home()));
+        g_log.clear();
+        m_savedHandler = qInstallMessageHandler(&captureLog);
     }
-    void TearDown() override { qputenv("HOME", m_savedHome); }
+    void TearDown() override
+    {
+        qInstallMessageHandler(m_savedHandler);
+        qputenv("HOME", m_savedHome);
+    }
 
     QString root() const { return m_dir.path(); }
     QString home() const { return m_dir.path() + u"/home"_s; }
@@ -56,26 +50,28 @@ protected:
     QString pairDir(const QString &pairID) const { return home() + u"/Vireo/"_s + pairID; }
     QString file(const QString &pairID, const QString &name) const { return pairDir(pairID) + u'/' + name; }
 
-    // A pair folder with its configuration; an invalid pairTime leaves the key out.
-    void makePair(const QString &pairID, const QString &clientName, const QVariant &pairTime = {}) const
+    // A pair folder with its configuration, and its statistics when syncTime is valid;
+    // an invalid pairTime leaves that key out.
+    void makePair(const QString &pairID, const QString &clientName, const QVariant &pairTime = {},
+                  const QVariant &syncTime = {}, const QString &peer = {}) const
     {
         QDir().mkpath(pairDir(pairID));
         QSettings config(file(pairID, u"vireo.plist"_s), PlistSettings::format());
         config.setValue(u"global/clientName"_s, clientName);
         if (pairTime.isValid())
             config.setValue(u"global/pairTime"_s, pairTime);
-    }
-    void writeStats(const QString &pairID, const QVariant &lastSyncTime, const QString &peer) const
-    {
+        if (!syncTime.isValid())
+            return;
         QSettings stats(file(pairID, u"vireostats.plist"_s), PlistSettings::format());
-        stats.setValue(u"lastSyncTime"_s, lastSyncTime);
+        stats.setValue(u"lastSyncTime"_s, syncTime);
         stats.setValue(u"lastSyncPeer"_s, peer);
     }
+    // Makes the parent folders as needed.
     static void writeFile(const QString &path, const QByteArray &content = "movie")
     {
+        QDir().mkpath(QFileInfo(path).path());
         QFile out(path);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly)) << qPrintable(path);
-        out.write(content);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly) && out.write(content) == content.size()) << qPrintable(path);
     }
     // The files of one movie: identifier + "." + each suffix.
     void makeMovie(const QString &pairID, const QString &id, const QStringList &suffixes = {u"m4v"_s, u"xml"_s}) const
@@ -87,17 +83,15 @@ protected:
     {
         ASSERT_TRUE(QFile::link(target, link)) << qPrintable(link);
     }
-    static QStringList names(const QString &folder)
-    {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                                      QDir::Name);
-    }
+    // "a b c" as a list, for short expectations of folder contents.
+    static QStringList words(const char *text) { return QString::fromUtf8(text).split(u' ', Qt::SkipEmptyParts); }
+    static constexpr auto kEverything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    static QStringList names(const QString &folder) { return QDir(folder).entryList(kEverything, QDir::Name); }
     // Every entry below `folder`, links not followed: proof that nothing changed.
     static QStringList tree(const QString &folder)
     {
         QStringList entries;
-        QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
+        QDirIterator it(folder, kEverything, QDirIterator::Subdirectories);
         while (it.hasNext())
             entries.append(it.next());
         entries.sort();
@@ -106,5 +100,6 @@ protected:
 
 private:
     QTemporaryDir m_dir;
-    QByteArray m_savedHome;
+    const QByteArray m_savedHome = qgetenv("HOME");
+    QtMessageHandler m_savedHandler = nullptr;
 };

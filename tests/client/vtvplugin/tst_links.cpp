@@ -1,8 +1,10 @@
 #include "LibraryFixture.h"
 
 #include "vtvplugin/JUtils.h"
+#include "vtvplugin/VireoPairInfo.h"
 
 #include <QDateTime>
+#include <QLocale>
 #include <QRegularExpression>
 
 #include <fcntl.h>
@@ -12,29 +14,18 @@
 
 namespace {
 
-// Makes a file immutable while it lives, so that even root cannot remove it. Not
-// every file system or container allows it; `active()` tells.
-class ImmutableFile {
-public:
-    explicit ImmutableFile(const QString &path) : m_path(QFile::encodeName(path)) { m_active = setFlag(true); }
-    ~ImmutableFile() { m_active && setFlag(false); }
-    bool active() const { return m_active; }
-
-private:
-    bool setFlag(bool on) const
-    {
-        const int fd = open(m_path.constData(), O_RDONLY);
-        int flags = 0;
-        bool ok = fd >= 0 && ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0;
-        flags = on ? (flags | FS_IMMUTABLE_FL) : (flags & ~FS_IMMUTABLE_FL);
-        ok = ok && ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
-        if (fd >= 0)
-            close(fd);
-        return ok;
-    }
-    QByteArray m_path;
-    bool m_active = false;
-};
+// Sets or clears the immutable flag, which stops even root from removing a file. Not
+// every file system or container allows it.
+bool setImmutable(const QString &path, bool on)
+{
+    const int fd = open(QFile::encodeName(path).constData(), O_RDONLY);
+    int flags = 0;
+    bool ok = fd >= 0 && ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0;
+    flags = on ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
+    ok = ok && ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
+    close(fd);
+    return ok;
+}
 
 class LinksTest : public LibraryFixture {
 protected:
@@ -46,40 +37,41 @@ protected:
         EXPECT_TRUE(JUtils::setupLinks(pairID, id + u".m4v"_s, title));
         return title;
     }
-    static QString target(const QString &link) { return QFileInfo(link).symLinkTarget(); }
+    static QString longDate(qint64 seconds)
+    {
+        return seconds ? QLocale::system().toString(QDateTime::fromSecsSinceEpoch(seconds), QLocale::LongFormat)
+                       : QString();
+    }
 };
 
-TEST_F(LinksTest, setupLinksLinksEveryFileOfTheMovieUnderItsLatestTitle)
-{
-    makePair(kPairA, u"Den"_s);
-    makeMovie(kPairA, u"m1"_s, {u"m4v"_s, u"xml"_s, u"png"_s});
-    addMovie(kPairA, u"m10"_s, u"Heat"_s);  // shares a prefix, not the identifier
-    EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Alien"_s));
-    EXPECT_EQ(target(movies() + u"Alien.png"_s), file(kPairA, u"m1.png"_s));
-
-    EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Aliens"_s));
-    EXPECT_EQ(names(movies()), QStringList({u"Aliens.m4v"_s, u"Aliens.png"_s, u"Aliens.xml"_s, u"Heat.m4v"_s,
-                                            u"Heat.xml"_s}));
-}
-
-TEST_F(LinksTest, titlesDifferingInCaseAreNumberedFromTheIncomingTitle)
+TEST_F(LinksTest, linksFollowTheLatestUniqueTitle)
 {
     makePair(kPairA, u"Den"_s);
     makePair(kPairB, u"Office"_s);
-    EXPECT_EQ(addMovie(kPairA, u"m1"_s, u"Alien"_s), u"Alien"_s);
-    LogCapture log;
-    EXPECT_EQ(addMovie(kPairA, u"m2"_s, u"ALIEN"_s), u"ALIEN (2)"_s);
-    EXPECT_EQ(LogCapture::lines(),
-              QStringList(u"Found a video with the same title, my ID = [m2], other ID = [m1] for title: [ALIEN]"_s));
-    // "alien (2)" clashes with "ALIEN (2)": (3), never "alien (2) (2)".
-    EXPECT_EQ(addMovie(kPairA, u"m3"_s, u"alien"_s), u"alien (3)"_s);
+    makeMovie(kPairA, u"m1"_s, words("m4v xml png"));
+    addMovie(kPairA, u"m10"_s, u"Heat"_s);  // shares a prefix, not the identifier
+    EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Alien"_s));
+    EXPECT_EQ(QFileInfo(movies() + u"Alien.png"_s).symLinkTarget(), file(kPairA, u"m1.png"_s));
+    EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Aliens"_s));
+    EXPECT_EQ(names(movies()), words("Aliens.m4v Aliens.png Aliens.xml Heat.m4v Heat.xml"));
+
+    // Titles differing in case only are numbered, each number from the incoming title.
+    g_log.clear();
+    EXPECT_EQ(addMovie(kPairA, u"m2"_s, u"ALIENS"_s), u"ALIENS (2)"_s);
+    EXPECT_EQ(g_log.join(u'|'),
+              u"Found a video with the same title, my ID = [m2], other ID = [m1] for title: [ALIENS]"_s);
+    // "aliens (2)" clashes with "ALIENS (2)": (3), never "aliens (2) (2)".
+    EXPECT_EQ(addMovie(kPairA, u"m3"_s, u"aliens"_s), u"aliens (3)"_s);
     // Neither the movie's own links nor another pair's titles clash.
-    QString own = u"Alien"_s, other = u"Alien"_s;
+    QString own = u"Aliens"_s, other = u"Aliens"_s;
     EXPECT_TRUE(JUtils::makeTitleUnique(kPairA, u"m1.m4v"_s, own));
     EXPECT_TRUE(JUtils::makeTitleUnique(kPairB, u"m9.m4v"_s, other));
-    EXPECT_EQ(own + other, u"AlienAlien"_s);
+    EXPECT_EQ(own + other, u"AliensAliens"_s);
 }
 
+// The whole life of a second player: its links move into client folders, its sync
+// shows on the syncing screen, and unpairing it there brings the first player's links
+// back to the top.
 TEST_F(LinksTest, secondPlayerMovesLinksIntoClientFoldersAndBackWhenUnpaired)
 {
     makePair(kPairA, u"Den"_s);
@@ -87,116 +79,87 @@ TEST_F(LinksTest, secondPlayerMovesLinksIntoClientFoldersAndBackWhenUnpaired)
     // The second player's first links land at the top until the repair runs.
     makePair(kPairB, u"Office"_s);
     addMovie(kPairB, u"b1"_s, u"Heat"_s);
-    LogCapture log;
     EXPECT_TRUE(JUtils::checkAndFixLinks());
-    EXPECT_EQ(names(movies()), QStringList({u"Den"_s, u"Office"_s}));
-    EXPECT_EQ(names(movies() + u"Den"_s), QStringList({u"Alien.m4v"_s, u"Alien.xml"_s}));
-    EXPECT_TRUE(log.has(u"Warning in checkAndFixLinks: folder for pair not found: "_s + movies() + u"Office"_s));
-    EXPECT_TRUE(log.has(u"In checkAndFixLinks: renaming link: "_s + movies() + u"Heat.m4v to "_s + movies()
-                        + u"Office/Heat.m4v"_s));
+    EXPECT_EQ(names(movies()), words("Den Office"));
+    EXPECT_EQ(names(movies() + u"Den"_s), words("Alien.m4v Alien.xml"));
+    EXPECT_TRUE(g_log.contains(u"Warning in checkAndFixLinks: folder for pair not found: "_s + movies() + u"Office"_s));
+    EXPECT_TRUE(g_log.contains(u"In checkAndFixLinks: renaming link: "_s + movies() + u"Heat.m4v to "_s + movies()
+                               + u"Office/Heat.m4v"_s));
     addMovie(kPairB, u"b2"_s, u"Ronin"_s);
-    EXPECT_EQ(names(movies() + u"Office"_s), QStringList({u"Heat.m4v"_s, u"Heat.xml"_s, u"Ronin.m4v"_s,
-                                                          u"Ronin.xml"_s}));
+    EXPECT_EQ(names(movies() + u"Office"_s), words("Heat.m4v Heat.xml Ronin.m4v Ronin.xml"));
 
-    EXPECT_TRUE(JUtils::unpairOnePair(kPairB));
-    EXPECT_TRUE(JUtils::checkAndFixLinks());
-    EXPECT_EQ(names(movies()), QStringList({u"Alien.m4v"_s, u"Alien.xml"_s}));
+    // Unpairing takes the whole pair folder, but follows no link out of it.
+    writeFile(file(kPairB, u"extras/.hidden"_s));
+    writeFile(root() + u"/keep.txt"_s);
+    makeLink(root() + u"/keep.txt"_s, file(kPairB, u"escape"_s));
+    const qint64 before = QDateTime::currentSecsSinceEpoch();
+    EXPECT_TRUE(JUtils::updatePairStats(kPairB, u"10.0.0.3"_s));
+    VireoPlayerPairList list;
+    int count = 0;
+    ASSERT_TRUE(getAllPairInfos(&list, &count) && count == 2);
+    const VireoPlayerPair &office = list[list[0].pairID == kPairB ? 0 : 1];
+    EXPECT_EQ(office.clientName + u' ' + office.lastSyncPeer, u"Office 10.0.0.3"_s);
+    EXPECT_TRUE(office.lastSyncTime >= before && office.lastSyncTime <= QDateTime::currentSecsSinceEpoch());
+    EXPECT_EQ(getLastSyncTimeForAllPairs(), office.lastSyncTime);
+    EXPECT_TRUE(removeOnePair(&office));
+    releasePairInfoList(list, count);
+    EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml"));
     EXPECT_EQ(names(home() + u"/Vireo"_s), QStringList(kPairA));
-    EXPECT_EQ(names(pairDir(kPairA)), QStringList({u"a1.m4v"_s, u"a1.xml"_s, u"vireo.plist"_s}));
+    EXPECT_EQ(names(root()), words("home keep.txt"));
+    EXPECT_EQ(names(pairDir(kPairA)), words("a1.m4v a1.xml vireo.plist"));
 }
 
-TEST_F(LinksTest, onePairRepairDissolvesItsClientFolder)
+TEST_F(LinksTest, onePairRepairDissolvesItsClientFolderAndStaleLinksGo)
 {
     makePair(kPairA, u"Den"_s);
     makeMovie(kPairA, u"a1"_s);
     makeMovie(kPairA, u"a2"_s, {u"m4v"_s});
     const QString den = movies() + u"Den/"_s;
-    QDir().mkpath(den);
+    writeFile(den + u".DS_Store"_s);
     makeLink(file(kPairA, u"a1.m4v"_s), den + u"Alien.m4v"_s);
     makeLink(file(kPairA, u"a1.xml"_s), den + u"Alien.xml"_s);
-    makeLink(root() + u"/foreign.m4v"_s, den + u"Bogus.m4v"_s);
     makeLink(file(kPairA, u"a2.m4v"_s), den + u"Heat.m4v"_s);
+    makeLink(file(kPairA, u"gone.m4v"_s), den + u"Gone.m4v"_s);
+    makeLink(root() + u"/foreign.m4v"_s, den + u"Bogus.m4v"_s);
     makeLink(file(kPairA, u"a1.m4v"_s), movies() + u"Heat.m4v"_s);  // blocks the move up
-    writeFile(den + u".DS_Store"_s);
+    makeLink(file(kPairB, u"b1.m4v"_s), movies() + u"Orphan.m4v"_s);  // into a pair folder that is gone
+    makeLink(root() + u"/foreign.m4v"_s, movies() + u"Outside.m4v"_s);  // dangling, but not into the library
 
-    LogCapture log;
+    EXPECT_TRUE(JUtils::removeStaleLinks(kPairA));
+    EXPECT_EQ(names(den), words(".DS_Store Alien.m4v Alien.xml Bogus.m4v Heat.m4v"));
     EXPECT_TRUE(JUtils::checkAndFixLinks());
-    EXPECT_EQ(names(movies()), QStringList({u"Alien.m4v"_s, u"Alien.xml"_s, u"Heat.m4v"_s}));
-    EXPECT_EQ(target(movies() + u"Heat.m4v"_s), file(kPairA, u"a1.m4v"_s));
+    EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml Heat.m4v Outside.m4v"));
+    EXPECT_EQ(QFileInfo(movies() + u"Heat.m4v"_s).symLinkTarget(), file(kPairA, u"a1.m4v"_s));
     for (const QString &line :
-         {u"Warning in checkAndFixLinks: folder for pair found: "_s + movies() + u"Den"_s,
+         {u"removeStaleLinks: pairDir: "_s + pairDir(kPairA) + u" and dstPath: "_s + den,
+          u"Warning in checkAndFixLinks: folder for pair found: "_s + movies() + u"Den"_s,
           u"Warning: found a link in a linkdir that does not belong to that pair: "_s + den + u"Bogus.m4v"_s,
           u"Trying to remove this bogus link: "_s + den + u"Bogus.m4v"_s,
           u"Error in pair: cannot move link from: "_s + den + u"Heat.m4v to "_s + movies() + u"Heat.m4v"_s,
-          u"Warning: removing bogus file: "_s + den + u".DS_Store"_s})
-        EXPECT_TRUE(log.has(line)) << qPrintable(line);
-}
-
-TEST_F(LinksTest, staleLinksGoAndOthersStay)
-{
-    makePair(kPairA, u"Den"_s);
-    addMovie(kPairA, u"a1"_s, u"Alien"_s);
-    makeLink(file(kPairA, u"gone.m4v"_s), movies() + u"Gone.m4v"_s);
-    makeLink(root() + u"/outside/gone.m4v"_s, movies() + u"Outside.m4v"_s);
-    LogCapture log;
-    EXPECT_TRUE(JUtils::removeStaleLinks(kPairA));
-    EXPECT_EQ(names(movies()), QStringList({u"Alien.m4v"_s, u"Alien.xml"_s, u"Outside.m4v"_s}));
-    EXPECT_TRUE(log.has(u"removeStaleLinks: pairDir: "_s + pairDir(kPairA) + u" and dstPath: "_s + movies()));
-
-    // The repair removes dangling top-level links into any pair folder, and only those.
-    makeLink(file(kPairB, u"b1.m4v"_s), movies() + u"Orphan.m4v"_s);
-    EXPECT_TRUE(JUtils::checkAndFixLinks());
-    EXPECT_EQ(names(movies()), QStringList({u"Alien.m4v"_s, u"Alien.xml"_s, u"Outside.m4v"_s}));
-    EXPECT_TRUE(log.has(u"Removing stale link: "_s + movies() + u"Orphan.m4v"_s));
-}
-
-TEST_F(LinksTest, unpairingRemovesThatPairOnly)
-{
-    makePair(kPairA, u"Den"_s);
-    makePair(kPairB, u"Office"_s);
-    QDir().mkpath(movies() + u"Den"_s);
-    QDir().mkpath(movies() + u"Office"_s);
-    addMovie(kPairA, u"a1"_s, u"Alien"_s);
-    addMovie(kPairB, u"b1"_s, u"Heat"_s);
-    QDir().mkpath(file(kPairB, u"extras"_s));
-    writeFile(file(kPairB, u"extras/.hidden"_s));
-    // A link in the pair folder that leads outside: it goes, what it names stays.
-    writeFile(root() + u"/keep.txt"_s);
-    makeLink(root() + u"/keep.txt"_s, file(kPairB, u"escape"_s));
-    const QStringList before = tree(home());
-
-    EXPECT_TRUE(JUtils::unpairOnePair(kPairB));
-    EXPECT_TRUE(QFile::exists(root() + u"/keep.txt"_s));
-    QStringList expected;
-    for (const QString &entry : before) {
-        if (!entry.contains(u"/Office"_s) && !entry.contains(kPairB))
-            expected.append(entry);
-    }
-    EXPECT_EQ(tree(home()), expected);
+          u"Warning: removing bogus file: "_s + den + u".DS_Store"_s,
+          u"Removing stale link: "_s + movies() + u"Orphan.m4v"_s})
+        EXPECT_TRUE(g_log.contains(line)) << qPrintable(line);
 }
 
 TEST_F(LinksTest, unpairingRemovesTheConfigurationLast)
 {
     // Whatever cannot be removed, everything else goes, the configuration included,
     // and the configuration only after the movies.
-    const std::vector<std::pair<QString, QString>> rows = {
-        {u"stuck.m4v"_s, u"Error: failed to remove existing file: "_s},
-        {u"vireo.plist"_s, u"Error: failed to remove existing config file: "_s}};
-    for (const auto &[stuckName, error] : rows) {
-        QDir(pairDir(kPairA)).removeRecursively();
+    for (const auto &[stuckName, error] :
+         {std::pair(u"stuck.m4v"_s, u"Error: failed to remove existing file: "_s),
+          std::pair(u"vireo.plist"_s, u"Error: failed to remove existing config file: "_s)}) {
         makePair(kPairA, u"Den"_s);
         addMovie(kPairA, u"a1"_s, u"Alien"_s);
         makeMovie(kPairA, u"stuck"_s, {u"m4v"_s});
-        const ImmutableFile stuck(file(kPairA, stuckName));
-        if (!stuck.active())
+        if (!setImmutable(file(kPairA, stuckName), true))
             GTEST_SKIP() << "this file system cannot make a file immutable";
-        LogCapture log;
+        g_log.clear();
         EXPECT_FALSE(JUtils::unpairOnePair(kPairA));
         EXPECT_EQ(names(pairDir(kPairA)), QStringList(stuckName));
         EXPECT_TRUE(names(movies()).isEmpty());
-        EXPECT_EQ(LogCapture::lines().filter(u"Error"_s),
-                  QStringList({error + file(kPairA, stuckName),
-                               u"Error: failed to remove pair directory: "_s + pairDir(kPairA)}));
+        EXPECT_EQ(g_log.filter(u"Error"_s).join(u'|'),
+                  error + file(kPairA, stuckName) + u"|Error: failed to remove pair directory: "_s + pairDir(kPairA));
+        setImmutable(file(kPairA, stuckName), false);  // no ASSERT above may skip this
     }
 }
 
@@ -208,39 +171,81 @@ TEST_F(LinksTest, invalidIdentifiersAndEscapingNamesChangeNothing)
     makeMovie(kPairB, u"b1"_s);
     makeLink(file(kPairB, u"b1.m4v"_s), root() + u"/Heat.m4v"_s);
     const QStringList before = tree(root());
-    LogCapture log;
     for (const QString &pairID : {kPairA.left(31), kPairA + u'0', u"../../../../"_s + kPairA.left(20)}) {
         EXPECT_FALSE(JUtils::unpairOnePair(pairID));
         EXPECT_FALSE(JUtils::removeAllLinksToPair(pairID, movies()));
         EXPECT_FALSE(JUtils::setupLinks(pairID, u"a1.m4v"_s, u"X"_s));
         EXPECT_FALSE(JUtils::removeStaleLinks(pairID));
         EXPECT_FALSE(JUtils::updatePairStats(pairID, u"10.0.0.2"_s));
-        EXPECT_TRUE(log.has(u"Error in unpair: got a unpairID that's not valid: "_s + pairID));
+        EXPECT_TRUE(g_log.contains(u"Error in unpair: got a unpairID that's not valid: "_s + pairID));
     }
     EXPECT_FALSE(JUtils::setupLinks(kPairA, u"a1.m4v"_s, u"Alien"_s));  // its client name climbs out
     EXPECT_FALSE(JUtils::setupLinks(kPairB, u"b1.m4v"_s, u"../Heat"_s));
     EXPECT_FALSE(JUtils::setupLinks(kPairB, u"b1.m4v"_s, u".."_s));
     EXPECT_FALSE(JUtils::removeAllLinksToPair(kPairB, root()));
+    EXPECT_FALSE(JUtils::updatePairStats(QString(32, u'c'), u"10.0.0.2"_s));  // no configuration: no pair
     EXPECT_EQ(tree(root()), before);
-    EXPECT_EQ(LogCapture::lines().filter(QRegularExpression(u"^Error"_s)).size(), 3 * 5 + 4);
+    EXPECT_EQ(g_log.filter(QRegularExpression(u"^Error"_s)).size(), 3 * 5 + 4);
 
     // With two pairs the repair makes a folder for the sound one only.
     EXPECT_TRUE(JUtils::checkAndFixLinks());
     EXPECT_EQ(names(movies()), QStringList(u"Office"_s));
-    EXPECT_EQ(names(root()), QStringList({u"Heat.m4v"_s, u"home"_s}));
+    EXPECT_EQ(names(root()), words("Heat.m4v home"));
 }
 
-TEST_F(LinksTest, updatePairStatsRecordsTheSync)
+TEST_F(LinksTest, pairRecordsCarryTheFilesFacts)
 {
-    EXPECT_FALSE(JUtils::updatePairStats(kPairA, u"10.0.0.2"_s));  // no configuration: no pair
-    EXPECT_FALSE(QFile::exists(pairDir(kPairA)));
-    makePair(kPairA, u"Den"_s);
-    const qint64 before = QDateTime::currentSecsSinceEpoch();
-    EXPECT_TRUE(JUtils::updatePairStats(kPairA, u"10.0.0.2"_s));
-    const QSettings stats(file(kPairA, u"vireostats.plist"_s), PlistSettings::format());
-    const qint64 written = stats.value(u"lastSyncTime"_s).toString().toLongLong();
-    EXPECT_TRUE(written >= before && written <= QDateTime::currentSecsSinceEpoch()) << written;
-    EXPECT_EQ(stats.value(u"lastSyncPeer"_s).toString(), u"10.0.0.2"_s);
+    // The times as written (invalid: key absent / no statistics file) and as read.
+    const struct { const char *name; QVariant pairTimeIn, syncIn; QString peer; quint32 pairTime, syncTime; } rows[] = {
+        {"decimal text", u"1200000000"_s, u"1300000000"_s, u"192.168.1.20"_s, 1200000000u, 1300000000u},
+        {"plist integers", 1250000000, 1400000000, {}, 1250000000u, 1400000000u},
+        {"never synced", u"1200000000"_s, {}, {}, 1200000000u, 0u},
+        {"no pair time", {}, u"1300000000"_s, {}, 0u, 1300000000u},
+        {"not numbers", u"soon"_s, u"12ab"_s, {}, 0u, 0u},
+        {"negative", u"-5"_s, u"-1"_s, {}, 0u, 0u},
+        {"beyond 32 bits", u"4294967296"_s, u"4294967295"_s, {}, 0u, 4294967295u},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        QDir(pairDir(kPairA)).removeRecursively();
+        makePair(kPairA, u"Den"_s, row.pairTimeIn, row.syncIn, row.peer);
+        VireoPlayerPairList list;
+        int count = 0;
+        ASSERT_TRUE(getAllPairInfos(&list, &count) && count == 1);
+        const VireoPlayerPair &p = list[0];
+        // Zero times and an empty peer give null texts, not empty ones.
+        EXPECT_EQ(std::tuple(p.pairID, p.clientName, p.pairTime, p.lastSyncTime, p.pairedOn, p.lastSync, p.lastSyncPeer,
+                             p.pairedOn.isNull(), p.lastSync.isNull(), p.lastSyncPeer.isNull()),
+                  std::tuple(kPairA, u"Den"_s, row.pairTime, row.syncTime, longDate(row.pairTime),
+                             longDate(row.syncTime), row.peer, !row.pairTime, !row.syncTime, row.peer.isEmpty()));
+        releasePairInfoList(list, count);
+        EXPECT_EQ(list, nullptr);
+    }
+}
+
+TEST_F(LinksTest, pairFoldersWithoutConfigurationAreSkipped)
+{
+    auto kept = std::make_unique<VireoPlayerPair[]>(1);
+    VireoPlayerPair *const untouched = kept.get();
+    int count = -1;
+    EXPECT_TRUE(getAllPairInfos(&kept, &count) && count == 0 && kept.get() == untouched);
+    EXPECT_FALSE(getAllPairInfos(nullptr, &count) || removeOnePair(nullptr) || getLastSyncTimeForAllPairs());
+
+    // Listed under its rewritten name, which has no folder of its own.
+    makePair(u"0123456789-abcdef-0123456789ABCD"_s, u"Attic"_s);
+    makePair(kPairA, u"Den"_s, {}, u"1300000000"_s, u"10.0.0.2"_s);
+    makePair(kPairB, u"Office"_s, {}, u"1200000000"_s, u"10.0.0.3"_s);
+    g_log.clear();
+    VireoPlayerPairList list;
+    ASSERT_TRUE(getAllPairInfos(&list, &count));
+    ASSERT_EQ(count, 2);
+    EXPECT_EQ(QStringList({list[0].pairID, list[1].pairID}).filter(u"_"_s), QStringList());
+    EXPECT_TRUE(list[2].pairID.isNull() && list[2].lastSyncTime == 0);
+    EXPECT_EQ(getLastSyncTimeForAllPairs(), 1300000000u);
+    const QString config = home() + u"/Vireo/0123456789_abcdef_0123456789ABCD/vireo.plist"_s;
+    EXPECT_EQ(g_log, QStringList({u"Error in getAllPairInfos - pair file not found: "_s + config,
+                                  u"Error in getLastSyncTimeForAllPairs - pair file not found: "_s + config}));
+    releasePairInfoList(list, count);
 }
 
 } // namespace
