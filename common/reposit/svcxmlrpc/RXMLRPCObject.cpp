@@ -8,11 +8,14 @@
 
 namespace {
 
-// Adds the handler's and expat's complaints to error, the handler's first.
-template <typename Handler>
-bool collectErrors(const Handler& handler, int feedCode, const SXP::CParser& parser,
-                   const QString& expatFormat, QString& error)
+// Parses xml as one final buffer with handler as the root, then adds the handler's
+// and expat's complaints to error, the handler's first.
+bool parseWith(RXMLRPCHandler& handler, const QByteArray& xml, const QString& expatFormat,
+               QString& error)
 {
+    SXP::CParser parser(&handler);
+    const int feedCode = parser.FeedAll(xml.constData(), static_cast<std::size_t>(xml.size()));
+    parser.DoShutdown();
     if (handler.hasError())
         error = handler.errorText();
     if (feedCode != SXP::CParser::kNoError) {
@@ -35,11 +38,7 @@ RXMLRPCObject::~RXMLRPCObject() = default;
 bool RXMLRPCObject::parseRequest(const QByteArray& xml, QString& error)
 {
     RXMLRPCRequestImpl handler(this);
-    SXP::CParser parser(&handler);
-    const int code = parser.FeedAll(xml.constData(), static_cast<std::size_t>(xml.size()));
-    parser.DoShutdown();
-    return collectErrors(handler, code, parser,
-                         tr("Bad XML-RPC request: error %s at line %d char %d"), error);
+    return parseWith(handler, xml, tr("Bad XML-RPC request: error %s at line %d char %d"), error);
 }
 
 bool RXMLRPCObject::parseReply(const QByteArray& xml, QString& error)
@@ -49,11 +48,7 @@ bool RXMLRPCObject::parseReply(const QByteArray& xml, QString& error)
     m_strFaultString.clear();
 
     RXMLRPCReplyImpl handler(this);
-    SXP::CParser parser(&handler);
-    const int code = parser.FeedAll(xml.constData(), static_cast<std::size_t>(xml.size()));
-    parser.DoShutdown();
-    if (!collectErrors(handler, code, parser,
-                       tr("Bad XML-RPC reply: error %s at line %d char %d"), error))
+    if (!parseWith(handler, xml, tr("Bad XML-RPC reply: error %s at line %d char %d"), error))
         return false;
     if (m_bFault)
         return true;
@@ -69,11 +64,7 @@ bool RXMLRPCObject::parseReplyPayload(const QString& payload, QString& error)
         (QLatin1String("<payload_tag>") + text + QLatin1String("</payload_tag>")).toUtf8();
 
     RXMLRPCReplyPayloadImpl handler(this);
-    SXP::CParser parser(&handler);
-    const int code = parser.FeedAll(wrapped.constData(), static_cast<std::size_t>(wrapped.size()));
-    parser.DoShutdown();
-    return collectErrors(handler, code, parser,
-                         tr("Bad XML-RPC reply: error %s at line %d char %d"), error);
+    return parseWith(handler, wrapped, tr("Bad XML-RPC reply: error %s at line %d char %d"), error);
 }
 
 void RXMLRPCObject::setFault(int code, const QString& text)
