@@ -14,7 +14,10 @@ TagHashtable* g_pHashTable = nullptr;
 TagHashtable* TagHashtable::TagHT()
 {
     if (!g_pHashTable) {
-        g_pHashTable = new TagHashtable; // freed by cleanupHashTable at exit
+        // A plain pointer on purpose: static Tags of other files register names before
+        // this file's globals are initialised and after they would be destroyed, so the
+        // table lives until cleanupHashTable runs at exit.
+        g_pHashTable = new TagHashtable;
         std::atexit(&TagHashtable::cleanupHashTable);
     }
     return g_pHashTable;
