@@ -1,5 +1,7 @@
 #include "AssetReport.h"
 
+#include "JsonText.h"
+
 #include "vtvplugin/VTVMediaAsset.h"
 
 #include <QFileInfo>
@@ -29,7 +31,7 @@ QJsonObject AssetReport::json() const
         {QStringLiteral("producers"), QJsonArray::fromStringList(m_producers)},
         {QStringLiteral("duration"), m_duration},
         {QStringLiteral("assetId"), m_assetId},
-        {QStringLiteral("previewURL"), m_previewURL.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(m_previewURL)},
+        {QStringLiteral("previewURL"), jsonTextOrNull(m_previewURL)},
         {QStringLiteral("hasBeenPlayed"), m_hasBeenPlayed},
         {QStringLiteral("bookmarkMS"), m_bookmarkMS},
     };

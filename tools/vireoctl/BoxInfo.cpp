@@ -1,16 +1,13 @@
 #include "BoxInfo.h"
 
+#include "JsonText.h"
+
 #include "vtvplugin/DiskInfo.h"
 #include "vtvplugin/JUtils.h"
 
 #include <QJsonArray>
 
 namespace {
-
-QJsonValue nullable(const QString &text)
-{
-    return text.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
-}
 
 QString orUnknown(const QString &text)
 {
@@ -34,9 +31,9 @@ QJsonObject BoxInfo::json() const
         {QStringLiteral("capacity"), m_capacity},
         {QStringLiteral("available"), m_available},
         {QStringLiteral("used"), m_used},
-        {QStringLiteral("serial"), nullable(m_serial)},
+        {QStringLiteral("serial"), jsonTextOrNull(m_serial)},
         {QStringLiteral("pairCount"), m_pairCount},
-        {QStringLiteral("mac"), nullable(m_mac)},
+        {QStringLiteral("mac"), jsonTextOrNull(m_mac)},
         {QStringLiteral("load"), QJsonArray{m_load[0], m_load[1], m_load[2]}},
     };
 }

@@ -1,14 +1,11 @@
 #include "PairReport.h"
 
+#include "JsonText.h"
+
 #include <QJsonObject>
 #include <QJsonValue>
 
 namespace {
-
-QJsonValue nullable(const QString &text)
-{
-    return text.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
-}
 
 QString orDash(const QString &text)
 {
@@ -25,12 +22,12 @@ QJsonArray PairReport::json() const
     for (const VireoPlayerPair &record : m_records) {
         pairs.append(QJsonObject{
             {QStringLiteral("id"), record.pairID},
-            {QStringLiteral("name"), nullable(record.clientName)},
+            {QStringLiteral("name"), jsonTextOrNull(record.clientName)},
             {QStringLiteral("pairTime"), static_cast<qint64>(record.pairTime)},
             {QStringLiteral("lastSyncTime"), static_cast<qint64>(record.lastSyncTime)},
-            {QStringLiteral("pairedOn"), nullable(record.pairedOn)},
-            {QStringLiteral("lastSync"), nullable(record.lastSync)},
-            {QStringLiteral("peer"), nullable(record.lastSyncPeer)},
+            {QStringLiteral("pairedOn"), jsonTextOrNull(record.pairedOn)},
+            {QStringLiteral("lastSync"), jsonTextOrNull(record.lastSync)},
+            {QStringLiteral("peer"), jsonTextOrNull(record.lastSyncPeer)},
         });
     }
     return pairs;
