@@ -35,12 +35,12 @@ namespace {
 
 constexpr int kLinkCount = 10000;
 constexpr int kTreeFolders = 100;
-constexpr int kFilesPerFolder = 1000;  // 100 x 1000 = 100,000 files
+constexpr int kFilesPerFolder = 1000; // 100 x 1000 = 100,000 files
 constexpr int kPairMovies = 10000;
 
 const QString kPairID = QStringLiteral("0123456789abcdef0123456789ABCDEF");
 
-void touch(const std::string &path)
+void touch(const std::string& path)
 {
     const int fd = open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
     if (fd >= 0)
@@ -49,7 +49,7 @@ void touch(const std::string &path)
 
 std::string movieName(int i)
 {
-    std::array<char, 32> buffer{};
+    std::array<char, 32> buffer {};
     std::snprintf(buffer.data(), buffer.size(), "Movie %05d", i);
     return buffer.data();
 }
@@ -67,8 +67,8 @@ public:
         makeLibrary();
     }
 
-    const std::string &links() const { return m_links; }
-    const std::string &duRoot() const { return m_du; }
+    const std::string& links() const { return m_links; }
+    const std::string& duRoot() const { return m_du; }
     bool valid() const { return m_dir.isValid(); }
 
 private:
@@ -76,7 +76,8 @@ private:
     {
         mkdir(m_links.c_str(), 0755);
         for (int i = 0; i < kLinkCount; ++i) {
-            const std::string target = "/home/viewer/Vireo/" + kPairID.toStdString() + "/movie" + std::to_string(i) + ".m4v";
+            const std::string target = "/home/viewer/Vireo/" + kPairID.toStdString() + "/movie"
+                + std::to_string(i) + ".m4v";
             symlink(target.c_str(), (m_links + "/" + movieName(i) + ".m4v").c_str());
         }
     }
@@ -101,7 +102,7 @@ private:
         QDir().mkpath(QString::fromStdString(home + "/Movies"));
         touch(pair + "/vireo.plist");
         for (int i = 1; i <= kPairMovies; ++i) {
-            for (const char *suffix : {".m4v", ".xml"}) {
+            for (const char* suffix : { ".m4v", ".xml" }) {
                 const std::string file = pair + "/id" + std::to_string(i) + suffix;
                 touch(file);
                 if (i < kPairMovies)
@@ -117,20 +118,20 @@ private:
     std::string m_du;
 };
 
-Trees *g_trees = nullptr;
+Trees* g_trees = nullptr;
 
-void BM_BareLinkLoop(benchmark::State &state)
+void BM_BareLinkLoop(benchmark::State& state)
 {
     const std::string folder = g_trees->links() + "/";
-    std::array<char, PATH_MAX> path{};
-    std::array<char, PATH_MAX> target{};
+    std::array<char, PATH_MAX> path {};
+    std::array<char, PATH_MAX> target {};
     std::memcpy(path.data(), folder.data(), folder.size());
     for (auto _ : state) {
         size_t found = 0;
-        DIR *dir = opendir(folder.c_str());
-        while (const dirent *entry = readdir(dir)) {
+        DIR* dir = opendir(folder.c_str());
+        while (const dirent* entry = readdir(dir)) {
             std::strcpy(path.data() + folder.size(), entry->d_name);
-            struct stat status {};
+            struct stat status { };
             if (lstat(path.data(), &status) != 0 || !S_ISLNK(status.st_mode))
                 continue;
             const ssize_t length = readlink(path.data(), target.data(), target.size() - 1);
@@ -144,7 +145,7 @@ void BM_BareLinkLoop(benchmark::State &state)
 }
 BENCHMARK(BM_BareLinkLoop)->Unit(benchmark::kMillisecond);
 
-void BM_GetLinksInDir(benchmark::State &state)
+void BM_GetLinksInDir(benchmark::State& state)
 {
     const QString folder = QString::fromStdString(g_trees->links());
     JUtils::LinkList links;
@@ -161,14 +162,14 @@ BENCHMARK(BM_GetLinksInDir)->Unit(benchmark::kMillisecond);
 quint64 g_nftwBlocks = 0;
 qint32 g_nftwEntries = 0;
 
-int addEntry(const char *, const struct stat *status, int, struct FTW *)
+int addEntry(const char*, const struct stat* status, int, struct FTW*)
 {
     g_nftwBlocks += static_cast<quint64>(status->st_blocks);
     ++g_nftwEntries;
     return 0;
 }
 
-void BM_BareNftw(benchmark::State &state)
+void BM_BareNftw(benchmark::State& state)
 {
     for (auto _ : state) {
         g_nftwBlocks = 0;
@@ -180,7 +181,7 @@ void BM_BareNftw(benchmark::State &state)
 }
 BENCHMARK(BM_BareNftw)->Unit(benchmark::kMillisecond);
 
-void BM_Du(benchmark::State &state)
+void BM_Du(benchmark::State& state)
 {
     qint32 entries = 0;
     for (auto _ : state) {
@@ -195,7 +196,7 @@ BENCHMARK(BM_Du)->Unit(benchmark::kMillisecond);
 
 // The 10,000th movie's title clashes with the first one's in letter case only, so
 // every run walks the title map twice and re-lays the movie's two links.
-void BM_SetupLinksTenThousandthMovie(benchmark::State &state)
+void BM_SetupLinksTenThousandthMovie(benchmark::State& state)
 {
     const QString fileName = QStringLiteral("id%1.m4v").arg(kPairMovies);
     QString title;
@@ -213,39 +214,44 @@ BENCHMARK(BM_SetupLinksTenThousandthMovie)->Unit(benchmark::kMillisecond);
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     // Colours only on a terminal, so that saved runs stay plain text.
-    RatioReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular) {}
-
-    void ReportRuns(const std::vector<Run> &runs) override
+    RatioReporter()
+        : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular)
     {
-        for (const Run &run : runs) {
+    }
+
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        for (const Run& run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred)
-                m_times[run.benchmark_name()] = {run.GetAdjustedRealTime(), run.GetAdjustedCPUTime()};
+                m_times[run.benchmark_name()]
+                    = { run.GetAdjustedRealTime(), run.GetAdjustedCPUTime() };
         }
         ConsoleReporter::ReportRuns(runs);
     }
 
-    void printRatio(const char *label, const std::string &measured, const std::string &baseline,
-                    double goal) const
+    void printRatio(const char* label, const std::string& measured, const std::string& baseline,
+        double goal) const
     {
         const auto m = m_times.find(measured);
         const auto b = m_times.find(baseline);
-        if (m == m_times.end() || b == m_times.end() || b->second.first <= 0 || b->second.second <= 0)
+        if (m == m_times.end() || b == m_times.end() || b->second.first <= 0
+            || b->second.second <= 0)
             return;
         // On a shared machine the wall clock also measures the neighbours; the CPU time
         // (user + system) is what the code itself costs.
         const double realRatio = m->second.first / b->second.first;
         const double cpuRatio = m->second.second / b->second.second;
-        std::printf("%-36s cpu %.3fx, real %.3fx (goal <= %.1fx) %s\n", label, cpuRatio, realRatio, goal,
-                    cpuRatio <= goal ? "met" : "MISSED");
+        std::printf("%-36s cpu %.3fx, real %.3fx (goal <= %.1fx) %s\n", label, cpuRatio, realRatio,
+            goal, cpuRatio <= goal ? "met" : "MISSED");
     }
 
 private:
-    std::map<std::string, std::pair<double, double>> m_times;  // real, cpu
+    std::map<std::string, std::pair<double, double>> m_times; // real, cpu
 };
 
 } // namespace
 
-int main(int argc, char **argv)
+int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
@@ -260,7 +266,8 @@ int main(int argc, char **argv)
 
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.printRatio("getLinksInDir / bare readdir loop", "BM_GetLinksInDir", "BM_BareLinkLoop", 1.3);
+    reporter.printRatio(
+        "getLinksInDir / bare readdir loop", "BM_GetLinksInDir", "BM_BareLinkLoop", 1.3);
     reporter.printRatio("du / bare nftw walk", "BM_Du", "BM_BareNftw", 1.2);
     benchmark::Shutdown();
     g_trees = nullptr;

@@ -23,12 +23,13 @@ namespace {
 
 constexpr std::size_t kTargetBytes = 10 * 1024 * 1024;
 
-class DocumentWriter
-{
+class DocumentWriter {
 public:
     std::string make()
     {
-        m_out = "<?xml version=\"1.0\"?>\n<methodCall>\n<methodName>library.sync</methodName>\n<params>\n";
+        m_out
+            = "<?xml "
+              "version=\"1.0\"?>\n<methodCall>\n<methodName>library.sync</methodName>\n<params>\n";
         for (int n = 0; m_out.size() < kTargetBytes; ++n) {
             m_out += "<param>\n<value>";
             movie(n);
@@ -39,7 +40,12 @@ public:
     }
 
 private:
-    void member(const char* name) { m_out += "<member>\n<name>"; m_out += name; m_out += "</name>\n<value>"; }
+    void member(const char* name)
+    {
+        m_out += "<member>\n<name>";
+        m_out += name;
+        m_out += "</name>\n<value>";
+    }
     void endMember() { m_out += "</value>\n</member>\n"; }
     void text(const std::string& s) { m_out += "<string>" + s + "</string>"; }
     void integer(int i) { m_out += "<int>" + std::to_string(i) + "</int>"; }
@@ -48,8 +54,8 @@ private:
 
     std::string words(int count)
     {
-        static const char* const kWords[] = {"the", "night", "river", "A &amp; B", "caf\xC3\xA9",
-                                             "return", "of", "city", "lights", "&lt;cut&gt;"};
+        static const char* const kWords[] = { "the", "night", "river", "A &amp; B", "caf\xC3\xA9",
+            "return", "of", "city", "lights", "&lt;cut&gt;" };
         std::string s;
         for (int i = 0; i < count; ++i) {
             if (i)
@@ -88,7 +94,7 @@ private:
     }
 
     std::string m_out;
-    std::mt19937 m_rng{20240611};
+    std::mt19937 m_rng { 20240611 };
 };
 
 const std::string& document()
@@ -97,9 +103,9 @@ const std::string& document()
     return doc;
 }
 
-void XMLCALL onStart(void*, const XML_Char*, const XML_Char**) {}
-void XMLCALL onEnd(void*, const XML_Char*) {}
-void XMLCALL onText(void*, const XML_Char*, int) {}
+void XMLCALL onStart(void*, const XML_Char*, const XML_Char**) { }
+void XMLCALL onEnd(void*, const XML_Char*) { }
+void XMLCALL onText(void*, const XML_Char*, int) { }
 
 void BM_BareExpat(benchmark::State& state)
 {
@@ -114,21 +120,24 @@ void BM_BareExpat(benchmark::State& state)
             state.SkipWithError("expat rejected the document");
         benchmark::DoNotOptimize(status);
     }
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(doc.size()));
+    state.SetBytesProcessed(
+        static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(doc.size()));
 }
 BENCHMARK(BM_BareExpat)->Unit(benchmark::kMillisecond);
 
 // The event layer alone: every element goes through CParser to a handler that does nothing.
-class NullHandler : public SXP::IPersistObj
-{
+class NullHandler : public SXP::IPersistObj {
 public:
     const SXP::Tag& GetClassTag() const override { return m_tag; }
-    void WriteElement(SXP::IOutStreamT<SXP::CFileOutStream>*, std::map<std::string, std::string>&) override {}
-    void BeginElement(SXP::IParser*, SXP::IElement*) override {}
-    void EndElement(SXP::IParser*, SXP::IElement*) override {}
+    void WriteElement(
+        SXP::IOutStreamT<SXP::CFileOutStream>*, std::map<std::string, std::string>&) override
+    {
+    }
+    void BeginElement(SXP::IParser*, SXP::IElement*) override { }
+    void EndElement(SXP::IParser*, SXP::IElement*) override { }
 
 private:
-    const SXP::Tag m_tag{"methodCall"};
+    const SXP::Tag m_tag { "methodCall" };
 };
 
 void BM_SxpEventsOnly(benchmark::State& state)
@@ -142,7 +151,8 @@ void BM_SxpEventsOnly(benchmark::State& state)
             state.SkipWithError("the event layer rejected the document");
         benchmark::DoNotOptimize(code);
     }
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(doc.size()));
+    state.SetBytesProcessed(
+        static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(doc.size()));
 }
 BENCHMARK(BM_SxpEventsOnly)->Unit(benchmark::kMillisecond);
 
@@ -180,8 +190,7 @@ void BM_ParseRequestAndFree(benchmark::State& state)
 BENCHMARK(BM_ParseRequestAndFree)->Unit(benchmark::kMillisecond);
 
 // Prints the usual table and remembers each benchmark's bytes per second for the ratio.
-class RatioReporter : public benchmark::ConsoleReporter
-{
+class RatioReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
@@ -211,7 +220,7 @@ public:
         std::printf("document: %.1f MB\n", static_cast<double>(document().size()) / 1e6);
         for (const auto& [name, rate] : m_rates)
             std::printf("%-20s %8.1f MB/s  %.2f of bare expat\n", name.c_str(), rate / 1e6,
-                        rate / expat->second);
+                rate / expat->second);
     }
 
 private:

@@ -27,7 +27,7 @@ DeviceRegistry::DeviceRegistry()
 {
 }
 
-DeviceRegistry::DeviceRegistry(const QString &root)
+DeviceRegistry::DeviceRegistry(const QString& root)
     : m_root(root)
 {
     while (m_root.endsWith(QLatin1Char('/')))
@@ -36,17 +36,17 @@ DeviceRegistry::DeviceRegistry(const QString &root)
     setHardwareFamily(family.isEmpty() ? QStringLiteral("appletv") : family);
 }
 
-void DeviceRegistry::setHardwareFamily(const QString &family)
+void DeviceRegistry::setHardwareFamily(const QString& family)
 {
     m_hardwareFamily = family.toLower();
 }
 
-QString DeviceRegistry::path(const QString &relative) const
+QString DeviceRegistry::path(const QString& relative) const
 {
     return m_root + relative;
 }
 
-std::optional<QString> DeviceRegistry::readAttribute(const QString &relative) const
+std::optional<QString> DeviceRegistry::readAttribute(const QString& relative) const
 {
     QFile file(path(relative));
     if (!file.open(QIODevice::ReadOnly))
@@ -77,21 +77,21 @@ std::optional<QStringList> DeviceRegistry::ethernetInterfaces() const
     if (!net.exists())
         return std::nullopt;
     QStringList result;
-    const QStringList names =
-        net.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QString &name : names) {
+    const QStringList names
+        = net.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QString& name : names) {
         if (readAttribute(kNetFolder + name + QStringLiteral("/type")) == kEthernetType)
             result.append(name);
     }
     return result;
 }
 
-bool DeviceRegistry::hasParentDevice(const QString &interfaceName) const
+bool DeviceRegistry::hasParentDevice(const QString& interfaceName) const
 {
     return LibraryTree::entryExists(path(kNetFolder + interfaceName + QStringLiteral("/device")));
 }
 
-std::optional<QByteArray> DeviceRegistry::macAddress(const QString &interfaceName) const
+std::optional<QByteArray> DeviceRegistry::macAddress(const QString& interfaceName) const
 {
     const auto text = readAttribute(kNetFolder + interfaceName + QStringLiteral("/address"));
     if (!text)
@@ -100,7 +100,7 @@ std::optional<QByteArray> DeviceRegistry::macAddress(const QString &interfaceNam
     if (parts.size() != kMacLength)
         return std::nullopt;
     QByteArray bytes;
-    for (const QString &part : parts) {
+    for (const QString& part : parts) {
         bool ok = false;
         const uint value = part.toUInt(&ok, 16);
         if (!ok || part.length() != 2)

@@ -20,12 +20,12 @@
 class DeviceRegistry {
 public:
     DeviceRegistry();
-    explicit DeviceRegistry(const QString &root);
+    explicit DeviceRegistry(const QString& root);
 
-    const QString &root() const { return m_root; }
+    const QString& root() const { return m_root; }
 
-    const QString &hardwareFamily() const { return m_hardwareFamily; }
-    void setHardwareFamily(const QString &family);
+    const QString& hardwareFamily() const { return m_hardwareFamily; }
+    void setHardwareFamily(const QString& family);
 
     // Model name from DMI (product_name), else from the device tree (model).
     std::optional<QString> platformName() const;
@@ -39,15 +39,15 @@ public:
     std::optional<QStringList> ethernetInterfaces() const;
     // True when the interface sits on a device (has a "device" link), which rules out
     // bridges, tunnels and other virtual interfaces.
-    bool hasParentDevice(const QString &interfaceName) const;
+    bool hasParentDevice(const QString& interfaceName) const;
     // The six bytes of the interface's hardware address; empty when absent or not
     // six colon-separated hex bytes.
-    std::optional<QByteArray> macAddress(const QString &interfaceName) const;
+    std::optional<QByteArray> macAddress(const QString& interfaceName) const;
 
 private:
-    QString path(const QString &relative) const;
+    QString path(const QString& relative) const;
     // A sysfs or device-tree attribute, without its trailing newline or NUL.
-    std::optional<QString> readAttribute(const QString &relative) const;
+    std::optional<QString> readAttribute(const QString& relative) const;
 
     QString m_root;
     QString m_hardwareFamily;

@@ -6,6 +6,6 @@
 
 // An open directory stream that closes itself.
 struct DirCloser {
-    void operator()(DIR *dir) const { closedir(dir); }
+    void operator()(DIR* dir) const { closedir(dir); }
 };
 using DirHandle = std::unique_ptr<DIR, DirCloser>;

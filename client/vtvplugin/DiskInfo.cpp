@@ -23,14 +23,14 @@ QString formatKB(qint64 kilobytes)
     return JUtils::convertFilesize(static_cast<quint64>(kilobytes) * 1024, 2);
 }
 
-quint64 sumChildren(DIR *dir, size_t folderLength, qint32 &entryCount);
+quint64 sumChildren(DIR* dir, size_t folderLength, qint32& entryCount);
 
 // One entry of an open folder, looked up relative to that folder, which spares the
 // kernel the walk down the whole path for every entry. The length rule is the one of
 // the full path the entry would have.
-quint64 sumEntry(int folderFd, const char *name, size_t pathLength, qint32 &entryCount)
+quint64 sumEntry(int folderFd, const char* name, size_t pathLength, qint32& entryCount)
 {
-    struct stat status {};
+    struct stat status { };
     if (fstatat(folderFd, name, &status, AT_SYMLINK_NOFOLLOW) != 0)
         return 0;
     ++entryCount;
@@ -51,12 +51,12 @@ quint64 sumEntry(int folderFd, const char *name, size_t pathLength, qint32 &entr
 
 // Every entry of `dir` but "." and "..", skipping those whose path would reach the
 // buffer size.
-quint64 sumChildren(DIR *dir, size_t folderLength, qint32 &entryCount)
+quint64 sumChildren(DIR* dir, size_t folderLength, qint32& entryCount)
 {
     quint64 total = 0;
     const int folderFd = dirfd(dir);
-    while (const dirent *entry = readdir(dir)) {
-        const char *name = entry->d_name;
+    while (const dirent* entry = readdir(dir)) {
+        const char* name = entry->d_name;
         if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
             continue;
         const size_t pathLength = folderLength + 1 + std::strlen(name);
@@ -69,8 +69,8 @@ quint64 sumChildren(DIR *dir, size_t folderLength, qint32 &entryCount)
 
 } // namespace
 
-bool getDiskSpaceInfo(QString *capacity, QString *available, QString *used, QString *serial,
-                      qint32 *pairCount)
+bool getDiskSpaceInfo(
+    QString* capacity, QString* available, QString* used, QString* serial, qint32* pairCount)
 {
     if (pairCount) {
         QStringList pairs;
@@ -99,9 +99,9 @@ bool getDiskSpaceInfo(QString *capacity, QString *available, QString *used, QStr
     return true;
 }
 
-qint64 du(const char *path, qint32 &entryCount)
+qint64 du(const char* path, qint32& entryCount)
 {
-    struct stat status {};
+    struct stat status { };
     if (lstat(path, &status) != 0)
         return 0;
     ++entryCount;
@@ -115,5 +115,6 @@ qint64 du(const char *path, qint32 &entryCount)
     const DirHandle dir(opendir(path));
     if (!dir)
         return static_cast<qint64>(status.st_blocks);
-    return static_cast<qint64>(static_cast<quint64>(status.st_blocks) + sumChildren(dir.get(), folderLength, entryCount));
+    return static_cast<qint64>(
+        static_cast<quint64>(status.st_blocks) + sumChildren(dir.get(), folderLength, entryCount));
 }

@@ -8,22 +8,22 @@ namespace {
 
 using Handler = ExpatParser::Handler;
 
-void XMLCALL onStart(void *handler, const XML_Char *name, const XML_Char **)
+void XMLCALL onStart(void* handler, const XML_Char* name, const XML_Char**)
 {
-    static_cast<Handler *>(handler)->startElement(QString::fromUtf8(name));
+    static_cast<Handler*>(handler)->startElement(QString::fromUtf8(name));
 }
 
-void XMLCALL onEnd(void *handler, const XML_Char *name)
+void XMLCALL onEnd(void* handler, const XML_Char* name)
 {
-    static_cast<Handler *>(handler)->endElement(QString::fromUtf8(name));
+    static_cast<Handler*>(handler)->endElement(QString::fromUtf8(name));
 }
 
-void XMLCALL onText(void *handler, const XML_Char *text, int length)
+void XMLCALL onText(void* handler, const XML_Char* text, int length)
 {
-    static_cast<Handler *>(handler)->characters(QString::fromUtf8(text, length));
+    static_cast<Handler*>(handler)->characters(QString::fromUtf8(text, length));
 }
 
-void setError(QString *error, const QString &text)
+void setError(QString* error, const QString& text)
 {
     if (error)
         *error = text;
@@ -31,12 +31,13 @@ void setError(QString *error, const QString &text)
 
 } // namespace
 
-void ExpatParser::ParserFree::operator()(XML_ParserStruct *parser) const
+void ExpatParser::ParserFree::operator()(XML_ParserStruct* parser) const
 {
     XML_ParserFree(parser);
 }
 
-ExpatParser::ExpatParser(Handler &handler) : m_parser(XML_ParserCreate("UTF-8"))
+ExpatParser::ExpatParser(Handler& handler)
+    : m_parser(XML_ParserCreate("UTF-8"))
 {
     if (!m_parser)
         return;
@@ -48,7 +49,7 @@ ExpatParser::ExpatParser(Handler &handler) : m_parser(XML_ParserCreate("UTF-8"))
     XML_SetParamEntityParsing(m_parser.get(), XML_PARAM_ENTITY_PARSING_NEVER);
 }
 
-bool ExpatParser::parse(const QByteArray &document, QString *error)
+bool ExpatParser::parse(const QByteArray& document, QString* error)
 {
     if (!m_parser) {
         setError(error, QStringLiteral("out of memory"));
@@ -58,14 +59,15 @@ bool ExpatParser::parse(const QByteArray &document, QString *error)
         setError(error, QStringLiteral("document too large"));
         return false;
     }
-    const XML_Status status = XML_Parse(m_parser.get(), document.constData(),
-                                        static_cast<int>(document.size()), XML_TRUE);
+    const XML_Status status = XML_Parse(
+        m_parser.get(), document.constData(), static_cast<int>(document.size()), XML_TRUE);
     if (status == XML_STATUS_OK)
         return true;
     const XML_Error code = XML_GetErrorCode(m_parser.get());
-    setError(error, QStringLiteral("%1 (line %2, column %3)")
-                        .arg(QString::fromUtf8(XML_ErrorString(code)))
-                        .arg(XML_GetCurrentLineNumber(m_parser.get()))
-                        .arg(XML_GetCurrentColumnNumber(m_parser.get())));
+    setError(error,
+        QStringLiteral("%1 (line %2, column %3)")
+            .arg(QString::fromUtf8(XML_ErrorString(code)))
+            .arg(XML_GetCurrentLineNumber(m_parser.get()))
+            .arg(XML_GetCurrentColumnNumber(m_parser.get())));
     return false;
 }

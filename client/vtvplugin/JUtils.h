@@ -35,29 +35,29 @@ public:
     // --- folder tree and listing ---
 
     // Appends the names of the valid pair folders, in file-system order. Always true.
-    static bool listVireoTVdirs(QStringList &list);
+    static bool listVireoTVdirs(QStringList& list);
     // The pair's client folder (with a trailing "/") and ok = true when it exists;
     // HOME + "/Movies/" and ok = false otherwise.
-    static QString getLinkPathForPair(const QString &pairID, bool *ok = nullptr);
+    static QString getLinkPathForPair(const QString& pairID, bool* ok = nullptr);
     // Replaces `links` with the symbolic links directly inside `folder`. True when at
     // least one was found.
-    static bool getLinksInDir(const QString &folder, LinkList &links);
+    static bool getLinksInDir(const QString& folder, LinkList& links);
 
     // --- link maintenance ---
 
-    static bool collectAllTitles(const QString &pairID, TitleMap &titles);
+    static bool collectAllTitles(const QString& pairID, TitleMap& titles);
     // Changes `title` so that no other movie of the pair shows the same title,
     // ignoring letter case: "T", then "T (2)", "T (3)", ...
-    static bool makeTitleUnique(const QString &pairID, const QString &fileName, QString &title);
+    static bool makeTitleUnique(const QString& pairID, const QString& fileName, QString& title);
     // Links every file of the movie `fileName` as title + "." + suffix in the pair's
     // link folder, after removing the movie's older links.
-    static bool setupLinks(const QString &pairID, const QString &fileName, const QString &title);
-    static bool removeStaleLinks(const QString &pairID);
-    static bool removeAllLinksToPair(const QString &pairID, const QString &linkFolder);
+    static bool setupLinks(const QString& pairID, const QString& fileName, const QString& title);
+    static bool removeStaleLinks(const QString& pairID);
+    static bool removeAllLinksToPair(const QString& pairID, const QString& linkFolder);
     // Removes the pair's links, movie files and folder; "vireo.plist" goes last so the
     // folder stays a pair until its movies are gone. True when the folder is gone.
-    static bool unpairOnePair(const QString &pairID);
-    static bool updatePairStats(const QString &pairID, const QString &peer);
+    static bool unpairOnePair(const QString& pairID);
+    static bool updatePairStats(const QString& pairID, const QString& peer);
     // One pair: its links directly in HOME + "/Movies/" and no client folder. Two or
     // more: each pair's links in its client folder. Stale top-level links go.
     static bool checkAndFixLinks();
@@ -65,15 +65,15 @@ public:
     // --- disk and device facts ---
 
     // Kilobyte figures are 64-bit: libraries and disks beyond 2 TB are ordinary.
-    static bool getDiskSpace(const QString &path, qint64 &totalKB, qint64 &availableKB);
-    static bool getDiskSpaceUsed(const QString &path, qint64 &usedKB, qint32 &entryCount);
+    static bool getDiskSpace(const QString& path, qint64& totalKB, qint64& availableKB);
+    static bool getDiskSpaceUsed(const QString& path, qint64& usedKB, qint32& entryCount);
     // "1.50 KB"; 1024 GB and more print as terabytes with no unit ("1.00 ").
     static QString convertFilesize(quint64 bytes, int precision);
     // Reported only on the configured hardware family (see DeviceRegistry).
-    static bool getSerial(QString &result);
-    static bool getSerial(QString &result, const DeviceRegistry &registry);
+    static bool getSerial(QString& result);
+    static bool getSerial(QString& result, const DeviceRegistry& registry);
     // 12 lower-case hex digits of the first Ethernet interface that sits on a device.
-    static bool getMacAddress(QString &result);
-    static bool getMacAddress(QString &result, const DeviceRegistry &registry);
-    static bool getLoadAverage(std::array<double, 3> &loads);
+    static bool getMacAddress(QString& result);
+    static bool getMacAddress(QString& result, const DeviceRegistry& registry);
+    static bool getLoadAverage(std::array<double, 3>& loads);
 };

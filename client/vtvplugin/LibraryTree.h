@@ -16,34 +16,34 @@ public:
     // HOME + "/Movies/": the movie folder the box's browser shows.
     static QString moviesRoot();
     // HOME + "/Vireo/" + pairID, no trailing "/".
-    static QString pairFolder(const QString &pairID);
+    static QString pairFolder(const QString& pairID);
     // The pair's configuration and statistics files.
-    static QString configPath(const QString &pairID);
-    static QString statsPath(const QString &pairID);
+    static QString configPath(const QString& pairID);
+    static QString statsPath(const QString& pairID);
 
     // Absolute, cleaned form of the pair folder: what link targets are compared with.
-    static QString absolutePairFolder(const QString &pairID);
+    static QString absolutePairFolder(const QString& pairID);
 
     // 32 characters and usable as one folder name.
-    static bool isValidPairID(const QString &pairID);
+    static bool isValidPairID(const QString& pairID);
     // A name that stays inside the folder it is appended to: no "/", not "." or "..".
     // The empty name passes (it names the folder itself).
-    static bool staysInFolder(const QString &name);
+    static bool staysInFolder(const QString& name);
 
     // True for anything on disk at `path`, a dangling symbolic link included.
-    static bool entryExists(const QString &path);
+    static bool entryExists(const QString& path);
     // True when `path` is HOME + "/Movies" or HOME + "/Vireo" or lies below one of them.
-    static bool isInsideLibrary(const QString &path);
+    static bool isInsideLibrary(const QString& path);
     // True for a real folder, not a symbolic link to one.
-    static bool isRealFolder(const QString &path);
+    static bool isRealFolder(const QString& path);
 
     // "clientName" of group "global" of the pair's configuration; empty when absent.
-    static QString readClientName(const QString &pairID);
+    static QString readClientName(const QString& pairID);
 
     // The text before the last "/" (the whole text when there is none).
-    static QString folderOfTarget(const QString &target);
+    static QString folderOfTarget(const QString& target);
     // The text after the last "/".
-    static QString nameOfTarget(const QString &target);
+    static QString nameOfTarget(const QString& target);
     // The text before the last "." (the whole text when there is none).
-    static QString withoutLastSuffix(const QString &name);
+    static QString withoutLastSuffix(const QString& name);
 };

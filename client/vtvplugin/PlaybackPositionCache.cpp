@@ -11,24 +11,24 @@
 namespace {
 
 constexpr quint64 kMaxAgeSeconds = 1209600; // 14 days
-const char *const kGroup = "playback_pos";
+const char* const kGroup = "playback_pos";
 
 quint64 systemClock()
 {
     return static_cast<quint64>(QDateTime::currentSecsSinceEpoch());
 }
 
-std::atomic<PlaybackClock> g_clock{&systemClock};
+std::atomic<PlaybackClock> g_clock { &systemClock };
 
 quint64 now()
 {
     return g_clock.load()();
 }
 
-QStringList valuePieces(const QSettings &settings, const QString &key)
+QStringList valuePieces(const QSettings& settings, const QString& key)
 {
-    return settings.value(key).toString().split(QLatin1Char('_'), Qt::KeepEmptyParts,
-                                                Qt::CaseSensitive);
+    return settings.value(key).toString().split(
+        QLatin1Char('_'), Qt::KeepEmptyParts, Qt::CaseSensitive);
 }
 
 } // namespace
@@ -48,12 +48,12 @@ void saveVideoPlaybackPosition(qint32 assetId, qint32 positionMs)
     QSettings settings(playbackPositionCachePath(), PlistSettings::format());
     settings.beginGroup(QLatin1String(kGroup));
     settings.setValue(QString::number(assetId),
-                      QString::number(now()) + QLatin1Char('_') + QString::number(positionMs));
+        QString::number(now()) + QLatin1Char('_') + QString::number(positionMs));
     settings.endGroup();
     settings.sync();
 }
 
-bool getVideoPlaybackPosition(qint32 assetId, qint32 *positionMs)
+bool getVideoPlaybackPosition(qint32 assetId, qint32* positionMs)
 {
     QSettings settings(playbackPositionCachePath(), PlistSettings::format());
     settings.beginGroup(QLatin1String(kGroup));
@@ -81,7 +81,7 @@ void cleanupOldPlaybackPositions()
     QSettings settings(playbackPositionCachePath(), PlistSettings::format());
     settings.beginGroup(QLatin1String(kGroup));
     const QStringList keys = settings.childKeys();
-    for (const QString &key : keys) {
+    for (const QString& key : keys) {
         const QStringList pieces = valuePieces(settings, key);
         bool ok = false;
         const quint64 savedAt = pieces.first().toULongLong(&ok, 10);

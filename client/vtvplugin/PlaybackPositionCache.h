@@ -12,7 +12,7 @@ void saveVideoPlaybackPosition(qint32 assetId, qint32 positionMs);
 
 // True when an entry exists and its position part parses; the position then goes
 // through positionMs unless that is null.
-bool getVideoPlaybackPosition(qint32 assetId, qint32 *positionMs);
+bool getVideoPlaybackPosition(qint32 assetId, qint32* positionMs);
 
 // Removes entries saved more than 14 days ago, and entries whose time is unreadable.
 void cleanupOldPlaybackPositions();

@@ -8,7 +8,7 @@ PlistNode::~PlistNode()
         plist_free(m_node);
 }
 
-PlistNode &PlistNode::operator=(PlistNode &&other) noexcept
+PlistNode& PlistNode::operator=(PlistNode&& other) noexcept
 {
     if (this != &other) {
         if (m_node)

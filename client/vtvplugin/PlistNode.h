@@ -7,13 +7,19 @@
 class PlistNode {
 public:
     PlistNode() = default;
-    explicit PlistNode(plist_t node) : m_node(node) {}
+    explicit PlistNode(plist_t node)
+        : m_node(node)
+    {
+    }
     ~PlistNode();
 
-    PlistNode(PlistNode &&other) noexcept : m_node(other.release()) {}
-    PlistNode &operator=(PlistNode &&other) noexcept;
-    PlistNode(const PlistNode &) = delete;
-    PlistNode &operator=(const PlistNode &) = delete;
+    PlistNode(PlistNode&& other) noexcept
+        : m_node(other.release())
+    {
+    }
+    PlistNode& operator=(PlistNode&& other) noexcept;
+    PlistNode(const PlistNode&) = delete;
+    PlistNode& operator=(const PlistNode&) = delete;
 
     plist_t get() const { return m_node; }
     plist_t release();

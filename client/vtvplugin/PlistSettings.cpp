@@ -24,15 +24,15 @@ constexpr int kMaxDepth = 64;
 constexpr qint64 kPlistEpochOffset = 978307200;
 
 struct FreeDeleter {
-    void operator()(char *p) const { std::free(p); }
+    void operator()(char* p) const { std::free(p); }
 };
 using MallocedChars = std::unique_ptr<char, FreeDeleter>;
 
-QString swapSeparators(const QString &key, QChar from1, QChar to1, QChar from2, QChar to2,
-                       QChar from3, QChar to3)
+QString swapSeparators(
+    const QString& key, QChar from1, QChar to1, QChar from2, QChar to2, QChar from3, QChar to3)
 {
     QString out = key;
-    for (QChar &c : out) {
+    for (QChar& c : out) {
         if (c == from1)
             c = to1;
         else if (c == from2)
@@ -43,23 +43,23 @@ QString swapSeparators(const QString &key, QChar from1, QChar to1, QChar from2, 
     return out;
 }
 
-QString plistKeyFromSettingsKey(const QString &key)
+QString plistKeyFromSettingsKey(const QString& key)
 {
     return swapSeparators(key, QLatin1Char('/'), QLatin1Char('.'), QLatin1Char('.'), kMiddleDot,
-                          kMiddleDot, QLatin1Char('/'));
+        kMiddleDot, QLatin1Char('/'));
 }
 
-QString settingsKeyFromPlistKey(const QString &key)
+QString settingsKeyFromPlistKey(const QString& key)
 {
     return swapSeparators(key, QLatin1Char('.'), QLatin1Char('/'), kMiddleDot, QLatin1Char('.'),
-                          QLatin1Char('/'), kMiddleDot);
+        QLatin1Char('/'), kMiddleDot);
 }
 
 QVariant variantFromNode(plist_t node, int depth);
 
 QString stringFromNode(plist_t node)
 {
-    char *raw = nullptr;
+    char* raw = nullptr;
     plist_get_string_val(node, &raw);
     const MallocedChars owned(raw);
     QString text = QString::fromUtf8(raw ? raw : "");
@@ -88,7 +88,7 @@ QVariant dateFromNode(plist_t node)
 
 QVariant dataFromNode(plist_t node)
 {
-    char *raw = nullptr;
+    char* raw = nullptr;
     uint64_t length = 0;
     plist_get_data_val(node, &raw, &length);
     const MallocedChars owned(raw);
@@ -104,14 +104,13 @@ QVariant listFromNode(plist_t node, int depth)
     return list;
 }
 
-template <typename Visit>
-void forEachDictItem(plist_t dict, Visit visit)
+template <typename Visit> void forEachDictItem(plist_t dict, Visit visit)
 {
     plist_dict_iter rawIter = nullptr;
     plist_dict_new_iter(dict, &rawIter);
     const std::unique_ptr<void, decltype(&std::free)> iter(rawIter, &std::free);
     for (;;) {
-        char *rawKey = nullptr;
+        char* rawKey = nullptr;
         plist_t value = nullptr;
         plist_dict_next_item(dict, rawIter, &rawKey, &value);
         const MallocedChars key(rawKey);
@@ -124,7 +123,7 @@ void forEachDictItem(plist_t dict, Visit visit)
 QVariant mapFromNode(plist_t node, int depth)
 {
     QVariantMap map;
-    forEachDictItem(node, [&](const QString &key, plist_t value) {
+    forEachDictItem(node, [&](const QString& key, plist_t value) {
         map.insert(key, variantFromNode(value, depth + 1));
     });
     return map;
@@ -163,12 +162,12 @@ QVariant variantFromNode(plist_t node, int depth)
 }
 
 // Top-level (and nested) dictionaries become groups of the settings map.
-bool flattenDict(plist_t dict, const QString &prefix, int depth, QSettings::SettingsMap &map)
+bool flattenDict(plist_t dict, const QString& prefix, int depth, QSettings::SettingsMap& map)
 {
     if (depth > kMaxDepth)
         return false;
     bool ok = true;
-    forEachDictItem(dict, [&](const QString &rawKey, plist_t value) {
+    forEachDictItem(dict, [&](const QString& rawKey, plist_t value) {
         const QString key = prefix + settingsKeyFromPlistKey(rawKey);
         if (plist_get_node_type(value) == PLIST_DICT)
             ok = flattenDict(value, key + QLatin1Char('/'), depth + 1, map) && ok;
@@ -178,7 +177,7 @@ bool flattenDict(plist_t dict, const QString &prefix, int depth, QSettings::Sett
     return ok;
 }
 
-bool readPlist(QIODevice &device, QSettings::SettingsMap &map)
+bool readPlist(QIODevice& device, QSettings::SettingsMap& map)
 {
     const QByteArray data = device.readAll();
     if (data.isEmpty())
@@ -189,9 +188,9 @@ bool readPlist(QIODevice &device, QSettings::SettingsMap &map)
     plist_from_memory(data.constData(), static_cast<uint32_t>(data.size()), &raw);
     const PlistNode root(raw);
     if (!root || plist_get_node_type(root.get()) != PLIST_DICT) {
-        const auto *file = qobject_cast<const QFileDevice *>(&device);
-        qCWarning(lcPlist).noquote() << "Error reading property list:"
-                                     << (file ? file->fileName() : QString());
+        const auto* file = qobject_cast<const QFileDevice*>(&device);
+        qCWarning(lcPlist).noquote()
+            << "Error reading property list:" << (file ? file->fileName() : QString());
         return false;
     }
     QSettings::SettingsMap read;
@@ -201,20 +200,20 @@ bool readPlist(QIODevice &device, QSettings::SettingsMap &map)
     return true;
 }
 
-PlistNode nodeFromVariant(const QVariant &value);
+PlistNode nodeFromVariant(const QVariant& value);
 
 // libplist 2.2 only learns that an integer is negative from its own parser, so a
 // negative value is built by parsing it.
 PlistNode negativeIntegerNode(qint64 value)
 {
-    const QByteArray xml = "<plist version=\"1.0\"><integer>" + QByteArray::number(value)
-        + "</integer></plist>";
+    const QByteArray xml
+        = "<plist version=\"1.0\"><integer>" + QByteArray::number(value) + "</integer></plist>";
     plist_t raw = nullptr;
     plist_from_xml(xml.constData(), static_cast<uint32_t>(xml.size()), &raw);
     return PlistNode(raw);
 }
 
-PlistNode integerNode(const QVariant &value)
+PlistNode integerNode(const QVariant& value)
 {
     const qint64 signedValue = value.toLongLong();
     if (value.typeId() != QMetaType::ULongLong && signedValue < 0)
@@ -229,7 +228,7 @@ PlistNode stringNode(QString text)
     return PlistNode(plist_new_string(text.toUtf8().constData()));
 }
 
-PlistNode dateNode(const QDateTime &when)
+PlistNode dateNode(const QDateTime& when)
 {
     const qint64 msecs = when.toMSecsSinceEpoch() - kPlistEpochOffset * 1000;
     const qint64 sec = msecs >= 0 ? msecs / 1000 : (msecs - 999) / 1000;
@@ -237,10 +236,10 @@ PlistNode dateNode(const QDateTime &when)
     return PlistNode(plist_new_date(static_cast<int32_t>(sec), static_cast<int32_t>(usec)));
 }
 
-PlistNode arrayNode(const QVariantList &list)
+PlistNode arrayNode(const QVariantList& list)
 {
     PlistNode array(plist_new_array());
-    for (const QVariant &item : list) {
+    for (const QVariant& item : list) {
         PlistNode node = nodeFromVariant(item);
         if (node)
             plist_array_append_item(array.get(), node.release());
@@ -248,7 +247,7 @@ PlistNode arrayNode(const QVariantList &list)
     return array;
 }
 
-PlistNode dictNode(const QVariantMap &map)
+PlistNode dictNode(const QVariantMap& map)
 {
     PlistNode dict(plist_new_dict());
     for (auto it = map.cbegin(); it != map.cend(); ++it) {
@@ -259,7 +258,7 @@ PlistNode dictNode(const QVariantMap &map)
     return dict;
 }
 
-PlistNode nodeFromVariant(const QVariant &value)
+PlistNode nodeFromVariant(const QVariant& value)
 {
     switch (value.typeId()) {
     case QMetaType::QString:
@@ -298,19 +297,20 @@ PlistNode nodeFromVariant(const QVariant &value)
     }
 }
 
-bool writePlist(QIODevice &device, const QSettings::SettingsMap &map)
+bool writePlist(QIODevice& device, const QSettings::SettingsMap& map)
 {
     PlistNode root(plist_new_dict());
     for (auto it = map.cbegin(); it != map.cend(); ++it) {
         PlistNode node = nodeFromVariant(it.value());
         if (!node) {
-            qCWarning(lcPlist).noquote() << "Warning: value not stored in property list:" << it.key();
+            qCWarning(lcPlist).noquote()
+                << "Warning: value not stored in property list:" << it.key();
             continue;
         }
         const QByteArray key = plistKeyFromSettingsKey(it.key()).toUtf8();
         plist_dict_set_item(root.get(), key.constData(), node.release());
     }
-    char *raw = nullptr;
+    char* raw = nullptr;
     uint32_t length = 0;
     plist_to_xml(root.get(), &raw, &length);
     const MallocedChars xml(raw);
@@ -324,7 +324,7 @@ bool writePlist(QIODevice &device, const QSettings::SettingsMap &map)
 QSettings::Format PlistSettings::format()
 {
     // A function-local static makes the registration happen once, race-free.
-    static const QSettings::Format registered =
-        QSettings::registerFormat(QStringLiteral("plist"), readPlist, writePlist);
+    static const QSettings::Format registered
+        = QSettings::registerFormat(QStringLiteral("plist"), readPlist, writePlist);
     return registered;
 }

@@ -18,7 +18,7 @@ const QString kGenre = QStringLiteral("genre");
 
 // The path with the extension of its last component replaced ("Dir/Film.m4v" with
 // "xml" gives "Dir/Film.xml"); a name without extension just gains one.
-QString replacedExtension(const QString &path, const QString &extension)
+QString replacedExtension(const QString& path, const QString& extension)
 {
     const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
     const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
@@ -35,7 +35,7 @@ QString lastPathComponent(QString path)
 
 // 32-bit FNV-1a over the UTF-8 bytes: fixed constants, no seed, no dependence on the
 // platform's hashing, so ids written to the cache stay valid everywhere.
-qint32 stableHash(const QString &text)
+qint32 stableHash(const QString& text)
 {
     quint32 hash = 2166136261u;
     const QByteArray bytes = text.toUtf8();
@@ -48,7 +48,7 @@ qint32 stableHash(const QString &text)
 
 // Leading white space, an optional sign, decimal digits; 0 without digits, clamped
 // to the 32-bit range.
-qint32 leadingInt(const QString &text)
+qint32 leadingInt(const QString& text)
 {
     qsizetype i = 0;
     while (i < text.size() && text.at(i).isSpace())
@@ -71,7 +71,8 @@ QString VTVMediaAsset::copyrightLine()
     return QStringLiteral("Copyright \u00a9 Vireo Movies. All rights reserved.");
 }
 
-VTVMediaAsset::VTVMediaAsset(const QUrl &mediaURL) : _mediaURL(mediaURL)
+VTVMediaAsset::VTVMediaAsset(const QUrl& mediaURL)
+    : _mediaURL(mediaURL)
 {
     if (!_mediaURL.isLocalFile())
         return;
@@ -80,11 +81,14 @@ VTVMediaAsset::VTVMediaAsset(const QUrl &mediaURL) : _mediaURL(mediaURL)
         parseMetadataFile(metadataPath);
 }
 
-VTVMediaAsset::VTVMediaAsset(const QUrl &trailerURL, const QString &contentId, int duration,
-                             int size, const QString &title, QString &thumbnail,
-                             const QString &description)
-    : _mediaURL(trailerURL), _title(title), _mediaDescription(description), _duration(duration),
-      _trailerSize(size), _vireoContentId(contentId)
+VTVMediaAsset::VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, int duration,
+    int size, const QString& title, QString& thumbnail, const QString& description)
+    : _mediaURL(trailerURL)
+    , _title(title)
+    , _mediaDescription(description)
+    , _duration(duration)
+    , _trailerSize(size)
+    , _vireoContentId(contentId)
 {
     thumbnail += QStringLiteral("vtv_ca_") + contentId + QStringLiteral(".jpg");
     _trailerThumbnailURL = thumbnail;
@@ -92,7 +96,7 @@ VTVMediaAsset::VTVMediaAsset(const QUrl &trailerURL, const QString &contentId, i
 
 VTVMediaAsset::~VTVMediaAsset() = default;
 
-void VTVMediaAsset::parseMetadataFile(const QString &path)
+void VTVMediaAsset::parseMetadataFile(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
@@ -107,7 +111,7 @@ void VTVMediaAsset::parseMetadataFile(const QString &path)
     }
 }
 
-void VTVMediaAsset::startElement(const QString &name)
+void VTVMediaAsset::startElement(const QString& name)
 {
     if (name == kName || name == kGenre)
         return;
@@ -115,7 +119,7 @@ void VTVMediaAsset::startElement(const QString &name)
     _currentData = QString();
 }
 
-void VTVMediaAsset::characters(const QString &text)
+void VTVMediaAsset::characters(const QString& text)
 {
     if (_currentItem.isEmpty())
         return;
@@ -124,7 +128,7 @@ void VTVMediaAsset::characters(const QString &text)
     _currentData += text;
 }
 
-void VTVMediaAsset::endElement(const QString &name)
+void VTVMediaAsset::endElement(const QString& name)
 {
     if (name == kGenre || _currentItem.isEmpty() || _currentData.isEmpty())
         return;
@@ -140,9 +144,9 @@ void VTVMediaAsset::endElement(const QString &name)
     _currentData = QString();
 }
 
-void VTVMediaAsset::storeCurrentItem(const QString &trimmed)
+void VTVMediaAsset::storeCurrentItem(const QString& trimmed)
 {
-    const QString &item = _currentItem;
+    const QString& item = _currentItem;
     const qint32 number = leadingInt(_currentData);
     if (item == QLatin1String("title"))
         _title += trimmed;
@@ -171,8 +175,14 @@ shell::MediaType VTVMediaAsset::mediaType() const
     return isTrailer() ? shell::MediaType::movieTrailer : shell::MediaType::movie;
 }
 
-QString VTVMediaAsset::title() const { return _title; }
-QString VTVMediaAsset::titleForSorting() const { return _title; }
+QString VTVMediaAsset::title() const
+{
+    return _title;
+}
+QString VTVMediaAsset::titleForSorting() const
+{
+    return _title;
+}
 
 // An editorial note wrapped in "**" at the start is shown as "Vireo Says: <note>",
 // a carriage return, then the body.
@@ -197,20 +207,44 @@ QString VTVMediaAsset::mediaDescription() const
     return _parsedMediaDescription;
 }
 
-QString VTVMediaAsset::mediaSummary() const { return {}; }
-QString VTVMediaAsset::description() const { return {}; }
-int VTVMediaAsset::duration() const { return _duration; }
-QStringList VTVMediaAsset::cast() const { return _cast; }
-QStringList VTVMediaAsset::directors() const { return _directors; }
-QStringList VTVMediaAsset::producers() const { return _producers; }
-QString VTVMediaAsset::copyright() const { return copyrightLine(); }
+QString VTVMediaAsset::mediaSummary() const
+{
+    return {};
+}
+QString VTVMediaAsset::description() const
+{
+    return {};
+}
+int VTVMediaAsset::duration() const
+{
+    return _duration;
+}
+QStringList VTVMediaAsset::cast() const
+{
+    return _cast;
+}
+QStringList VTVMediaAsset::directors() const
+{
+    return _directors;
+}
+QStringList VTVMediaAsset::producers() const
+{
+    return _producers;
+}
+QString VTVMediaAsset::copyright() const
+{
+    return copyrightLine();
+}
 
 QString VTVMediaAsset::mediaURL() const
 {
     return _mediaURL.isEmpty() ? QString() : _mediaURL.toString(QUrl::FullyEncoded);
 }
 
-bool VTVMediaAsset::hasVideoContent() const { return !_mediaURL.isEmpty(); }
+bool VTVMediaAsset::hasVideoContent() const
+{
+    return !_mediaURL.isEmpty();
+}
 
 QString VTVMediaAsset::previewURL() const
 {
@@ -253,7 +287,10 @@ QImage VTVMediaAsset::coverArt() const
     return defaultImageForMediaType(mediaType());
 }
 
-bool VTVMediaAsset::hasCoverArt() const { return true; }
+bool VTVMediaAsset::hasCoverArt() const
+{
+    return true;
+}
 
 qint32 VTVMediaAsset::assetIdInt() const
 {
@@ -262,27 +299,87 @@ qint32 VTVMediaAsset::assetIdInt() const
     return stableHash(lastPathComponent(_mediaURL.path(QUrl::FullyDecoded)));
 }
 
-QString VTVMediaAsset::assetID() const { return QString::number(assetIdInt()); }
+QString VTVMediaAsset::assetID() const
+{
+    return QString::number(assetIdInt());
+}
 
-QString VTVMediaAsset::artist() const { return {}; }
-QString VTVMediaAsset::artistForSorting() const { return {}; }
-std::optional<QDateTime> VTVMediaAsset::dateAcquired() const { return std::nullopt; }
-std::optional<QDateTime> VTVMediaAsset::datePublished() const { return std::nullopt; }
-QString VTVMediaAsset::primaryGenre() const { return {}; }
-QStringList VTVMediaAsset::genres() const { return {}; }
-QString VTVMediaAsset::seriesName() const { return {}; }
-QString VTVMediaAsset::broadcaster() const { return {}; }
-QString VTVMediaAsset::episodeNumber() const { return {}; }
-QString VTVMediaAsset::rating() const { return {}; }
-QString VTVMediaAsset::publisher() const { return {}; }
-QString VTVMediaAsset::composer() const { return {}; }
-int VTVMediaAsset::performanceCount() const { return 0; }
-int VTVMediaAsset::startTimeInSeconds() const { return 0; }
-int VTVMediaAsset::startTimeInMS() const { return 0; }
-int VTVMediaAsset::season() const { return 0; }
-int VTVMediaAsset::episode() const { return 0; }
-float VTVMediaAsset::userStarRating() const { return 0.0f; }
-float VTVMediaAsset::starRating() const { return 0.0f; }
+QString VTVMediaAsset::artist() const
+{
+    return {};
+}
+QString VTVMediaAsset::artistForSorting() const
+{
+    return {};
+}
+std::optional<QDateTime> VTVMediaAsset::dateAcquired() const
+{
+    return std::nullopt;
+}
+std::optional<QDateTime> VTVMediaAsset::datePublished() const
+{
+    return std::nullopt;
+}
+QString VTVMediaAsset::primaryGenre() const
+{
+    return {};
+}
+QStringList VTVMediaAsset::genres() const
+{
+    return {};
+}
+QString VTVMediaAsset::seriesName() const
+{
+    return {};
+}
+QString VTVMediaAsset::broadcaster() const
+{
+    return {};
+}
+QString VTVMediaAsset::episodeNumber() const
+{
+    return {};
+}
+QString VTVMediaAsset::rating() const
+{
+    return {};
+}
+QString VTVMediaAsset::publisher() const
+{
+    return {};
+}
+QString VTVMediaAsset::composer() const
+{
+    return {};
+}
+int VTVMediaAsset::performanceCount() const
+{
+    return 0;
+}
+int VTVMediaAsset::startTimeInSeconds() const
+{
+    return 0;
+}
+int VTVMediaAsset::startTimeInMS() const
+{
+    return 0;
+}
+int VTVMediaAsset::season() const
+{
+    return 0;
+}
+int VTVMediaAsset::episode() const
+{
+    return 0;
+}
+float VTVMediaAsset::userStarRating() const
+{
+    return 0.0f;
+}
+float VTVMediaAsset::starRating() const
+{
+    return 0.0f;
+}
 
 QImage VTVMediaAsset::coverArtForBookmarkTimeInMS(int) const
 {

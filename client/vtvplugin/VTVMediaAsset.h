@@ -17,17 +17,17 @@
 class VTVMediaAsset : public shell::XmlMediaAsset, private ExpatParser::Handler {
 public:
     // A library movie. A file URL whose metadata file exists is parsed at once.
-    explicit VTVMediaAsset(const QUrl &mediaURL);
+    explicit VTVMediaAsset(const QUrl& mediaURL);
 
     // A trailer. "vtv_ca_" + contentId + ".jpg" is appended to the caller's
     // thumbnail string in place; the result is the trailer's thumbnail URL.
-    VTVMediaAsset(const QUrl &trailerURL, const QString &contentId, int duration, int size,
-                  const QString &title, QString &thumbnail, const QString &description);
+    VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, int duration, int size,
+        const QString& title, QString& thumbnail, const QString& description);
 
     ~VTVMediaAsset() override;
 
-    VTVMediaAsset(const VTVMediaAsset &) = delete;
-    VTVMediaAsset &operator=(const VTVMediaAsset &) = delete;
+    VTVMediaAsset(const VTVMediaAsset&) = delete;
+    VTVMediaAsset& operator=(const VTVMediaAsset&) = delete;
 
     shell::MediaType mediaType() const override;
     QString title() const override;
@@ -89,12 +89,12 @@ public:
 
 private:
     bool isTrailer() const { return !_trailerThumbnailURL.isEmpty(); }
-    void parseMetadataFile(const QString &path);
-    void storeCurrentItem(const QString &trimmed);
+    void parseMetadataFile(const QString& path);
+    void storeCurrentItem(const QString& trimmed);
 
-    void startElement(const QString &name) override;
-    void characters(const QString &text) override;
-    void endElement(const QString &name) override;
+    void startElement(const QString& name) override;
+    void characters(const QString& text) override;
+    void endElement(const QString& name) override;
 
     QUrl _mediaURL;
     QString _title;

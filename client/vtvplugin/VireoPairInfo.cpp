@@ -17,7 +17,7 @@ namespace {
 
 // Times are stored as decimal text; a property list may also hold a plain integer,
 // whose text is the same digits. Anything else counts as 0.
-quint32 readSeconds(const QSettings &settings, const QString &key)
+quint32 readSeconds(const QSettings& settings, const QString& key)
 {
     bool ok = false;
     const quint32 value = settings.value(key).toString().toUInt(&ok, 10);
@@ -31,12 +31,12 @@ QString formatTime(quint32 seconds)
     return QLocale::system().toString(QDateTime::fromSecsSinceEpoch(seconds), QLocale::LongFormat);
 }
 
-QString nullIfEmpty(const QString &text)
+QString nullIfEmpty(const QString& text)
 {
     return text.isEmpty() ? QString() : text;
 }
 
-VireoPlayerPair readPair(const QString &pairID)
+VireoPlayerPair readPair(const QString& pairID)
 {
     VireoPlayerPair pair;
     pair.pairID = pairID;
@@ -56,7 +56,7 @@ VireoPlayerPair readPair(const QString &pairID)
 }
 
 // The configuration must exist for a folder to count; a missing one is logged.
-bool hasConfig(const QString &pairID, const char *message)
+bool hasConfig(const QString& pairID, const char* message)
 {
     const QString config = LibraryTree::configPath(pairID);
     if (QFileInfo::exists(config))
@@ -67,7 +67,7 @@ bool hasConfig(const QString &pairID, const char *message)
 
 } // namespace
 
-bool getAllPairInfos(VireoPlayerPairList *list, int *count)
+bool getAllPairInfos(VireoPlayerPairList* list, int* count)
 {
     if (!list)
         return false;
@@ -80,7 +80,7 @@ bool getAllPairInfos(VireoPlayerPairList *list, int *count)
     }
     auto records = std::make_unique<VireoPlayerPair[]>(static_cast<size_t>(pairIDs.size()));
     int filled = 0;
-    for (const QString &pairID : std::as_const(pairIDs)) {
+    for (const QString& pairID : std::as_const(pairIDs)) {
         if (hasConfig(pairID, "Error in getAllPairInfos - pair file not found:"))
             records[static_cast<size_t>(filled++)] = readPair(pairID);
     }
@@ -90,7 +90,7 @@ bool getAllPairInfos(VireoPlayerPairList *list, int *count)
     return true;
 }
 
-void releasePairInfoList(VireoPlayerPairList &list, int count)
+void releasePairInfoList(VireoPlayerPairList& list, int count)
 {
     if (!list)
         return;
@@ -104,7 +104,7 @@ quint32 getLastSyncTimeForAllPairs()
     QStringList pairIDs;
     JUtils::listVireoTVdirs(pairIDs);
     quint32 latest = 0;
-    for (const QString &pairID : std::as_const(pairIDs)) {
+    for (const QString& pairID : std::as_const(pairIDs)) {
         if (!hasConfig(pairID, "Error in getLastSyncTimeForAllPairs - pair file not found:"))
             continue;
         const QSettings stats(LibraryTree::statsPath(pairID), PlistSettings::format());
@@ -113,7 +113,7 @@ quint32 getLastSyncTimeForAllPairs()
     return latest;
 }
 
-bool removeOnePair(const VireoPlayerPair *pair)
+bool removeOnePair(const VireoPlayerPair* pair)
 {
     if (!pair)
         return false;

@@ -13,7 +13,7 @@ Q_LOGGING_CATEGORY(lcLockedFile, "vireo.reposit.lockedfile")
 // The whole file, also as it grows.
 struct flock wholeFileRecord(short type)
 {
-    struct flock record {};
+    struct flock record { };
     record.l_type = type;
     record.l_whence = SEEK_SET;
     record.l_start = 0;

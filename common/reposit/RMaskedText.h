@@ -17,8 +17,7 @@ constexpr unsigned char maskByteAt(std::size_t index)
 // Decodes `length` masked bytes (UTF-8 once unmasked).
 QString unmaskText(const unsigned char* bytes, std::size_t length);
 
-template <std::size_t N>
-class RMaskedText {
+template <std::size_t N> class RMaskedText {
 public:
     consteval RMaskedText(const char (&plain)[N])
     {

@@ -96,13 +96,13 @@ void ROptions::setRemoteDownloadsEnabled(bool enabled)
 void ensureFileIsPublic(const QString& path)
 {
     const QByteArray nativePath = QFile::encodeName(path);
-    struct stat info {};
+    struct stat info { };
     if (::stat(nativePath.constData(), &info) != 0) {
         const int fd = ::open(nativePath.constData(), O_WRONLY | O_CREAT, 0666);
         if (fd == -1) {
             const int error = errno;
-            qCWarning(lcOptions).noquote() << "Warning in ensureFileIsPublic: cannot create" << path
-                                           << std::strerror(error);
+            qCWarning(lcOptions).noquote()
+                << "Warning in ensureFileIsPublic: cannot create" << path << std::strerror(error);
             return;
         }
         ::close(fd);
@@ -111,7 +111,7 @@ void ensureFileIsPublic(const QString& path)
     const mode_t mode = S_ISDIR(info.st_mode) ? 0777 : 0666;
     if (::chmod(nativePath.constData(), mode) != 0) {
         const int error = errno;
-        qCWarning(lcOptions).noquote() << "Warning in ensureFileIsPublic: cannot change mode of" << path
-                                       << std::strerror(error);
+        qCWarning(lcOptions).noquote() << "Warning in ensureFileIsPublic: cannot change mode of"
+                                       << path << std::strerror(error);
     }
 }

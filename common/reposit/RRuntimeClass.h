@@ -11,8 +11,8 @@ class RObject;
 // are ready before any static constructor runs, and they are compared by address.
 struct RRuntimeClass {
     const char* m_lpszClassName;
-    RObject* (*m_pfnCreateObject)();                 // null: not creatable by name
-    const RRuntimeClass* (*m_pfnGetBaseClass)();     // null: the root
+    RObject* (*m_pfnCreateObject)(); // null: not creatable by name
+    const RRuntimeClass* (*m_pfnGetBaseClass)(); // null: the root
     qint32 m_nObjectType;
 
     // A new object from the factory; null when there is none or when it threw.

@@ -75,8 +75,8 @@ public:
 
 protected:
     MediaAsset() = default;
-    MediaAsset(const MediaAsset &) = default;
-    MediaAsset &operator=(const MediaAsset &) = default;
+    MediaAsset(const MediaAsset&) = default;
+    MediaAsset& operator=(const MediaAsset&) = default;
 };
 
 } // namespace shell

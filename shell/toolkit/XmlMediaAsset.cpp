@@ -9,34 +9,34 @@ namespace shell {
 
 XmlMediaAsset::~XmlMediaAsset() = default;
 
-void XmlMediaAsset::setValue(const QString &key, const QVariant &value)
+void XmlMediaAsset::setValue(const QString& key, const QVariant& value)
 {
     m_values.insert(key, value);
     if (key == QLatin1String("previewURL"))
         m_decodedPreview = QImage();
 }
 
-QVariant XmlMediaAsset::value(const QString &key) const
+QVariant XmlMediaAsset::value(const QString& key) const
 {
     return m_values.value(key);
 }
 
-QString XmlMediaAsset::stringValue(const char *key) const
+QString XmlMediaAsset::stringValue(const char* key) const
 {
     return m_values.value(QLatin1String(key)).toString();
 }
 
-QStringList XmlMediaAsset::listValue(const char *key) const
+QStringList XmlMediaAsset::listValue(const char* key) const
 {
     return m_values.value(QLatin1String(key)).toStringList();
 }
 
-int XmlMediaAsset::intValue(const char *key) const
+int XmlMediaAsset::intValue(const char* key) const
 {
     return m_values.value(QLatin1String(key)).toInt();
 }
 
-std::optional<QDateTime> XmlMediaAsset::dateValue(const char *key) const
+std::optional<QDateTime> XmlMediaAsset::dateValue(const char* key) const
 {
     const QDateTime when = m_values.value(QLatin1String(key)).toDateTime();
     if (!when.isValid())
@@ -50,7 +50,10 @@ MediaType XmlMediaAsset::mediaType() const
     return type.isValid() ? static_cast<MediaType>(type.toInt()) : MediaType::movie;
 }
 
-QString XmlMediaAsset::title() const { return stringValue("title"); }
+QString XmlMediaAsset::title() const
+{
+    return stringValue("title");
+}
 
 QString XmlMediaAsset::titleForSorting() const
 {
@@ -58,38 +61,116 @@ QString XmlMediaAsset::titleForSorting() const
     return sorting.isNull() ? title() : sorting;
 }
 
-QString XmlMediaAsset::mediaDescription() const { return stringValue("mediaDescription"); }
-QString XmlMediaAsset::mediaSummary() const { return stringValue("mediaSummary"); }
-QString XmlMediaAsset::description() const { return stringValue("description"); }
-QString XmlMediaAsset::copyright() const { return stringValue("copyright"); }
-QStringList XmlMediaAsset::cast() const { return listValue("cast"); }
-QStringList XmlMediaAsset::directors() const { return listValue("directors"); }
-QStringList XmlMediaAsset::producers() const { return listValue("producers"); }
-QString XmlMediaAsset::artist() const { return stringValue("artist"); }
-QString XmlMediaAsset::artistForSorting() const { return stringValue("artistForSorting"); }
-QString XmlMediaAsset::primaryGenre() const { return stringValue("primaryGenre"); }
-QStringList XmlMediaAsset::genres() const { return listValue("genres"); }
-QString XmlMediaAsset::seriesName() const { return stringValue("seriesName"); }
-QString XmlMediaAsset::broadcaster() const { return stringValue("broadcaster"); }
-QString XmlMediaAsset::episodeNumber() const { return stringValue("episodeNumber"); }
-QString XmlMediaAsset::rating() const { return stringValue("rating"); }
-QString XmlMediaAsset::publisher() const { return stringValue("publisher"); }
-QString XmlMediaAsset::composer() const { return stringValue("composer"); }
-std::optional<QDateTime> XmlMediaAsset::dateAcquired() const { return dateValue("dateAcquired"); }
-std::optional<QDateTime> XmlMediaAsset::datePublished() const { return dateValue("datePublished"); }
-int XmlMediaAsset::season() const { return intValue("season"); }
-int XmlMediaAsset::episode() const { return intValue("episode"); }
-int XmlMediaAsset::performanceCount() const { return intValue("performanceCount"); }
+QString XmlMediaAsset::mediaDescription() const
+{
+    return stringValue("mediaDescription");
+}
+QString XmlMediaAsset::mediaSummary() const
+{
+    return stringValue("mediaSummary");
+}
+QString XmlMediaAsset::description() const
+{
+    return stringValue("description");
+}
+QString XmlMediaAsset::copyright() const
+{
+    return stringValue("copyright");
+}
+QStringList XmlMediaAsset::cast() const
+{
+    return listValue("cast");
+}
+QStringList XmlMediaAsset::directors() const
+{
+    return listValue("directors");
+}
+QStringList XmlMediaAsset::producers() const
+{
+    return listValue("producers");
+}
+QString XmlMediaAsset::artist() const
+{
+    return stringValue("artist");
+}
+QString XmlMediaAsset::artistForSorting() const
+{
+    return stringValue("artistForSorting");
+}
+QString XmlMediaAsset::primaryGenre() const
+{
+    return stringValue("primaryGenre");
+}
+QStringList XmlMediaAsset::genres() const
+{
+    return listValue("genres");
+}
+QString XmlMediaAsset::seriesName() const
+{
+    return stringValue("seriesName");
+}
+QString XmlMediaAsset::broadcaster() const
+{
+    return stringValue("broadcaster");
+}
+QString XmlMediaAsset::episodeNumber() const
+{
+    return stringValue("episodeNumber");
+}
+QString XmlMediaAsset::rating() const
+{
+    return stringValue("rating");
+}
+QString XmlMediaAsset::publisher() const
+{
+    return stringValue("publisher");
+}
+QString XmlMediaAsset::composer() const
+{
+    return stringValue("composer");
+}
+std::optional<QDateTime> XmlMediaAsset::dateAcquired() const
+{
+    return dateValue("dateAcquired");
+}
+std::optional<QDateTime> XmlMediaAsset::datePublished() const
+{
+    return dateValue("datePublished");
+}
+int XmlMediaAsset::season() const
+{
+    return intValue("season");
+}
+int XmlMediaAsset::episode() const
+{
+    return intValue("episode");
+}
+int XmlMediaAsset::performanceCount() const
+{
+    return intValue("performanceCount");
+}
 
 float XmlMediaAsset::userStarRating() const
 {
     return value(QStringLiteral("userStarRating")).toFloat();
 }
 
-float XmlMediaAsset::starRating() const { return value(QStringLiteral("starRating")).toFloat(); }
-int XmlMediaAsset::duration() const { return intValue("duration"); }
-QString XmlMediaAsset::mediaURL() const { return stringValue("mediaURL"); }
-bool XmlMediaAsset::hasVideoContent() const { return !mediaURL().isEmpty(); }
+float XmlMediaAsset::starRating() const
+{
+    return value(QStringLiteral("starRating")).toFloat();
+}
+int XmlMediaAsset::duration() const
+{
+    return intValue("duration");
+}
+QString XmlMediaAsset::mediaURL() const
+{
+    return stringValue("mediaURL");
+}
+bool XmlMediaAsset::hasVideoContent() const
+{
+    return !mediaURL().isEmpty();
+}
 
 bool XmlMediaAsset::isLocal() const
 {
@@ -102,7 +183,10 @@ QString XmlMediaAsset::assetID() const
     return id.isNull() ? mediaURL() : id;
 }
 
-QString XmlMediaAsset::previewURL() const { return stringValue("previewURL"); }
+QString XmlMediaAsset::previewURL() const
+{
+    return stringValue("previewURL");
+}
 
 QString XmlMediaAsset::coverArtID() const
 {
@@ -132,12 +216,30 @@ bool XmlMediaAsset::hasCoverArt() const
     return value(QStringLiteral("coverArt")).isValid() || !previewURL().isEmpty();
 }
 
-QImage XmlMediaAsset::coverArtForBookmarkTimeInMS(int) const { return {}; }
-int XmlMediaAsset::startTimeInSeconds() const { return startTimeInMS() / 1000; }
-int XmlMediaAsset::startTimeInMS() const { return intValue("startTimeInMS"); }
-bool XmlMediaAsset::hasBeenPlayed() const { return value(QStringLiteral("hasBeenPlayed")).toBool(); }
-int XmlMediaAsset::bookmarkTimeInMS() const { return intValue("bookmarkTimeInMS"); }
-int XmlMediaAsset::bookmarkTimeInSeconds() const { return bookmarkTimeInMS() / 1000; }
+QImage XmlMediaAsset::coverArtForBookmarkTimeInMS(int) const
+{
+    return {};
+}
+int XmlMediaAsset::startTimeInSeconds() const
+{
+    return startTimeInMS() / 1000;
+}
+int XmlMediaAsset::startTimeInMS() const
+{
+    return intValue("startTimeInMS");
+}
+bool XmlMediaAsset::hasBeenPlayed() const
+{
+    return value(QStringLiteral("hasBeenPlayed")).toBool();
+}
+int XmlMediaAsset::bookmarkTimeInMS() const
+{
+    return intValue("bookmarkTimeInMS");
+}
+int XmlMediaAsset::bookmarkTimeInSeconds() const
+{
+    return bookmarkTimeInMS() / 1000;
+}
 
 void XmlMediaAsset::setBookmarkTimeInMS(int ms)
 {

@@ -15,8 +15,8 @@ public:
     XmlMediaAsset() = default;
     ~XmlMediaAsset() override;
 
-    void setValue(const QString &key, const QVariant &value);
-    QVariant value(const QString &key) const;
+    void setValue(const QString& key, const QVariant& value);
+    QVariant value(const QString& key) const;
 
     MediaType mediaType() const override;
 
@@ -74,14 +74,14 @@ public:
     static QImage defaultImageForMediaType(MediaType type);
 
 protected:
-    XmlMediaAsset(const XmlMediaAsset &) = default;
-    XmlMediaAsset &operator=(const XmlMediaAsset &) = default;
+    XmlMediaAsset(const XmlMediaAsset&) = default;
+    XmlMediaAsset& operator=(const XmlMediaAsset&) = default;
 
 private:
-    QString stringValue(const char *key) const;
-    QStringList listValue(const char *key) const;
-    int intValue(const char *key) const;
-    std::optional<QDateTime> dateValue(const char *key) const;
+    QString stringValue(const char* key) const;
+    QStringList listValue(const char* key) const;
+    int intValue(const char* key) const;
+    std::optional<QDateTime> dateValue(const char* key) const;
 
     QHash<QString, QVariant> m_values;
     mutable QImage m_decodedPreview;

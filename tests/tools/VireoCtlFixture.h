@@ -44,7 +44,10 @@ protected:
     // Where the test keeps the files it adds, outside the library.
     QString sources() const { return m_dir.path() + QStringLiteral("/src"); }
     QString movies() const { return home() + QStringLiteral("/Movies/"); }
-    QString pairDir(const QString &pairID) const { return home() + QStringLiteral("/Vireo/") + pairID; }
+    QString pairDir(const QString& pairID) const
+    {
+        return home() + QStringLiteral("/Vireo/") + pairID;
+    }
 
     CtlOutcome ctl(QStringList args) const
     {
@@ -53,7 +56,7 @@ protected:
         return runRaw(args);
     }
 
-    static CtlOutcome runRaw(const QStringList &args)
+    static CtlOutcome runRaw(const QStringList& args)
     {
         QByteArray outBytes;
         QByteArray errBytes;
@@ -62,10 +65,11 @@ protected:
         out.open(QIODevice::WriteOnly);
         err.open(QIODevice::WriteOnly);
         const int status = VireoCtl::run(args, out, err);
-        return {status, QString::fromUtf8(outBytes), QString::fromUtf8(errBytes)};
+        return { status, QString::fromUtf8(outBytes), QString::fromUtf8(errBytes) };
     }
 
-    QString source(const QString &name, const QByteArray &content = QByteArrayLiteral("frames")) const
+    QString source(
+        const QString& name, const QByteArray& content = QByteArrayLiteral("frames")) const
     {
         const QString path = sources() + QLatin1Char('/') + name;
         QFile file(path);
@@ -74,27 +78,28 @@ protected:
         return path;
     }
 
-    QString metadata(const QString &name, const QString &title) const
+    QString metadata(const QString& name, const QString& title) const
     {
-        return source(name, QByteArrayLiteral("<movie><title>") + title.toUtf8()
-                                + QByteArrayLiteral("</title><duration>120</duration></movie>"));
+        return source(name,
+            QByteArrayLiteral("<movie><title>") + title.toUtf8()
+                + QByteArrayLiteral("</title><duration>120</duration></movie>"));
     }
 
-    QString cover(const QString &name) const
+    QString cover(const QString& name) const
     {
         // The eight bytes every PNG starts with, then a few bytes of body.
         return source(name, QByteArray::fromHex("89504e470d0a1a0a0000000d49484452"));
     }
 
-    void pair(const QString &pairID, const QString &name) const
+    void pair(const QString& pairID, const QString& name) const
     {
-        const CtlOutcome o = ctl({QStringLiteral("pair"), pairID, QStringLiteral("--name"), name,
-                                  QStringLiteral("--time"), QStringLiteral("1200000000")});
+        const CtlOutcome o = ctl({ QStringLiteral("pair"), pairID, QStringLiteral("--name"), name,
+            QStringLiteral("--time"), QStringLiteral("1200000000") });
         ASSERT_EQ(o.status, 0) << o.err.toStdString();
     }
 
     // Adds and answers the final title.
-    QString add(const QString &pairID, QStringList args) const
+    QString add(const QString& pairID, QStringList args) const
     {
         args.prepend(pairID);
         args.prepend(QStringLiteral("add"));
@@ -103,15 +108,16 @@ protected:
         return o.out.trimmed();
     }
 
-    static QString linkTarget(const QString &path) { return QFileInfo(path).symLinkTarget(); }
+    static QString linkTarget(const QString& path) { return QFileInfo(path).symLinkTarget(); }
 
     // Every entry below `folder` with its kind, link target or content digest: equal
     // snapshots mean nothing was created, removed, moved or rewritten.
-    static QStringList snapshot(const QString &folder)
+    static QStringList snapshot(const QString& folder)
     {
         QStringList entries;
-        QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
+        QDirIterator it(folder,
+            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+            QDirIterator::Subdirectories);
         while (it.hasNext()) {
             const QString path = it.next();
             const QFileInfo info = it.fileInfo();
@@ -122,7 +128,8 @@ protected:
                 QFile file(path);
                 file.open(QIODevice::ReadOnly);
                 line += QLatin1Char(' ')
-                    + QString::fromLatin1(QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1).toHex());
+                    + QString::fromLatin1(
+                        QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1).toHex());
             }
             entries.append(line);
         }
@@ -130,10 +137,10 @@ protected:
         return entries;
     }
 
-    static QStringList names(const QString &folder)
+    static QStringList names(const QString& folder)
     {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                                      QDir::Name);
+        return QDir(folder).entryList(
+            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     }
 
 private:

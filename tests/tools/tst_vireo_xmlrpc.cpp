@@ -46,18 +46,19 @@ TEST(VireoXmlRpcCommands, RequestPrintsMethodAndParameterDump)
 {
     const Outcome o = runTool({ QStringLiteral("request"), sample("request.xml") });
     EXPECT_EQ(o.status, 0);
-    EXPECT_EQ(o.out.toStdString(), "method: vireo.getTopTrailers\n"
-                                   "<value>box-7f3a</value>\n"
-                                   "<value>25</value>\n"
-                                   "<value-from-list>\n"
-                                   " <genres>\n"
-                                   "  <value>drama</value>\n"
-                                   "  <value>comedy</value>\n"
-                                   " </genres>\n"
-                                   " <hd>true</hd>\n"
-                                   " <list>topviewed</list>\n"
-                                   " <ratio>1.78</ratio>\n"
-                                   "</value-from-list>\n");
+    EXPECT_EQ(o.out.toStdString(),
+        "method: vireo.getTopTrailers\n"
+        "<value>box-7f3a</value>\n"
+        "<value>25</value>\n"
+        "<value-from-list>\n"
+        " <genres>\n"
+        "  <value>drama</value>\n"
+        "  <value>comedy</value>\n"
+        " </genres>\n"
+        " <hd>true</hd>\n"
+        " <list>topviewed</list>\n"
+        " <ratio>1.78</ratio>\n"
+        "</value-from-list>\n");
     EXPECT_TRUE(o.err.isEmpty());
 }
 
@@ -91,7 +92,8 @@ TEST(VireoXmlRpcCommands, PayloadFromStandardInput)
 
     const Outcome bad = runTool({ QStringLiteral("payload") }, "<a><b></a>");
     EXPECT_EQ(bad.status, 1);
-    EXPECT_TRUE(bad.err.startsWith(QStringLiteral("error: Bad XML-RPC reply: error "))) << bad.err.toStdString();
+    EXPECT_TRUE(bad.err.startsWith(QStringLiteral("error: Bad XML-RPC reply: error ")))
+        << bad.err.toStdString();
 }
 
 TEST(VireoXmlRpcCommands, FindTakesTheFirstMatchDepthFirst)
@@ -113,11 +115,13 @@ TEST(VireoXmlRpcCommands, XmlRewritesTheResultIndentedAndEscaped)
 {
     Outcome o = runTool({ QStringLiteral("xml"), sample("reply.xml") });
     EXPECT_EQ(o.status, 0);
-    EXPECT_TRUE(o.out.startsWith(QStringLiteral("<trailers>\n  <trailer>\n    <duration>148</duration>\n")))
+    EXPECT_TRUE(
+        o.out.startsWith(QStringLiteral("<trailers>\n  <trailer>\n    <duration>148</duration>\n")))
         << o.out.toStdString();
 
-    const QByteArray escaped = "<methodResponse><params><param><value><string>"
-                               "&lt;t&gt;a &amp;amp; b&lt;/t&gt;</string></value></param></params></methodResponse>";
+    const QByteArray escaped
+        = "<methodResponse><params><param><value><string>"
+          "&lt;t&gt;a &amp;amp; b&lt;/t&gt;</string></value></param></params></methodResponse>";
     o = runTool({ QStringLiteral("xml") }, escaped);
     EXPECT_EQ(o.out.toStdString(), "<t>a &amp; b</t>\n");
 }
@@ -127,8 +131,10 @@ TEST(VireoXmlRpcUsage, BadArgumentsAndUnreadableInputExitTwo)
     EXPECT_EQ(runTool({}).status, 2);
     EXPECT_EQ(runTool({ QStringLiteral("frobnicate") }).status, 2);
     EXPECT_EQ(runTool({ QStringLiteral("find") }).status, 2);
-    EXPECT_EQ(runTool({ QStringLiteral("request"), QStringLiteral("a"), QStringLiteral("b") }).status, 2);
-    const Outcome missing = runTool({ QStringLiteral("request"), QStringLiteral("/nonexistent/doc.xml") });
+    EXPECT_EQ(
+        runTool({ QStringLiteral("request"), QStringLiteral("a"), QStringLiteral("b") }).status, 2);
+    const Outcome missing
+        = runTool({ QStringLiteral("request"), QStringLiteral("/nonexistent/doc.xml") });
     EXPECT_EQ(missing.status, 2);
     EXPECT_TRUE(missing.err.startsWith(QStringLiteral("error: cannot read /nonexistent/doc.xml")));
 }
@@ -136,12 +142,14 @@ TEST(VireoXmlRpcUsage, BadArgumentsAndUnreadableInputExitTwo)
 TEST(VireoXmlRpcProcess, ReadsStandardInputAndWritesUtf8)
 {
     QProcess tool;
-    tool.start(QStringLiteral(VIREO_XMLRPC_BIN), { QStringLiteral("request"), QStringLiteral("-") });
+    tool.start(
+        QStringLiteral(VIREO_XMLRPC_BIN), { QStringLiteral("request"), QStringLiteral("-") });
     ASSERT_TRUE(tool.waitForStarted());
     tool.write("<methodCall><methodName>caf\xc3\xa9</methodName><params><param><value>"
                "<string>\xe2\x82\xac 5 &lt; 6</string></value></param></params></methodCall>");
     tool.closeWriteChannel();
     ASSERT_TRUE(tool.waitForFinished());
     EXPECT_EQ(tool.exitCode(), 0);
-    EXPECT_EQ(tool.readAllStandardOutput(), QByteArray("method: caf\xc3\xa9\n<value>\xe2\x82\xac 5 < 6</value>\n"));
+    EXPECT_EQ(tool.readAllStandardOutput(),
+        QByteArray("method: caf\xc3\xa9\n<value>\xe2\x82\xac 5 < 6</value>\n"));
 }

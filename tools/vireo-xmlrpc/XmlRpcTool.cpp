@@ -1,7 +1,7 @@
 #include "XmlRpcTool.h"
 
-#include "reposit/svcxmlrpc/RXMLRPCObject.h"
 #include "reposit/svcxmlrpc/RXMLRPCDump.h"
+#include "reposit/svcxmlrpc/RXMLRPCObject.h"
 #include "reposit/svcxmlrpc/RXMLRPCReplyAccess.h"
 
 #include <QFile>
@@ -15,7 +15,10 @@ struct Streams {
     QIODevice& err;
 
     void print(const QString& text) const { out.write(text.toUtf8()); }
-    void fail(const QString& text) const { err.write(QStringLiteral("error: %1\n").arg(text).toUtf8()); }
+    void fail(const QString& text) const
+    {
+        err.write(QStringLiteral("error: %1\n").arg(text).toUtf8());
+    }
 };
 
 // Reads the document named by `source` ("-" for standard input) into `bytes`.
@@ -59,7 +62,8 @@ int reply(QByteArray& xml, const Streams& io)
     QString error;
     const bool parsed = message.parseReply(xml, error);
     if (parsed && message.isFault()) {
-        io.print(QStringLiteral("fault: %1 %2\n").arg(message.faultCode()).arg(message.faultString()));
+        io.print(
+            QStringLiteral("fault: %1 %2\n").arg(message.faultCode()).arg(message.faultString()));
         return XmlRpcTool::Ok;
     }
     QString text;

@@ -10,7 +10,7 @@ class VTVMediaAsset;
 // player would be given.
 class AssetReport {
 public:
-    explicit AssetReport(const VTVMediaAsset &asset);
+    explicit AssetReport(const VTVMediaAsset& asset);
 
     // Keys title, description, cast, directors, producers, duration, assetId,
     // previewURL, hasBeenPlayed, bookmarkMS.

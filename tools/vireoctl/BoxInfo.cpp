@@ -9,7 +9,7 @@
 
 namespace {
 
-QString orUnknown(const QString &text)
+QString orUnknown(const QString& text)
 {
     return text.isEmpty() ? QStringLiteral("unknown") : text;
 }
@@ -19,7 +19,8 @@ QString orUnknown(const QString &text)
 BoxInfo BoxInfo::gather()
 {
     BoxInfo info;
-    getDiskSpaceInfo(&info.m_capacity, &info.m_available, &info.m_used, &info.m_serial, &info.m_pairCount);
+    getDiskSpaceInfo(
+        &info.m_capacity, &info.m_available, &info.m_used, &info.m_serial, &info.m_pairCount);
     JUtils::getMacAddress(info.m_mac);
     JUtils::getLoadAverage(info.m_load);
     return info;
@@ -27,14 +28,14 @@ BoxInfo BoxInfo::gather()
 
 QJsonObject BoxInfo::json() const
 {
-    return QJsonObject{
-        {QStringLiteral("capacity"), m_capacity},
-        {QStringLiteral("available"), m_available},
-        {QStringLiteral("used"), m_used},
-        {QStringLiteral("serial"), jsonTextOrNull(m_serial)},
-        {QStringLiteral("pairCount"), m_pairCount},
-        {QStringLiteral("mac"), jsonTextOrNull(m_mac)},
-        {QStringLiteral("load"), QJsonArray{m_load[0], m_load[1], m_load[2]}},
+    return QJsonObject {
+        { QStringLiteral("capacity"), m_capacity },
+        { QStringLiteral("available"), m_available },
+        { QStringLiteral("used"), m_used },
+        { QStringLiteral("serial"), jsonTextOrNull(m_serial) },
+        { QStringLiteral("pairCount"), m_pairCount },
+        { QStringLiteral("mac"), jsonTextOrNull(m_mac) },
+        { QStringLiteral("load"), QJsonArray { m_load[0], m_load[1], m_load[2] } },
     };
 }
 

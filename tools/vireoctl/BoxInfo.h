@@ -22,5 +22,5 @@ private:
     QString m_serial;
     qint32 m_pairCount = 0;
     QString m_mac;
-    std::array<double, 3> m_load{};
+    std::array<double, 3> m_load {};
 };

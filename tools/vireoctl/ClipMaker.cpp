@@ -14,23 +14,25 @@ QString ClipMaker::ffmpegPath()
     return QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
 }
 
-QStringList ClipMaker::arguments(const QString &videoSource, int toneHz, int seconds, const QString &output)
+QStringList ClipMaker::arguments(
+    const QString& videoSource, int toneHz, int seconds, const QString& output)
 {
-    return {QStringLiteral("-hide_banner"), QStringLiteral("-loglevel"), QStringLiteral("error"),
-            QStringLiteral("-nostdin"), QStringLiteral("-y"),
-            QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), videoSource,
-            QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-            QStringLiteral("sine=frequency=%1:sample_rate=44100").arg(toneHz),
-            QStringLiteral("-map"), QStringLiteral("0:v"), QStringLiteral("-map"), QStringLiteral("1:a"),
-            QStringLiteral("-t"), QString::number(seconds),
-            QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("veryfast"),
-            QStringLiteral("-crf"), QStringLiteral("28"), QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"),
-            QStringLiteral("-c:a"), QStringLiteral("aac"), QStringLiteral("-b:a"), QStringLiteral("96k"),
-            QStringLiteral("-movflags"), QStringLiteral("+faststart"),
-            QStringLiteral("-f"), QStringLiteral("mp4"), output};
+    return { QStringLiteral("-hide_banner"), QStringLiteral("-loglevel"), QStringLiteral("error"),
+        QStringLiteral("-nostdin"), QStringLiteral("-y"), QStringLiteral("-f"),
+        QStringLiteral("lavfi"), QStringLiteral("-i"), videoSource, QStringLiteral("-f"),
+        QStringLiteral("lavfi"), QStringLiteral("-i"),
+        QStringLiteral("sine=frequency=%1:sample_rate=44100").arg(toneHz), QStringLiteral("-map"),
+        QStringLiteral("0:v"), QStringLiteral("-map"), QStringLiteral("1:a"), QStringLiteral("-t"),
+        QString::number(seconds), QStringLiteral("-c:v"), QStringLiteral("libx264"),
+        QStringLiteral("-preset"), QStringLiteral("veryfast"), QStringLiteral("-crf"),
+        QStringLiteral("28"), QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"),
+        QStringLiteral("-c:a"), QStringLiteral("aac"), QStringLiteral("-b:a"),
+        QStringLiteral("96k"), QStringLiteral("-movflags"), QStringLiteral("+faststart"),
+        QStringLiteral("-f"), QStringLiteral("mp4"), output };
 }
 
-bool ClipMaker::make(const QString &videoSource, int toneHz, int seconds, const QString &output, QString &error)
+bool ClipMaker::make(
+    const QString& videoSource, int toneHz, int seconds, const QString& output, QString& error)
 {
     const QString ffmpeg = ffmpegPath();
     if (ffmpeg.isEmpty()) {
@@ -47,7 +49,9 @@ bool ClipMaker::make(const QString &videoSource, int toneHz, int seconds, const 
         return false;
     }
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
-        const QString reason = QString::fromLocal8Bit(process.readAllStandardError()).trimmed().section(QLatin1Char('\n'), 0, 0);
+        const QString reason = QString::fromLocal8Bit(process.readAllStandardError())
+                                   .trimmed()
+                                   .section(QLatin1Char('\n'), 0, 0);
         error = QStringLiteral("ffmpeg failed for ") + output + QStringLiteral(": ") + reason;
         return false;
     }

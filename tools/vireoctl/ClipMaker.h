@@ -14,8 +14,9 @@ public:
 
     // `videoSource` is a lavfi video graph (size and rate included). Writes `output`
     // or answers false with the reason in `error`.
-    static bool make(const QString &videoSource, int toneHz, int seconds, const QString &output,
-                     QString &error);
+    static bool make(
+        const QString& videoSource, int toneHz, int seconds, const QString& output, QString& error);
 
-    static QStringList arguments(const QString &videoSource, int toneHz, int seconds, const QString &output);
+    static QStringList arguments(
+        const QString& videoSource, int toneHz, int seconds, const QString& output);
 };

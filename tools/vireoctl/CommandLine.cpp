@@ -7,34 +7,37 @@
 namespace {
 
 struct CommandShape {
-    const char *name;
+    const char* name;
     int minArgs;
     int maxArgs;
-    QStringList options;   // options that belong to the command
-    QStringList required;  // of those, the ones it cannot do without
+    QStringList options; // options that belong to the command
+    QStringList required; // of those, the ones it cannot do without
 };
 
-const std::array<CommandShape, 10> &commands()
+const std::array<CommandShape, 10>& commands()
 {
-    static const std::array<CommandShape, 10> table = {{
-        {"pair", 1, 1, {QStringLiteral("name"), QStringLiteral("time")}, {QStringLiteral("name")}},
-        {"add", 2, 2,
-         {QStringLiteral("id"), QStringLiteral("title"), QStringLiteral("metadata"), QStringLiteral("cover")}, {}},
-        {"stats", 1, 1, {QStringLiteral("peer")}, {QStringLiteral("peer")}},
-        {"unpair", 1, 1, {}, {}},
-        {"fix-links", 0, 0, {}, {}},
-        {"pairs", 0, 0, {}, {}},
-        {"info", 0, 0, {}, {}},
-        {"asset", 1, 1, {}, {}},
-        {"cache", 1, 3, {}, {}},
-        {"demo", 0, 0, {QStringLiteral("clips"), QStringLiteral("force")}, {}},
-    }};
+    static const std::array<CommandShape, 10> table = { {
+        { "pair", 1, 1, { QStringLiteral("name"), QStringLiteral("time") },
+            { QStringLiteral("name") } },
+        { "add", 2, 2,
+            { QStringLiteral("id"), QStringLiteral("title"), QStringLiteral("metadata"),
+                QStringLiteral("cover") },
+            {} },
+        { "stats", 1, 1, { QStringLiteral("peer") }, { QStringLiteral("peer") } },
+        { "unpair", 1, 1, {}, {} },
+        { "fix-links", 0, 0, {}, {} },
+        { "pairs", 0, 0, {}, {} },
+        { "info", 0, 0, {}, {} },
+        { "asset", 1, 1, {}, {} },
+        { "cache", 1, 3, {}, {} },
+        { "demo", 0, 0, { QStringLiteral("clips"), QStringLiteral("force") }, {} },
+    } };
     return table;
 }
 
-const CommandShape *findCommand(const QString &name)
+const CommandShape* findCommand(const QString& name)
 {
-    for (const CommandShape &shape : commands()) {
+    for (const CommandShape& shape : commands()) {
         if (name == QLatin1String(shape.name))
             return &shape;
     }
@@ -45,21 +48,21 @@ const CommandShape *findCommand(const QString &name)
 QStringList commandOptions()
 {
     QStringList all;
-    for (const CommandShape &shape : commands())
+    for (const CommandShape& shape : commands())
         all += shape.options;
     all.removeDuplicates();
     return all;
 }
 
-const QStringList &valueOptions()
+const QStringList& valueOptions()
 {
-    static const QStringList names = {QStringLiteral("home"), QStringLiteral("name"), QStringLiteral("time"),
-                                      QStringLiteral("id"), QStringLiteral("title"), QStringLiteral("metadata"),
-                                      QStringLiteral("cover"), QStringLiteral("peer")};
+    static const QStringList names = { QStringLiteral("home"), QStringLiteral("name"),
+        QStringLiteral("time"), QStringLiteral("id"), QStringLiteral("title"),
+        QStringLiteral("metadata"), QStringLiteral("cover"), QStringLiteral("peer") };
     return names;
 }
 
-bool takesValue(const QString &token)
+bool takesValue(const QString& token)
 {
     return token.startsWith(QLatin1Char('-')) && !token.contains(QLatin1Char('='))
         && valueOptions().contains(token.mid(token.startsWith(QStringLiteral("--")) ? 2 : 1));
@@ -68,13 +71,13 @@ bool takesValue(const QString &token)
 // Asset ids and positions are often negative; "-5" would be taken for an option.
 // Options (with their values) go first and every other word, in its order, after
 // "--", so that the parser sees negative numbers as the arguments they are.
-QStringList optionsFirst(const QStringList &args)
+QStringList optionsFirst(const QStringList& args)
 {
     static const QRegularExpression negativeNumber(QStringLiteral("\\A-[0-9]+\\z"));
     QStringList options;
     QStringList words;
     for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString &token = args.at(i);
+        const QString& token = args.at(i);
         if (token == QLatin1String("--")) {
             words += args.mid(i + 1);
             break;
@@ -88,7 +91,7 @@ QStringList optionsFirst(const QStringList &args)
         if (takesValue(token) && i + 1 < args.size())
             options.append(args.at(++i));
     }
-    return options + QStringList{QStringLiteral("--")} + words;
+    return options + QStringList { QStringLiteral("--") } + words;
 }
 
 } // namespace
@@ -97,24 +100,24 @@ CommandLine::CommandLine()
 {
     m_parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     m_parser.addOptions({
-        {{QStringLiteral("h"), QStringLiteral("help")}, QString()},
-        {QStringLiteral("home"), QString(), QStringLiteral("DIR")},
-        {QStringLiteral("json"), QString()},
-        {QStringLiteral("name"), QString(), QStringLiteral("CLIENTNAME")},
-        {QStringLiteral("time"), QString(), QStringLiteral("SECONDS")},
-        {QStringLiteral("id"), QString(), QStringLiteral("IDENTIFIER")},
-        {QStringLiteral("title"), QString(), QStringLiteral("TITLE")},
-        {QStringLiteral("metadata"), QString(), QStringLiteral("FILE")},
-        {QStringLiteral("cover"), QString(), QStringLiteral("FILE")},
-        {QStringLiteral("peer"), QString(), QStringLiteral("ADDRESS")},
-        {QStringLiteral("clips"), QString()},
-        {QStringLiteral("force"), QString()},
+        { { QStringLiteral("h"), QStringLiteral("help") }, QString() },
+        { QStringLiteral("home"), QString(), QStringLiteral("DIR") },
+        { QStringLiteral("json"), QString() },
+        { QStringLiteral("name"), QString(), QStringLiteral("CLIENTNAME") },
+        { QStringLiteral("time"), QString(), QStringLiteral("SECONDS") },
+        { QStringLiteral("id"), QString(), QStringLiteral("IDENTIFIER") },
+        { QStringLiteral("title"), QString(), QStringLiteral("TITLE") },
+        { QStringLiteral("metadata"), QString(), QStringLiteral("FILE") },
+        { QStringLiteral("cover"), QString(), QStringLiteral("FILE") },
+        { QStringLiteral("peer"), QString(), QStringLiteral("ADDRESS") },
+        { QStringLiteral("clips"), QString() },
+        { QStringLiteral("force"), QString() },
     });
 }
 
-bool CommandLine::parse(const QStringList &args, QString &error)
+bool CommandLine::parse(const QStringList& args, QString& error)
 {
-    if (!m_parser.parse(QStringList{QStringLiteral("vireoctl")} + optionsFirst(args))) {
+    if (!m_parser.parse(QStringList { QStringLiteral("vireoctl") } + optionsFirst(args))) {
         error = m_parser.errorText();
         return false;
     }
@@ -126,13 +129,13 @@ bool CommandLine::parse(const QStringList &args, QString &error)
     return checkCommand(error);
 }
 
-bool CommandLine::checkCommand(QString &error) const
+bool CommandLine::checkCommand(QString& error) const
 {
     if (m_command.isEmpty()) {
         error = QStringLiteral("no command given");
         return false;
     }
-    const CommandShape *shape = findCommand(m_command);
+    const CommandShape* shape = findCommand(m_command);
     if (!shape) {
         error = QStringLiteral("unknown command: ") + m_command;
         return false;
@@ -141,13 +144,14 @@ bool CommandLine::checkCommand(QString &error) const
         error = QStringLiteral("wrong number of arguments for ") + m_command;
         return false;
     }
-    for (const QString &option : commandOptions()) {
+    for (const QString& option : commandOptions()) {
         if (isSet(option) && !shape->options.contains(option)) {
-            error = QStringLiteral("option --") + option + QStringLiteral(" does not apply to ") + m_command;
+            error = QStringLiteral("option --") + option + QStringLiteral(" does not apply to ")
+                + m_command;
             return false;
         }
     }
-    for (const QString &option : shape->required) {
+    for (const QString& option : shape->required) {
         if (!isSet(option)) {
             error = m_command + QStringLiteral(" needs --") + option;
             return false;
@@ -166,12 +170,12 @@ bool CommandLine::json() const
     return m_parser.isSet(QStringLiteral("json"));
 }
 
-bool CommandLine::isSet(const QString &option) const
+bool CommandLine::isSet(const QString& option) const
 {
     return m_parser.isSet(option);
 }
 
-QString CommandLine::value(const QString &option) const
+QString CommandLine::value(const QString& option) const
 {
     return m_parser.value(option);
 }
@@ -189,11 +193,14 @@ QString CommandLine::usage()
         "      Creates the pair folder and its vireo.plist (pair time: now unless given), then\n"
         "      re-lays the links. PAIRID is 32 letters and digits; an existing pair, or a client\n"
         "      name another pair already uses, is refused.\n"
-        "  add PAIRID MOVIE [--id IDENTIFIER] [--title TITLE] [--metadata FILE.xml] [--cover FILE.png]\n"
+        "  add PAIRID MOVIE [--id IDENTIFIER] [--title TITLE] [--metadata FILE.xml] [--cover "
+        "FILE.png]\n"
         "      Copies the movie into the pair folder as IDENTIFIER plus its extension (default\n"
-        "      identifier: the movie's base name), the metadata as IDENTIFIER.xml and the cover as\n"
+        "      identifier: the movie's base name), the metadata as IDENTIFIER.xml and the cover "
+        "as\n"
         "      IDENTIFIER.png, then links it under its title (default: the metadata's title, else\n"
-        "      the identifier), made unique within the pair with \" (2)\", \" (3)\", ... Prints the\n"
+        "      the identifier), made unique within the pair with \" (2)\", \" (3)\", ... Prints "
+        "the\n"
         "      final title. Files are copied under a temporary name and renamed into place.\n"
         "      Adding an identifier the pair already holds replaces that movie: the new files\n"
         "      replace the old ones, and old files of that identifier that this add does not\n"

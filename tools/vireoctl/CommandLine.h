@@ -12,20 +12,20 @@ public:
     CommandLine();
 
     // `args` without the program name. False with the reason for a usage error.
-    bool parse(const QStringList &args, QString &error);
+    bool parse(const QStringList& args, QString& error);
 
     bool helpRequested() const;
     bool json() const;
     QString command() const { return m_command; }
     // The arguments after the command word.
     QStringList arguments() const { return m_arguments; }
-    bool isSet(const QString &option) const;
-    QString value(const QString &option) const;
+    bool isSet(const QString& option) const;
+    QString value(const QString& option) const;
 
     static QString usage();
 
 private:
-    bool checkCommand(QString &error) const;
+    bool checkCommand(QString& error) const;
 
     QCommandLineParser m_parser;
     QString m_command;

@@ -13,7 +13,7 @@ constexpr int kWidth = 300;
 constexpr int kHeight = 450;
 constexpr int kPatterns = 4;
 
-void drawCircles(QPainter &painter, const QColor &accent)
+void drawCircles(QPainter& painter, const QColor& accent)
 {
     painter.setPen(QPen(accent, 10));
     painter.setBrush(Qt::NoBrush);
@@ -21,27 +21,27 @@ void drawCircles(QPainter &painter, const QColor &accent)
         painter.drawEllipse(QPointF(kWidth / 2.0, kHeight * 0.4), r, r);
 }
 
-void drawStripes(QPainter &painter, const QColor &accent)
+void drawStripes(QPainter& painter, const QColor& accent)
 {
     painter.setPen(Qt::NoPen);
     painter.setBrush(accent);
     for (int x = -kHeight; x < kWidth; x += 50)
-        painter.drawPolygon(QPolygonF({QPointF(x, kHeight), QPointF(x + 25, kHeight),
-                                       QPointF(x + 25 + kHeight, 0), QPointF(x + kHeight, 0)}));
+        painter.drawPolygon(QPolygonF({ QPointF(x, kHeight), QPointF(x + 25, kHeight),
+            QPointF(x + 25 + kHeight, 0), QPointF(x + kHeight, 0) }));
 }
 
-void drawTriangles(QPainter &painter, const QColor &accent)
+void drawTriangles(QPainter& painter, const QColor& accent)
 {
     painter.setPen(Qt::NoPen);
     painter.setBrush(accent);
     for (int i = 0; i < 3; ++i) {
         const double top = 60.0 + i * 90.0;
-        painter.drawPolygon(QPolygonF({QPointF(kWidth / 2.0, top), QPointF(kWidth * 0.85, top + 120),
-                                       QPointF(kWidth * 0.15, top + 120)}));
+        painter.drawPolygon(QPolygonF({ QPointF(kWidth / 2.0, top),
+            QPointF(kWidth * 0.85, top + 120), QPointF(kWidth * 0.15, top + 120) }));
     }
 }
 
-void drawFrames(QPainter &painter, const QColor &accent)
+void drawFrames(QPainter& painter, const QColor& accent)
 {
     painter.setPen(QPen(accent, 8));
     painter.setBrush(Qt::NoBrush);
@@ -64,10 +64,18 @@ QImage DemoArtwork::cover(int index)
 
     const QColor accent = QColor::fromHsv((hue + 180) % 360, 200, 250, 200);
     switch (index % kPatterns) {
-    case 0: drawCircles(painter, accent); break;
-    case 1: drawStripes(painter, accent); break;
-    case 2: drawTriangles(painter, accent); break;
-    default: drawFrames(painter, accent); break;
+    case 0:
+        drawCircles(painter, accent);
+        break;
+    case 1:
+        drawStripes(painter, accent);
+        break;
+    case 2:
+        drawTriangles(painter, accent);
+        break;
+    default:
+        drawFrames(painter, accent);
+        break;
     }
     // The band where a title would sit on a printed poster; its width tells the
     // covers of one pattern apart.
@@ -89,7 +97,7 @@ QByteArray DemoArtwork::coverPng(int index)
     return bytes;
 }
 
-QByteArray DemoArtwork::metadataXml(const Metadata &metadata)
+QByteArray DemoArtwork::metadataXml(const Metadata& metadata)
 {
     QByteArray bytes;
     QXmlStreamWriter xml(&bytes);
@@ -100,17 +108,18 @@ QByteArray DemoArtwork::metadataXml(const Metadata &metadata)
     xml.writeTextElement(QStringLiteral("title"), metadata.title);
     xml.writeTextElement(QStringLiteral("description"), metadata.description);
     xml.writeTextElement(QStringLiteral("genre"), metadata.genre);
-    const QList<QPair<QString, QStringList>> lists = {{QStringLiteral("cast"), metadata.cast},
-                                                      {QStringLiteral("directors"), metadata.directors},
-                                                      {QStringLiteral("producers"), metadata.producers}};
-    for (const auto &[element, names] : lists) {
+    const QList<QPair<QString, QStringList>> lists = { { QStringLiteral("cast"), metadata.cast },
+        { QStringLiteral("directors"), metadata.directors },
+        { QStringLiteral("producers"), metadata.producers } };
+    for (const auto& [element, names] : lists) {
         xml.writeStartElement(element);
-        for (const QString &name : names)
+        for (const QString& name : names)
             xml.writeTextElement(QStringLiteral("name"), name);
         xml.writeEndElement();
     }
     xml.writeTextElement(QStringLiteral("duration"), QString::number(metadata.duration));
-    xml.writeTextElement(QStringLiteral("ccontentid"), QStringLiteral("demo-") + metadata.identifier);
+    xml.writeTextElement(
+        QStringLiteral("ccontentid"), QStringLiteral("demo-") + metadata.identifier);
     xml.writeTextElement(QStringLiteral("cversion"), QStringLiteral("1"));
     xml.writeEndElement();
     xml.writeEndDocument();

@@ -17,7 +17,7 @@ public:
         QStringList cast;
         QStringList directors;
         QStringList producers;
-        int duration = 0;  // seconds
+        int duration = 0; // seconds
     };
 
     DemoArtwork() = delete;
@@ -25,5 +25,5 @@ public:
     // A 300 x 450 poster; `index` picks the hue and the pattern.
     static QImage cover(int index);
     static QByteArray coverPng(int index);
-    static QByteArray metadataXml(const Metadata &metadata);
+    static QByteArray metadataXml(const Metadata& metadata);
 };

@@ -15,8 +15,8 @@
 class DemoLibrary {
 public:
     struct Options {
-        bool clips = false;  // real clips made by ffmpeg instead of placeholder files
-        bool force = false;  // run beside existing pairs, rebuilding the demo's own
+        bool clips = false; // real clips made by ffmpeg instead of placeholder files
+        bool force = false; // run beside existing pairs, rebuilding the demo's own
     };
 
     DemoLibrary() = delete;
@@ -24,8 +24,8 @@ public:
     // Refuses a home that already holds pairs unless `force`; with `force`, the demo's
     // own pairs are unpaired first and every other pair is left alone. The report
     // lists the pairs and the movies with their final titles.
-    static bool build(const Options &options, QJsonObject &report, QString &error);
-    static QString text(const QJsonObject &report);
+    static bool build(const Options& options, QJsonObject& report, QString& error);
+    static QString text(const QJsonObject& report);
 
     static QStringList pairIDs();
 };

@@ -29,16 +29,16 @@ QString homeFolder()
 // The two library roots without their trailing "/".
 QStringList libraryRoots()
 {
-    return {homeFolder() + QStringLiteral("/Vireo"), homeFolder() + QStringLiteral("/Movies")};
+    return { homeFolder() + QStringLiteral("/Vireo"), homeFolder() + QStringLiteral("/Movies") };
 }
 
-bool checkRoots(QString &error)
+bool checkRoots(QString& error)
 {
     if (!LibraryTree::isRealFolder(homeFolder())) {
         error = QStringLiteral("home folder does not exist: ") + homeFolder();
         return false;
     }
-    for (const QString &root : libraryRoots()) {
+    for (const QString& root : libraryRoots()) {
         if (LibraryTree::entryExists(root) && !LibraryTree::isRealFolder(root)) {
             error = QStringLiteral("not a folder: ") + root;
             return false;
@@ -47,9 +47,9 @@ bool checkRoots(QString &error)
     return true;
 }
 
-bool makeRoots(QString &error)
+bool makeRoots(QString& error)
 {
-    for (const QString &root : libraryRoots()) {
+    for (const QString& root : libraryRoots()) {
         if (!LibraryTree::isRealFolder(root) && !QDir().mkdir(root)) {
             error = QStringLiteral("cannot create folder: ") + root;
             return false;
@@ -58,7 +58,7 @@ bool makeRoots(QString &error)
     return true;
 }
 
-bool checkPairID(const QString &pairID, QString &error)
+bool checkPairID(const QString& pairID, QString& error)
 {
     if (!LibraryAdmin::isWellFormedPairID(pairID)) {
         error = QStringLiteral("pair id must be 32 letters and digits: ") + pairID;
@@ -67,7 +67,7 @@ bool checkPairID(const QString &pairID, QString &error)
     return true;
 }
 
-bool checkKnownPair(const QString &pairID, QString &error)
+bool checkKnownPair(const QString& pairID, QString& error)
 {
     if (!checkPairID(pairID, error) || !checkRoots(error))
         return false;
@@ -78,15 +78,16 @@ bool checkKnownPair(const QString &pairID, QString &error)
     return true;
 }
 
-bool checkClientName(const QString &pairID, const QString &clientName, QString &error)
+bool checkClientName(const QString& pairID, const QString& clientName, QString& error)
 {
     if (!LibraryAdmin::isSafeName(clientName)) {
         error = QStringLiteral("client name cannot name a folder: ") + clientName;
         return false;
     }
-    for (const VireoPlayerPair &other : LibraryAdmin::pairRecords()) {
+    for (const VireoPlayerPair& other : LibraryAdmin::pairRecords()) {
         if (other.clientName == clientName) {
-            error = QStringLiteral("client name already used by pair ") + other.pairID + QStringLiteral(": ") + clientName;
+            error = QStringLiteral("client name already used by pair ") + other.pairID
+                + QStringLiteral(": ") + clientName;
             return false;
         }
     }
@@ -102,7 +103,7 @@ bool checkClientName(const QString &pairID, const QString &clientName, QString &
     return true;
 }
 
-bool writeConfig(const QString &pairID, const QString &clientName, quint32 pairTime, QString &error)
+bool writeConfig(const QString& pairID, const QString& clientName, quint32 pairTime, QString& error)
 {
     QSettings config(LibraryTree::configPath(pairID), PlistSettings::format());
     config.beginGroup(QStringLiteral("global"));
@@ -117,7 +118,7 @@ bool writeConfig(const QString &pairID, const QString &clientName, quint32 pairT
 }
 
 // A regular file (or a link to one); `what` names it in the error.
-bool checkSourceFile(const QString &path, const char *what, QString &error)
+bool checkSourceFile(const QString& path, const char* what, QString& error)
 {
     if (QFileInfo(path).isFile())
         return true;
@@ -125,24 +126,26 @@ bool checkSourceFile(const QString &path, const char *what, QString &error)
     return false;
 }
 
-bool checkMovie(const QString &moviePath, QString &error)
+bool checkMovie(const QString& moviePath, QString& error)
 {
     if (!checkSourceFile(moviePath, "movie", error))
         return false;
     const QString suffix = QFileInfo(moviePath).suffix();
-    static const QStringList reserved = {QStringLiteral("xml"), QStringLiteral("png"), QStringLiteral("plist")};
+    static const QStringList reserved
+        = { QStringLiteral("xml"), QStringLiteral("png"), QStringLiteral("plist") };
     if (suffix.isEmpty() || !LibraryAdmin::isSafeName(suffix)) {
         error = QStringLiteral("movie has no file extension: ") + moviePath;
         return false;
     }
     if (reserved.contains(suffix, Qt::CaseInsensitive)) {
-        error = QStringLiteral("movie extension is reserved for metadata, covers and settings: ") + moviePath;
+        error = QStringLiteral("movie extension is reserved for metadata, covers and settings: ")
+            + moviePath;
         return false;
     }
     return true;
 }
 
-bool checkExtras(const AddRequest &request, QString &error)
+bool checkExtras(const AddRequest& request, QString& error)
 {
     if (!request.metadataPath.isEmpty()) {
         if (!checkSourceFile(request.metadataPath, "metadata file", error))
@@ -164,9 +167,9 @@ bool checkExtras(const AddRequest &request, QString &error)
 }
 
 // Identifiers also name files beside the pair's own settings and the staging names.
-bool checkIdentifier(const QString &identifier, QString &error)
+bool checkIdentifier(const QString& identifier, QString& error)
 {
-    static const QStringList reserved = {QStringLiteral("vireo"), QStringLiteral("vireostats")};
+    static const QStringList reserved = { QStringLiteral("vireo"), QStringLiteral("vireostats") };
     if (!LibraryAdmin::isSafeName(identifier) || identifier.startsWith(QLatin1Char('.'))
         || reserved.contains(identifier)) {
         error = QStringLiteral("identifier cannot name a movie file: ") + identifier;
@@ -175,19 +178,21 @@ bool checkIdentifier(const QString &identifier, QString &error)
     return true;
 }
 
-QString chooseTitle(const AddRequest &request, const QString &identifier)
+QString chooseTitle(const AddRequest& request, const QString& identifier)
 {
     if (request.titleGiven)
         return request.title;
     if (!request.metadataPath.isEmpty()) {
-        const VTVMediaAsset metadata(QUrl::fromLocalFile(QFileInfo(request.metadataPath).absoluteFilePath()));
+        const VTVMediaAsset metadata(
+            QUrl::fromLocalFile(QFileInfo(request.metadataPath).absoluteFilePath()));
         if (!metadata.title().isEmpty())
             return metadata.title();
     }
     return identifier;
 }
 
-bool stageMovie(const AddRequest &request, const QString &identifier, StagedCopy &staging, QString &error)
+bool stageMovie(
+    const AddRequest& request, const QString& identifier, StagedCopy& staging, QString& error)
 {
     const QString suffix = QFileInfo(request.moviePath).suffix();
     if (!staging.stageFile(request.moviePath, identifier + QLatin1Char('.') + suffix, error))
@@ -201,24 +206,28 @@ bool stageMovie(const AddRequest &request, const QString &identifier, StagedCopy
 
 // Files of the replaced movie that the new version does not bring: an older movie
 // extension, and metadata or a cover that this add left out.
-void removeStaleFiles(const QString &pairFolder, const QString &identifier, const QStringList &keep)
+void removeStaleFiles(const QString& pairFolder, const QString& identifier, const QStringList& keep)
 {
-    const QFileInfoList entries = QDir(pairFolder).entryInfoList(
-        QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QFileInfo &entry : entries) {
-        if (entry.completeBaseName() != identifier || keep.contains(entry.fileName()) || entry.isDir())
+    const QFileInfoList entries
+        = QDir(pairFolder)
+              .entryInfoList(
+                  QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QFileInfo& entry : entries) {
+        if (entry.completeBaseName() != identifier || keep.contains(entry.fileName())
+            || entry.isDir())
             continue;
         qCDebug(lcVireoCtl).noquote() << "Removing file of the replaced movie:" << entry.filePath();
         if (!QFile::remove(entry.filePath()))
-            qCDebug(lcVireoCtl).noquote() << "Error: failed to remove file of the replaced movie:" << entry.filePath();
+            qCDebug(lcVireoCtl).noquote()
+                << "Error: failed to remove file of the replaced movie:" << entry.filePath();
     }
 }
 
-QStringList linksMade(const QString &pairID, const QString &title, const QStringList &names)
+QStringList linksMade(const QString& pairID, const QString& title, const QStringList& names)
 {
     const QString linkFolder = JUtils::getLinkPathForPair(pairID);
     QStringList links;
-    for (const QString &name : names) {
+    for (const QString& name : names) {
         const QString link = linkFolder + title + QLatin1Char('.') + QFileInfo(name).suffix();
         if (QFileInfo(link).isSymLink())
             links.append(link);
@@ -229,29 +238,30 @@ QStringList linksMade(const QString &pairID, const QString &title, const QString
 
 } // namespace
 
-bool LibraryAdmin::checkLibraryRoots(QString &error)
+bool LibraryAdmin::checkLibraryRoots(QString& error)
 {
     return checkRoots(error);
 }
 
-bool LibraryAdmin::isWellFormedPairID(const QString &pairID)
+bool LibraryAdmin::isWellFormedPairID(const QString& pairID)
 {
     static const QRegularExpression pattern(QStringLiteral("\\A[A-Za-z0-9]{32}\\z"));
     return pattern.match(pairID).hasMatch();
 }
 
-bool LibraryAdmin::isKnownPair(const QString &pairID)
+bool LibraryAdmin::isKnownPair(const QString& pairID)
 {
     QStringList pairs;
     JUtils::listVireoTVdirs(pairs);
     return pairs.contains(pairID) && LibraryTree::isRealFolder(LibraryTree::pairFolder(pairID));
 }
 
-bool LibraryAdmin::isSafeName(const QString &name)
+bool LibraryAdmin::isSafeName(const QString& name)
 {
     if (name.isEmpty() || !LibraryTree::staysInFolder(name))
         return false;
-    return std::none_of(name.cbegin(), name.cend(), [](QChar c) { return c.category() == QChar::Other_Control; });
+    return std::none_of(
+        name.cbegin(), name.cend(), [](QChar c) { return c.category() == QChar::Other_Control; });
 }
 
 QList<VireoPlayerPair> LibraryAdmin::pairRecords()
@@ -264,14 +274,15 @@ QList<VireoPlayerPair> LibraryAdmin::pairRecords()
         records.append(list[static_cast<size_t>(i)]);
     releasePairInfoList(list, count);
     std::sort(records.begin(), records.end(),
-              [](const VireoPlayerPair &a, const VireoPlayerPair &b) { return a.pairID < b.pairID; });
+        [](const VireoPlayerPair& a, const VireoPlayerPair& b) { return a.pairID < b.pairID; });
     return records;
 }
 
-bool LibraryAdmin::pair(const QString &pairID, const QString &clientName, quint32 pairTime, QString &error)
+bool LibraryAdmin::pair(
+    const QString& pairID, const QString& clientName, quint32 pairTime, QString& error)
 {
-    if (!checkPairID(pairID, error) || !checkRoots(error) || !checkClientName(pairID, clientName, error)
-        || !makeRoots(error))
+    if (!checkPairID(pairID, error) || !checkRoots(error)
+        || !checkClientName(pairID, clientName, error) || !makeRoots(error))
         return false;
     const QString folder = LibraryTree::pairFolder(pairID);
     if (!QDir().mkdir(folder)) {
@@ -287,13 +298,14 @@ bool LibraryAdmin::pair(const QString &pairID, const QString &clientName, quint3
     return true;
 }
 
-bool LibraryAdmin::add(const AddRequest &request, AddResult &result, QString &error)
+bool LibraryAdmin::add(const AddRequest& request, AddResult& result, QString& error)
 {
     if (!checkKnownPair(request.pairID, error) || !checkMovie(request.moviePath, error)
         || !checkExtras(request, error))
         return false;
-    const QString identifier =
-        request.identifier.isEmpty() ? QFileInfo(request.moviePath).completeBaseName() : request.identifier;
+    const QString identifier = request.identifier.isEmpty()
+        ? QFileInfo(request.moviePath).completeBaseName()
+        : request.identifier;
     if (!checkIdentifier(identifier, error))
         return false;
     QString title = chooseTitle(request, identifier);
@@ -321,7 +333,7 @@ bool LibraryAdmin::add(const AddRequest &request, AddResult &result, QString &er
     return linked;
 }
 
-bool LibraryAdmin::recordSync(const QString &pairID, const QString &peer, QString &error)
+bool LibraryAdmin::recordSync(const QString& pairID, const QString& peer, QString& error)
 {
     if (!checkKnownPair(pairID, error))
         return false;
@@ -336,13 +348,13 @@ bool LibraryAdmin::recordSync(const QString &pairID, const QString &peer, QStrin
     return true;
 }
 
-bool LibraryAdmin::unpair(const QString &pairID, QString &error)
+bool LibraryAdmin::unpair(const QString& pairID, QString& error)
 {
     if (!checkKnownPair(pairID, error))
         return false;
     const QList<VireoPlayerPair> records = pairRecords();
     const auto record = std::find_if(records.cbegin(), records.cend(),
-                                     [&](const VireoPlayerPair &p) { return p.pairID == pairID; });
+        [&](const VireoPlayerPair& p) { return p.pairID == pairID; });
     if (record == records.cend()) {
         error = QStringLiteral("unknown pair: ") + pairID;
         return false;
@@ -354,7 +366,7 @@ bool LibraryAdmin::unpair(const QString &pairID, QString &error)
     return true;
 }
 
-bool LibraryAdmin::fixLinks(QString &error)
+bool LibraryAdmin::fixLinks(QString& error)
 {
     if (!checkRoots(error))
         return false;

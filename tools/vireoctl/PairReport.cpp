@@ -7,27 +7,30 @@
 
 namespace {
 
-QString orDash(const QString &text)
+QString orDash(const QString& text)
 {
     return text.isEmpty() ? QStringLiteral("-") : text;
 }
 
 } // namespace
 
-PairReport::PairReport(QList<VireoPlayerPair> records) : m_records(std::move(records)) {}
+PairReport::PairReport(QList<VireoPlayerPair> records)
+    : m_records(std::move(records))
+{
+}
 
 QJsonArray PairReport::json() const
 {
     QJsonArray pairs;
-    for (const VireoPlayerPair &record : m_records) {
-        pairs.append(QJsonObject{
-            {QStringLiteral("id"), record.pairID},
-            {QStringLiteral("name"), jsonTextOrNull(record.clientName)},
-            {QStringLiteral("pairTime"), static_cast<qint64>(record.pairTime)},
-            {QStringLiteral("lastSyncTime"), static_cast<qint64>(record.lastSyncTime)},
-            {QStringLiteral("pairedOn"), jsonTextOrNull(record.pairedOn)},
-            {QStringLiteral("lastSync"), jsonTextOrNull(record.lastSync)},
-            {QStringLiteral("peer"), jsonTextOrNull(record.lastSyncPeer)},
+    for (const VireoPlayerPair& record : m_records) {
+        pairs.append(QJsonObject {
+            { QStringLiteral("id"), record.pairID },
+            { QStringLiteral("name"), jsonTextOrNull(record.clientName) },
+            { QStringLiteral("pairTime"), static_cast<qint64>(record.pairTime) },
+            { QStringLiteral("lastSyncTime"), static_cast<qint64>(record.lastSyncTime) },
+            { QStringLiteral("pairedOn"), jsonTextOrNull(record.pairedOn) },
+            { QStringLiteral("lastSync"), jsonTextOrNull(record.lastSync) },
+            { QStringLiteral("peer"), jsonTextOrNull(record.lastSyncPeer) },
         });
     }
     return pairs;
@@ -38,8 +41,9 @@ QString PairReport::text() const
     if (m_records.isEmpty())
         return QStringLiteral("No paired players.\n");
     QString text;
-    for (const VireoPlayerPair &record : m_records) {
-        text += record.pairID + QStringLiteral("  ") + orDash(record.clientName) + QLatin1Char('\n');
+    for (const VireoPlayerPair& record : m_records) {
+        text
+            += record.pairID + QStringLiteral("  ") + orDash(record.clientName) + QLatin1Char('\n');
         text += QStringLiteral("    paired on:  ") + orDash(record.pairedOn) + QLatin1Char('\n');
         text += QStringLiteral("    last sync:  ");
         if (record.lastSync.isEmpty())

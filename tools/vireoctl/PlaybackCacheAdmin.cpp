@@ -13,7 +13,7 @@
 namespace {
 
 // "T_P" as a readable text; an entry that does not parse is shown as stored.
-QString describe(const QString &stored)
+QString describe(const QString& stored)
 {
     const QStringList pieces = stored.split(QLatin1Char('_'));
     bool timeOk = false;
@@ -37,13 +37,13 @@ QMap<QString, QString> PlaybackCacheAdmin::entries()
     QSettings cache(path, PlistSettings::format());
     cache.beginGroup(QStringLiteral("playback_pos"));
     const QStringList keys = cache.childKeys();
-    for (const QString &key : keys)
+    for (const QString& key : keys)
         result.insert(key, cache.value(key).toString());
     cache.endGroup();
     return result;
 }
 
-QJsonObject PlaybackCacheAdmin::json(const QMap<QString, QString> &entries)
+QJsonObject PlaybackCacheAdmin::json(const QMap<QString, QString>& entries)
 {
     QJsonObject object;
     for (auto it = entries.cbegin(); it != entries.cend(); ++it)
@@ -51,15 +51,16 @@ QJsonObject PlaybackCacheAdmin::json(const QMap<QString, QString> &entries)
     return object;
 }
 
-QString PlaybackCacheAdmin::text(const QMap<QString, QString> &entries)
+QString PlaybackCacheAdmin::text(const QMap<QString, QString>& entries)
 {
     if (entries.isEmpty())
         return QStringLiteral("No playback positions.\n");
     QStringList keys = entries.keys();
     std::sort(keys.begin(), keys.end(),
-              [](const QString &a, const QString &b) { return a.toLongLong() < b.toLongLong(); });
+        [](const QString& a, const QString& b) { return a.toLongLong() < b.toLongLong(); });
     QString text;
-    for (const QString &key : keys)
-        text += key.rightJustified(11) + QStringLiteral("  ") + describe(entries.value(key)) + QLatin1Char('\n');
+    for (const QString& key : keys)
+        text += key.rightJustified(11) + QStringLiteral("  ") + describe(entries.value(key))
+            + QLatin1Char('\n');
     return text;
 }

@@ -12,7 +12,7 @@ public:
     // file; reading never creates one.
     static QMap<QString, QString> entries();
 
-    static QJsonObject json(const QMap<QString, QString> &entries);
+    static QJsonObject json(const QMap<QString, QString>& entries);
     // One line per entry, ordered by asset id: id, position and the time it was saved.
-    static QString text(const QMap<QString, QString> &entries);
+    static QString text(const QMap<QString, QString>& entries);
 };

@@ -27,7 +27,7 @@ namespace {
 // which must never be written by accident.
 constexpr int kShortestHome = 5;
 
-bool applyHome(const QString &dir, QString &error)
+bool applyHome(const QString& dir, QString& error)
 {
     const QFileInfo info(dir);
     const QString absolute = QDir::cleanPath(info.absoluteFilePath());
@@ -43,7 +43,7 @@ bool applyHome(const QString &dir, QString &error)
     return true;
 }
 
-bool parseInt(const QString &text, qint32 &value)
+bool parseInt(const QString& text, qint32& value)
 {
     bool ok = false;
     value = text.toInt(&ok, 10);
@@ -52,7 +52,7 @@ bool parseInt(const QString &text, qint32 &value)
 
 } // namespace
 
-int VireoCtl::run(const QStringList &args, QIODevice &out, QIODevice &err)
+int VireoCtl::run(const QStringList& args, QIODevice& out, QIODevice& err)
 {
     CommandLine commandLine;
     QString error;
@@ -64,13 +64,16 @@ int VireoCtl::run(const QStringList &args, QIODevice &out, QIODevice &err)
         out.write(CommandLine::usage().toUtf8());
         return Ok;
     }
-    if (commandLine.isSet(QStringLiteral("home")) && !applyHome(commandLine.value(QStringLiteral("home")), error))
+    if (commandLine.isSet(QStringLiteral("home"))
+        && !applyHome(commandLine.value(QStringLiteral("home")), error))
         return tool.fail(error);
     return tool.dispatch();
 }
 
-VireoCtl::VireoCtl(const CommandLine &commandLine, QIODevice &out, QIODevice &err)
-    : m_commandLine(commandLine), m_out(out), m_err(err)
+VireoCtl::VireoCtl(const CommandLine& commandLine, QIODevice& out, QIODevice& err)
+    : m_commandLine(commandLine)
+    , m_out(out)
+    , m_err(err)
 {
 }
 
@@ -78,20 +81,25 @@ int VireoCtl::dispatch()
 {
     using Handler = int (VireoCtl::*)();
     static const QList<QPair<QString, Handler>> handlers = {
-        {QStringLiteral("pair"), &VireoCtl::pair},         {QStringLiteral("add"), &VireoCtl::add},
-        {QStringLiteral("stats"), &VireoCtl::stats},       {QStringLiteral("unpair"), &VireoCtl::unpair},
-        {QStringLiteral("fix-links"), &VireoCtl::fixLinks}, {QStringLiteral("pairs"), &VireoCtl::pairs},
-        {QStringLiteral("info"), &VireoCtl::info},         {QStringLiteral("asset"), &VireoCtl::asset},
-        {QStringLiteral("cache"), &VireoCtl::cache},       {QStringLiteral("demo"), &VireoCtl::demo},
+        { QStringLiteral("pair"), &VireoCtl::pair },
+        { QStringLiteral("add"), &VireoCtl::add },
+        { QStringLiteral("stats"), &VireoCtl::stats },
+        { QStringLiteral("unpair"), &VireoCtl::unpair },
+        { QStringLiteral("fix-links"), &VireoCtl::fixLinks },
+        { QStringLiteral("pairs"), &VireoCtl::pairs },
+        { QStringLiteral("info"), &VireoCtl::info },
+        { QStringLiteral("asset"), &VireoCtl::asset },
+        { QStringLiteral("cache"), &VireoCtl::cache },
+        { QStringLiteral("demo"), &VireoCtl::demo },
     };
-    for (const auto &[name, handler] : handlers) {
+    for (const auto& [name, handler] : handlers) {
         if (name == m_commandLine.command())
             return (this->*handler)();
     }
     return usageError(QStringLiteral("unknown command: ") + m_commandLine.command());
 }
 
-int VireoCtl::succeed(const QJsonValue &json, const QString &text)
+int VireoCtl::succeed(const QJsonValue& json, const QString& text)
 {
     if (!m_commandLine.json())
         m_out.write(text.toUtf8());
@@ -100,19 +108,22 @@ int VireoCtl::succeed(const QJsonValue &json, const QString &text)
     else if (json.isObject())
         m_out.write(QJsonDocument(json.toObject()).toJson(QJsonDocument::Indented));
     else
-        m_out.write(QJsonDocument(QJsonArray{json}).toJson(QJsonDocument::Compact).chopped(1).mid(1) + '\n');
+        m_out.write(
+            QJsonDocument(QJsonArray { json }).toJson(QJsonDocument::Compact).chopped(1).mid(1)
+            + '\n');
     return Ok;
 }
 
-int VireoCtl::fail(const QString &message)
+int VireoCtl::fail(const QString& message)
 {
     m_err.write((QStringLiteral("error: ") + message + QLatin1Char('\n')).toUtf8());
     return Failed;
 }
 
-int VireoCtl::usageError(const QString &message)
+int VireoCtl::usageError(const QString& message)
 {
-    m_err.write((QStringLiteral("error: ") + message + QStringLiteral("\nTry 'vireoctl --help'.\n")).toUtf8());
+    m_err.write((QStringLiteral("error: ") + message + QStringLiteral("\nTry 'vireoctl --help'.\n"))
+                    .toUtf8());
     return Usage;
 }
 
@@ -125,15 +136,15 @@ int VireoCtl::pair()
         bool ok = false;
         pairTime = m_commandLine.value(QStringLiteral("time")).toUInt(&ok, 10);
         if (!ok)
-            return usageError(QStringLiteral("--time needs seconds since 1970: ") + m_commandLine.value(QStringLiteral("time")));
+            return usageError(QStringLiteral("--time needs seconds since 1970: ")
+                + m_commandLine.value(QStringLiteral("time")));
     }
     QString error;
     if (!LibraryAdmin::pair(pairID, name, pairTime, error))
         return fail(error);
-    return succeed(QJsonObject{{QStringLiteral("id"), pairID},
-                               {QStringLiteral("name"), name},
-                               {QStringLiteral("pairTime"), static_cast<qint64>(pairTime)}},
-                   QStringLiteral("Paired ") + pairID + QStringLiteral(" as ") + name + QLatin1Char('\n'));
+    return succeed(QJsonObject { { QStringLiteral("id"), pairID }, { QStringLiteral("name"), name },
+                       { QStringLiteral("pairTime"), static_cast<qint64>(pairTime) } },
+        QStringLiteral("Paired ") + pairID + QStringLiteral(" as ") + name + QLatin1Char('\n'));
 }
 
 int VireoCtl::add()
@@ -152,9 +163,9 @@ int VireoCtl::add()
     QString error;
     if (!LibraryAdmin::add(request, result, error))
         return fail(error);
-    return succeed(QJsonObject{{QStringLiteral("title"), result.title},
-                               {QStringLiteral("links"), QJsonArray::fromStringList(result.links)}},
-                   result.title + QLatin1Char('\n'));
+    return succeed(QJsonObject { { QStringLiteral("title"), result.title },
+                       { QStringLiteral("links"), QJsonArray::fromStringList(result.links) } },
+        result.title + QLatin1Char('\n'));
 }
 
 int VireoCtl::stats()
@@ -164,8 +175,10 @@ int VireoCtl::stats()
     QString error;
     if (!LibraryAdmin::recordSync(pairID, peer, error))
         return fail(error);
-    return succeed(QJsonObject{{QStringLiteral("id"), pairID}, {QStringLiteral("peer"), peer}},
-                   QStringLiteral("Recorded a sync of ") + pairID + QStringLiteral(" from ") + peer + QLatin1Char('\n'));
+    return succeed(
+        QJsonObject { { QStringLiteral("id"), pairID }, { QStringLiteral("peer"), peer } },
+        QStringLiteral("Recorded a sync of ") + pairID + QStringLiteral(" from ") + peer
+            + QLatin1Char('\n'));
 }
 
 int VireoCtl::unpair()
@@ -174,8 +187,9 @@ int VireoCtl::unpair()
     QString error;
     if (!LibraryAdmin::unpair(pairID, error))
         return fail(error);
-    return succeed(QJsonObject{{QStringLiteral("id"), pairID}, {QStringLiteral("unpaired"), true}},
-                   QStringLiteral("Unpaired ") + pairID + QLatin1Char('\n'));
+    return succeed(
+        QJsonObject { { QStringLiteral("id"), pairID }, { QStringLiteral("unpaired"), true } },
+        QStringLiteral("Unpaired ") + pairID + QLatin1Char('\n'));
 }
 
 int VireoCtl::fixLinks()
@@ -184,8 +198,9 @@ int VireoCtl::fixLinks()
     if (!LibraryAdmin::fixLinks(error))
         return fail(error);
     const qsizetype count = LibraryAdmin::pairRecords().size();
-    return succeed(QJsonObject{{QStringLiteral("pairCount"), static_cast<qint64>(count)}},
-                   QStringLiteral("Links checked for ") + QString::number(count) + QStringLiteral(" pair(s)\n"));
+    return succeed(QJsonObject { { QStringLiteral("pairCount"), static_cast<qint64>(count) } },
+        QStringLiteral("Links checked for ") + QString::number(count)
+            + QStringLiteral(" pair(s)\n"));
 }
 
 int VireoCtl::pairs()
@@ -235,7 +250,8 @@ int VireoCtl::cacheGet()
 {
     qint32 assetId = 0;
     if (!parseInt(m_commandLine.arguments().at(1), assetId))
-        return usageError(QStringLiteral("asset id must be a 32-bit integer: ") + m_commandLine.arguments().at(1));
+        return usageError(QStringLiteral("asset id must be a 32-bit integer: ")
+            + m_commandLine.arguments().at(1));
     qint32 position = 0;
     if (!getVideoPlaybackPosition(assetId, &position))
         return fail(QStringLiteral("no playback position for asset ") + QString::number(assetId));
@@ -247,17 +263,19 @@ int VireoCtl::cacheSet()
     qint32 assetId = 0;
     qint32 position = 0;
     if (!parseInt(m_commandLine.arguments().at(1), assetId))
-        return usageError(QStringLiteral("asset id must be a 32-bit integer: ") + m_commandLine.arguments().at(1));
+        return usageError(QStringLiteral("asset id must be a 32-bit integer: ")
+            + m_commandLine.arguments().at(1));
     if (!parseInt(m_commandLine.arguments().at(2), position))
         return usageError(QStringLiteral("position must be a 32-bit integer of milliseconds: ")
-                          + m_commandLine.arguments().at(2));
+            + m_commandLine.arguments().at(2));
     QString error;
     if (!LibraryAdmin::checkLibraryRoots(error))
         return fail(error);
     saveVideoPlaybackPosition(assetId, position);
-    return succeed(QJsonObject{{QStringLiteral("assetId"), assetId}, {QStringLiteral("positionMS"), position}},
-                   QStringLiteral("Saved position ") + QString::number(position) + QStringLiteral(" ms for asset ")
-                       + QString::number(assetId) + QLatin1Char('\n'));
+    return succeed(QJsonObject { { QStringLiteral("assetId"), assetId },
+                       { QStringLiteral("positionMS"), position } },
+        QStringLiteral("Saved position ") + QString::number(position)
+            + QStringLiteral(" ms for asset ") + QString::number(assetId) + QLatin1Char('\n'));
 }
 
 int VireoCtl::cacheCleanup()
@@ -269,10 +287,11 @@ int VireoCtl::cacheCleanup()
     if (before > 0)
         cleanupOldPlaybackPositions();
     const qsizetype after = PlaybackCacheAdmin::entries().size();
-    return succeed(QJsonObject{{QStringLiteral("removed"), static_cast<qint64>(before - after)},
-                               {QStringLiteral("remaining"), static_cast<qint64>(after)}},
-                   QStringLiteral("Removed ") + QString::number(before - after) + QStringLiteral(" old position(s), ")
-                       + QString::number(after) + QStringLiteral(" left\n"));
+    return succeed(QJsonObject { { QStringLiteral("removed"), static_cast<qint64>(before - after) },
+                       { QStringLiteral("remaining"), static_cast<qint64>(after) } },
+        QStringLiteral("Removed ") + QString::number(before - after)
+            + QStringLiteral(" old position(s), ") + QString::number(after)
+            + QStringLiteral(" left\n"));
 }
 
 int VireoCtl::demo()

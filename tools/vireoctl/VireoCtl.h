@@ -14,10 +14,10 @@ public:
     enum ExitCode { Ok = 0, Failed = 1, Usage = 2 };
 
     // args excludes the program name.
-    static int run(const QStringList &args, QIODevice &out, QIODevice &err);
+    static int run(const QStringList& args, QIODevice& out, QIODevice& err);
 
 private:
-    VireoCtl(const CommandLine &commandLine, QIODevice &out, QIODevice &err);
+    VireoCtl(const CommandLine& commandLine, QIODevice& out, QIODevice& err);
 
     int dispatch();
     int pair();
@@ -36,11 +36,11 @@ private:
     int demo();
 
     // Prints the JSON document or the text, as asked; returns Ok.
-    int succeed(const QJsonValue &json, const QString &text);
-    int fail(const QString &message);
-    int usageError(const QString &message);
+    int succeed(const QJsonValue& json, const QString& text);
+    int fail(const QString& message);
+    int usageError(const QString& message);
 
-    const CommandLine &m_commandLine;
-    QIODevice &m_out;
-    QIODevice &m_err;
+    const CommandLine& m_commandLine;
+    QIODevice& m_out;
+    QIODevice& m_err;
 };

@@ -4,7 +4,7 @@
 #include <QFile>
 #include <QLoggingCategory>
 
-int main(int argc, char *argv[])
+int main(int argc, char* argv[])
 {
     // The library's debug log would bury the one-line errors on standard error;
     // QT_LOGGING_RULES still turns it on ("vireo.*.debug=true").

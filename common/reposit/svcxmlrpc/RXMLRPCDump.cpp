@@ -47,7 +47,8 @@ void dumpList(const RXMLRPCList& list, const QString& indent, QString& out)
             dumpNested(item, indent, out);
             out += indent + QLatin1String("</value-from-list>\n");
         } else {
-            out += indent + QLatin1String("<value>") + item.toString() + QLatin1String("</value>\n");
+            out += indent + QLatin1String("<value>") + item.toString()
+                + QLatin1String("</value>\n");
         }
     }
 }

@@ -12,8 +12,8 @@ RXMLRPCHandler::RXMLRPCHandler(RXMLRPCObject* object)
 
 RXMLRPCHandler::~RXMLRPCHandler() = default;
 
-void RXMLRPCHandler::WriteElement(SXP::IOutStreamT<SXP::CFileOutStream>*,
-                                  std::map<std::string, std::string>&)
+void RXMLRPCHandler::WriteElement(
+    SXP::IOutStreamT<SXP::CFileOutStream>*, std::map<std::string, std::string>&)
 {
 }
 
@@ -25,7 +25,7 @@ void RXMLRPCHandler::setError(const QString& text)
 
 void RXMLRPCHandler::fail(SXP::IParser* parser, const char* message, const QString& arg)
 {
-    setError(fillPlaceholders(RXMLRPCObject::tr(message), {arg}));
+    setError(fillPlaceholders(RXMLRPCObject::tr(message), { arg }));
     parser->Shutdown();
 }
 
@@ -37,8 +37,8 @@ bool RXMLRPCHandler::roomToNest(SXP::IParser* parser, std::size_t open, const ch
     return false;
 }
 
-void RXMLRPCHandler::storeMember(RXMLRPCStruct& target, const QString& name,
-                                 const char* noNameMessage)
+void RXMLRPCHandler::storeMember(
+    RXMLRPCStruct& target, const QString& name, const char* noNameMessage)
 {
     if (name.isEmpty()) {
         setError(RXMLRPCObject::tr(noNameMessage));

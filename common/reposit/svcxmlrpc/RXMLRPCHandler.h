@@ -16,8 +16,7 @@ class IParser;
 
 // What every XML-RPC parse handler has: the object it fills, the value being read,
 // and the error text and flags that the parse operations read back afterwards.
-class RXMLRPCHandler : public SXP::IPersistObj
-{
+class RXMLRPCHandler : public SXP::IPersistObj {
 public:
     ~RXMLRPCHandler() override;
 
@@ -26,7 +25,7 @@ public:
 
     // The handlers only read: there is nothing to write back.
     void WriteElement(SXP::IOutStreamT<SXP::CFileOutStream>* stream,
-                      std::map<std::string, std::string>& attributes) override;
+        std::map<std::string, std::string>& attributes) override;
 
     // Appends text to the error text and marks the parse as failed.
     void setError(const QString& text);

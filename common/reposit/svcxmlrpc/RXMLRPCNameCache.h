@@ -10,16 +10,14 @@
 // out one shared QString per distinct name saves an allocation and a UTF-8 decoding
 // per member, and the struct keys then share their storage. Direct-mapped and small,
 // so a message with many distinct names costs no more than decoding each name.
-class RXMLRPCNameCache
-{
+class RXMLRPCNameCache {
 public:
     const QString& intern(const char* utf8, std::size_t length);
 
 private:
     static constexpr std::size_t kEntries = 64;
 
-    struct Entry
-    {
+    struct Entry {
         std::string bytes;
         QString text;
     };

@@ -10,8 +10,8 @@ namespace {
 
 // Parses xml as one final buffer with handler as the root, then adds the handler's
 // and expat's complaints to error, the handler's first.
-bool parseWith(RXMLRPCHandler& handler, const QByteArray& xml, const QString& expatFormat,
-               QString& error)
+bool parseWith(
+    RXMLRPCHandler& handler, const QByteArray& xml, const QString& expatFormat, QString& error)
 {
     SXP::CParser parser(&handler);
     const int feedCode = parser.FeedAll(xml.constData(), static_cast<std::size_t>(xml.size()));
@@ -22,9 +22,8 @@ bool parseWith(RXMLRPCHandler& handler, const QByteArray& xml, const QString& ex
         if (!error.isEmpty())
             error += QLatin1Char('\n');
         error += fillPlaceholders(expatFormat,
-                                  {QString::fromUtf8(parser.ErrorText()),
-                                   QString::number(parser.ErrorLine()),
-                                   QString::number(parser.ErrorColumn())});
+            { QString::fromUtf8(parser.ErrorText()), QString::number(parser.ErrorLine()),
+                QString::number(parser.ErrorColumn()) });
     }
     return !handler.hasError() && feedCode == SXP::CParser::kNoError;
 }
@@ -60,8 +59,8 @@ bool RXMLRPCObject::parseReplyPayload(const QString& payload, QString& error)
     const QString text = payload.trimmed();
     if (text.isEmpty())
         return true;
-    const QByteArray wrapped =
-        (QLatin1String("<payload_tag>") + text + QLatin1String("</payload_tag>")).toUtf8();
+    const QByteArray wrapped
+        = (QLatin1String("<payload_tag>") + text + QLatin1String("</payload_tag>")).toUtf8();
 
     RXMLRPCReplyPayloadImpl handler(this);
     return parseWith(handler, wrapped, tr("Bad XML-RPC reply: error %s at line %d char %d"), error);
@@ -74,10 +73,6 @@ void RXMLRPCObject::setFault(int code, const QString& text)
     m_strFaultString = text;
 }
 
-void RXMLRPCObject::dumpRequest()
-{
-}
+void RXMLRPCObject::dumpRequest() { }
 
-void RXMLRPCObject::dumpReply()
-{
-}
+void RXMLRPCObject::dumpReply() { }

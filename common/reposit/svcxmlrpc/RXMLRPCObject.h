@@ -10,8 +10,7 @@
 // One XML-RPC message: a call (method name and parameters) or a reply (fault or
 // result). The parse operations report problems through their error text and answer
 // false; values read before a problem stay in the object.
-class RXMLRPCObject
-{
+class RXMLRPCObject {
     Q_DECLARE_TR_FUNCTIONS(RXMLRPCObject)
 
 public:

@@ -11,10 +11,10 @@
 // its text form are copied out (each only when its pointer is set); on failure
 // neither is touched.
 bool getValueFromMap(const RXMLRPCStruct& map, const QString& key, QVariant* value = nullptr,
-                     QString* text = nullptr);
+    QString* text = nullptr);
 // The same search over the elements of a list (which carry no key themselves).
 bool getValueFromMap(const RXMLRPCList& list, const QString& key, QVariant* value = nullptr,
-                     QString* text = nullptr);
+    QString* text = nullptr);
 
 // Writes a struct as indented XML: one element per entry, named by its key, nested
 // structs and lists indented two more blanks, other values as escaped text.

@@ -13,32 +13,34 @@ const RXMLRPCTagCodes& replyCodes()
 {
     using R = RXMLRPCReplyImpl;
     using S = RXMLRPCScalar;
-    static const RXMLRPCTagCodes codes(R::m_tagNone, {
-        {&R::m_tagMethodResponse, R::kMethodResponse},
-        {&R::m_tagFault, R::kFault},
-        {&R::m_tagParams, R::kParams},
-        {&R::m_tagParam, R::kParam},
-        {&R::m_tagValue, R::kValue},
-        {&R::m_tagStruct, R::kStruct},
-        {&R::m_tagMember, R::kMember},
-        {&R::m_tagName, R::kName},
-        {&R::m_tagTypeInt, R::kTypeInt, S::Int},
-        {&R::m_tagTypeI4, R::kTypeI4, S::Int},
-        {&R::m_tagString, R::kString, S::Text},
-        {&R::m_tagDouble, R::kDouble, S::Double},
-        {&R::m_tagBoolean, R::kBoolean, S::Boolean},
-        {&R::m_tagDateTime, R::kDateTime},
-        {&R::m_tagBase64, R::kBase64, S::Text},
-    });
+    static const RXMLRPCTagCodes codes(R::m_tagNone,
+        {
+            { &R::m_tagMethodResponse, R::kMethodResponse },
+            { &R::m_tagFault, R::kFault },
+            { &R::m_tagParams, R::kParams },
+            { &R::m_tagParam, R::kParam },
+            { &R::m_tagValue, R::kValue },
+            { &R::m_tagStruct, R::kStruct },
+            { &R::m_tagMember, R::kMember },
+            { &R::m_tagName, R::kName },
+            { &R::m_tagTypeInt, R::kTypeInt, S::Int },
+            { &R::m_tagTypeI4, R::kTypeI4, S::Int },
+            { &R::m_tagString, R::kString, S::Text },
+            { &R::m_tagDouble, R::kDouble, S::Double },
+            { &R::m_tagBoolean, R::kBoolean, S::Boolean },
+            { &R::m_tagDateTime, R::kDateTime },
+            { &R::m_tagBase64, R::kBase64, S::Text },
+        });
     return codes;
 }
 
 // An unknown element's end is reported in the request's wording, as callers of this
 // reply have always seen it there.
-const RXMLRPCStateHandler::Wording kReplyWording{
+const RXMLRPCStateHandler::Wording kReplyWording {
     QT_TRANSLATE_NOOP("RXMLRPCObject", "Malformed response: Unknown element type found: %s"),
     QT_TRANSLATE_NOOP("RXMLRPCObject", "Malformed request: Unknown element type found: %s"),
-    QT_TRANSLATE_NOOP("RXMLRPCObject", "Malformed response: Closing tag has no matching opening tag: %s"),
+    QT_TRANSLATE_NOOP(
+        "RXMLRPCObject", "Malformed response: Closing tag has no matching opening tag: %s"),
     QT_TRANSLATE_NOOP("RXMLRPCObject", "Error: malformed response, methodResponse tag mismatch."),
 };
 

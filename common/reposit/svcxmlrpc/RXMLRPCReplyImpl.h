@@ -9,8 +9,7 @@ class RXMLRPCObject;
 
 // Reads a "methodResponse": a fault's code and string into the object's fault
 // fields, otherwise the text of the first value as the payload.
-class RXMLRPCReplyImpl : public RXMLRPCStateHandler
-{
+class RXMLRPCReplyImpl : public RXMLRPCStateHandler {
 public:
     enum Code {
         kNone = 0,

@@ -27,12 +27,12 @@ void RXMLRPCReplyPayloadImpl::BeginElement(SXP::IParser* parser, SXP::IElement* 
     if (!m_strCurrentName.isEmpty()) {
         // The open element has a child: it becomes a struct, put aside until it closes.
         if (!roomToNest(parser, m_parentStack.size(),
-                        QT_TRANSLATE_NOOP("RXMLRPCObject",
-                                          "Malformed response: values nested deeper than %d levels")))
+                QT_TRANSLATE_NOOP(
+                    "RXMLRPCObject", "Malformed response: values nested deeper than %d levels")))
             return;
         if (!m_pCurrentStruct)
             m_pCurrentStruct = std::make_unique<RXMLRPCStruct>();
-        m_parentStack.push_back({m_strCurrentName, std::move(m_pCurrentStruct), nullptr});
+        m_parentStack.push_back({ m_strCurrentName, std::move(m_pCurrentStruct), nullptr });
         m_nameStack.push_back(m_strCurrentName);
     }
     m_pCurrentStruct.reset();
@@ -51,9 +51,9 @@ void RXMLRPCReplyPayloadImpl::EndElement(SXP::IParser* parser, SXP::IElement* el
     const QString& name = m_names.intern(element->Name(), std::strlen(element->Name()));
     if (name != m_strCurrentName) {
         fail(parser,
-             QT_TRANSLATE_NOOP("RXMLRPCObject",
-                               "Malformed response: Closing tag has no matching opening tag: %s"),
-             name);
+            QT_TRANSLATE_NOOP(
+                "RXMLRPCObject", "Malformed response: Closing tag has no matching opening tag: %s"),
+            name);
         return;
     }
     if (m_pCurrentStruct) {
@@ -67,7 +67,7 @@ void RXMLRPCReplyPayloadImpl::EndElement(SXP::IParser* parser, SXP::IElement* el
         m_parentStack.pop_back();
     }
     storeMember(m_pCurrentStruct ? *m_pCurrentStruct : m_pObject->result(), m_strCurrentName,
-                QT_TRANSLATE_NOOP("RXMLRPCObject", "No element name"));
+        QT_TRANSLATE_NOOP("RXMLRPCObject", "No element name"));
     if (m_nameStack.empty()) {
         m_strCurrentName.clear();
     } else {

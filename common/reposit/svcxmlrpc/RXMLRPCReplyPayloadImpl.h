@@ -16,8 +16,7 @@ class RXMLRPCObject;
 // Turns an XML fragment, wrapped in a "payload_tag" element, into nested structs of
 // the object's result: an element with children becomes a struct of them, any other
 // element its text.
-class RXMLRPCReplyPayloadImpl : public RXMLRPCHandler
-{
+class RXMLRPCReplyPayloadImpl : public RXMLRPCHandler {
 public:
     static const SXP::Tag m_tagPayload;
 

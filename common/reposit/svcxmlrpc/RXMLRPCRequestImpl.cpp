@@ -18,32 +18,34 @@ const RXMLRPCTagCodes& requestCodes()
 {
     using R = RXMLRPCRequestImpl;
     using S = RXMLRPCScalar;
-    static const RXMLRPCTagCodes codes(R::m_tagNone, {
-        {&R::m_tagMethodCall, R::kMethodCall},
-        {&R::m_tagMethodName, R::kMethodName},
-        {&R::m_tagParams, R::kParams},
-        {&R::m_tagParam, R::kParam},
-        {&R::m_tagValue, R::kValue},
-        {&R::m_tagStruct, R::kStruct},
-        {&R::m_tagArray, R::kArray},
-        {&R::m_tagMember, R::kMember},
-        {&R::m_tagData, R::kData},
-        {&R::m_tagName, R::kName},
-        {&R::m_tagTypeInt, R::kTypeInt, S::Int},
-        {&R::m_tagTypeI4, R::kTypeI4, S::Int},
-        {&R::m_tagDouble, R::kDouble, S::Double},
-        {&R::m_tagBoolean, R::kBoolean, S::Boolean},
-        {&R::m_tagString, R::kString, S::Text},
-        {&R::m_tagDateTime, R::kDateTime},
-        {&R::m_tagBase64, R::kBase64, S::Text},
-    });
+    static const RXMLRPCTagCodes codes(R::m_tagNone,
+        {
+            { &R::m_tagMethodCall, R::kMethodCall },
+            { &R::m_tagMethodName, R::kMethodName },
+            { &R::m_tagParams, R::kParams },
+            { &R::m_tagParam, R::kParam },
+            { &R::m_tagValue, R::kValue },
+            { &R::m_tagStruct, R::kStruct },
+            { &R::m_tagArray, R::kArray },
+            { &R::m_tagMember, R::kMember },
+            { &R::m_tagData, R::kData },
+            { &R::m_tagName, R::kName },
+            { &R::m_tagTypeInt, R::kTypeInt, S::Int },
+            { &R::m_tagTypeI4, R::kTypeI4, S::Int },
+            { &R::m_tagDouble, R::kDouble, S::Double },
+            { &R::m_tagBoolean, R::kBoolean, S::Boolean },
+            { &R::m_tagString, R::kString, S::Text },
+            { &R::m_tagDateTime, R::kDateTime },
+            { &R::m_tagBase64, R::kBase64, S::Text },
+        });
     return codes;
 }
 
-const RXMLRPCStateHandler::Wording kRequestWording{
+const RXMLRPCStateHandler::Wording kRequestWording {
     QT_TRANSLATE_NOOP("RXMLRPCObject", "Malformed request: Unknown element type found: %s"),
     QT_TRANSLATE_NOOP("RXMLRPCObject", "Malformed request: Unknown element type found: %s"),
-    QT_TRANSLATE_NOOP("RXMLRPCObject", "Malformed request: Closing tag has no matching opening tag: %s"),
+    QT_TRANSLATE_NOOP(
+        "RXMLRPCObject", "Malformed request: Closing tag has no matching opening tag: %s"),
     QT_TRANSLATE_NOOP("RXMLRPCObject", "Error: malformed request, methodCall tag mismatch."),
 };
 
@@ -60,13 +62,13 @@ bool RXMLRPCRequestImpl::saveContainer(SXP::IParser* parser)
 {
     const std::size_t open = m_parentStack.size() + (m_pCurrentStruct || m_pCurrentArray ? 1 : 0);
     if (!roomToNest(parser, open,
-                    QT_TRANSLATE_NOOP("RXMLRPCObject",
-                                      "Malformed request: values nested deeper than %d levels")))
+            QT_TRANSLATE_NOOP(
+                "RXMLRPCObject", "Malformed request: values nested deeper than %d levels")))
         return false;
     if (m_pCurrentStruct)
-        m_parentStack.push_back({m_strMemberName, std::move(m_pCurrentStruct), nullptr});
+        m_parentStack.push_back({ m_strMemberName, std::move(m_pCurrentStruct), nullptr });
     else if (m_pCurrentArray)
-        m_parentStack.push_back({m_strMemberName, nullptr, std::move(m_pCurrentArray)});
+        m_parentStack.push_back({ m_strMemberName, nullptr, std::move(m_pCurrentArray) });
     m_pCurrentStruct.reset();
     m_pCurrentArray.reset();
     m_strMemberName.clear();
@@ -151,18 +153,21 @@ void RXMLRPCRequestImpl::EndElement(SXP::IParser* parser, SXP::IElement* element
         break;
     case kMember:
         if (!m_pCurrentStruct)
-            setError(RXMLRPCObject::tr("Malformed request: found closing <member> tag outside a <struct>"));
+            setError(RXMLRPCObject::tr(
+                "Malformed request: found closing <member> tag outside a <struct>"));
         m_strMemberName.clear();
         m_currentValue.clear();
         break;
     case kData:
         if (!m_pCurrentArray)
-            setError(RXMLRPCObject::tr("Malformed request: found closing <data> tag outside a <array>"));
+            setError(
+                RXMLRPCObject::tr("Malformed request: found closing <data> tag outside a <array>"));
         break;
     case kName:
         m_strMemberName = m_names.intern(element->Data(), std::strlen(element->Data()));
         if (!m_pCurrentStruct)
-            setError(RXMLRPCObject::tr("Malformed request: found closing <name> tag outside a <struct>"));
+            setError(RXMLRPCObject::tr(
+                "Malformed request: found closing <name> tag outside a <struct>"));
         break;
     default: // scalars; methodCall, params, param and dateTime.iso8601 give no value
         takeScalar(code, element);
@@ -176,7 +181,7 @@ void RXMLRPCRequestImpl::storeValue()
     Q_ASSERT(m_pObject);
     if (m_pCurrentStruct)
         storeMember(*m_pCurrentStruct, m_strMemberName,
-                    QT_TRANSLATE_NOOP("RXMLRPCObject", "No name for member within structure"));
+            QT_TRANSLATE_NOOP("RXMLRPCObject", "No name for member within structure"));
     else if (m_pCurrentArray)
         m_pCurrentArray->append(m_currentValue);
     else

@@ -13,8 +13,7 @@ class RXMLRPCObject;
 
 // Builds the method name and parameter values of a "methodCall" document from the
 // parser's element events.
-class RXMLRPCRequestImpl : public RXMLRPCStateHandler
-{
+class RXMLRPCRequestImpl : public RXMLRPCStateHandler {
 public:
     enum Code {
         kNone = 0,
@@ -55,8 +54,7 @@ private:
     bool saveContainer(SXP::IParser* parser);
     void restoreContainer();
     // A finished struct or array becomes the current value, its parent current again.
-    template <typename Container>
-    void finishContainer(std::unique_ptr<Container>& current);
+    template <typename Container> void finishContainer(std::unique_ptr<Container>& current);
     void storeValue();
 
     std::unique_ptr<RXMLRPCStruct> m_pCurrentStruct;

@@ -21,8 +21,8 @@ const SXP::Tag RXMLRPCStateHandler::m_tagString("string");
 const SXP::Tag RXMLRPCStateHandler::m_tagDateTime("dateTime.iso8601");
 const SXP::Tag RXMLRPCStateHandler::m_tagBase64("base64");
 
-RXMLRPCStateHandler::RXMLRPCStateHandler(RXMLRPCObject* object, const RXMLRPCTagCodes& codes,
-                                         int rootCode, const Wording& wording)
+RXMLRPCStateHandler::RXMLRPCStateHandler(
+    RXMLRPCObject* object, const RXMLRPCTagCodes& codes, int rootCode, const Wording& wording)
     : RXMLRPCHandler(object)
     , m_codes(codes)
     , m_nRootCode(rootCode)

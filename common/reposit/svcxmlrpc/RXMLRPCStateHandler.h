@@ -13,8 +13,7 @@
 // closing rule, unknown elements, and reading scalar values. A handler brings its
 // element codes, the code of its root element and the wording of its messages, and
 // keeps what each element means to it.
-class RXMLRPCStateHandler : public RXMLRPCHandler
-{
+class RXMLRPCStateHandler : public RXMLRPCHandler {
 public:
     // The elements that calls and responses have in common.
     static const SXP::Tag m_tagNone;
@@ -34,8 +33,7 @@ public:
 
     // The messages that differ between a call and a response, as source texts for
     // RXMLRPCObject::tr(); "%s" stands for the element's name.
-    struct Wording
-    {
+    struct Wording {
         const char* unknownOnBegin;
         const char* unknownOnEnd;
         const char* unmatchedClose;
@@ -51,8 +49,8 @@ public:
 
 protected:
     // codes outlives the handler (the handlers keep theirs in a function-local static).
-    RXMLRPCStateHandler(RXMLRPCObject* object, const RXMLRPCTagCodes& codes, int rootCode,
-                        const Wording& wording);
+    RXMLRPCStateHandler(
+        RXMLRPCObject* object, const RXMLRPCTagCodes& codes, int rootCode, const Wording& wording);
 
     // The element's code, or 0 when there is nothing more to do: no parser or no
     // element, or an element that is not known (reported, and the parse stopped).

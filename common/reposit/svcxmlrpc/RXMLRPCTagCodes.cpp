@@ -11,7 +11,7 @@ RXMLRPCTagCodes::RXMLRPCTagCodes(const SXP::Tag& none, std::initializer_list<Ent
         Q_ASSERT(entry.code > 0 && entry.code < 128);
         const auto code = static_cast<std::size_t>(entry.code);
         if (m_byCode.size() <= code)
-            m_byCode.resize(code + 1, Entry{nullptr, 0});
+            m_byCode.resize(code + 1, Entry { nullptr, 0 });
         m_byCode[code] = entry;
         // A tag that could not be registered has no slot: its element stays unknown.
         const int slot = entry.tag->Index();

@@ -16,11 +16,9 @@ class Tag;
 // The element codes of one handler. An element's code comes from its tag table slot
 // with one array access, instead of one IsA per tag on every event; a code leads
 // back to its tag and to the kind of scalar its element holds.
-class RXMLRPCTagCodes
-{
+class RXMLRPCTagCodes {
 public:
-    struct Entry
-    {
+    struct Entry {
         const SXP::Tag* tag;
         int code; // positive
         RXMLRPCScalar scalar = RXMLRPCScalar::None;
@@ -43,12 +41,12 @@ public:
     RXMLRPCScalar scalarOf(int code) const
     {
         return code > 0 && static_cast<std::size_t>(code) < m_byCode.size()
-                   ? m_byCode[static_cast<std::size_t>(code)].scalar
-                   : RXMLRPCScalar::None;
+            ? m_byCode[static_cast<std::size_t>(code)].scalar
+            : RXMLRPCScalar::None;
     }
 
 private:
-    std::array<signed char, SXP::TagHashtable::kSlots> m_codeBySlot{};
+    std::array<signed char, SXP::TagHashtable::kSlots> m_codeBySlot {};
     std::vector<Entry> m_byCode; // indexed by code; holes have a null tag
     const SXP::Tag& m_none;
 };

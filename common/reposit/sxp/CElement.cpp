@@ -36,16 +36,16 @@ bool CElement::AttribIs(const char* name, const char* value)
 
 namespace {
 
-// One pass over two short names, where operator== would take strlen and then memcmp.
-bool sameName(const std::string& current, const char* name)
-{
-    const char* a = current.c_str();
-    while (*a && *a == *name) {
-        ++a;
-        ++name;
+    // One pass over two short names, where operator== would take strlen and then memcmp.
+    bool sameName(const std::string& current, const char* name)
+    {
+        const char* a = current.c_str();
+        while (*a && *a == *name) {
+            ++a;
+            ++name;
+        }
+        return *a == *name;
     }
-    return *a == *name;
-}
 
 } // namespace
 

@@ -11,8 +11,7 @@ namespace SXP {
 // at that depth, so the strings below keep their capacity from element to element,
 // and an element named like its predecessor at that depth keeps the looked-up tag
 // index (a name's slot never changes once it is in the table).
-class CElement : public IElement
-{
+class CElement : public IElement {
 public:
     const char* Data() override { return m_data.c_str(); }
     const char* Name() override { return m_name.c_str(); }
@@ -26,7 +25,10 @@ public:
     // Prepares the element for a new start event: name set, data and attributes
     // emptied, then expat's name/value list stored (a later duplicate wins).
     void Reset(const char* name, const char** atts);
-    void AppendData(const char* text, int len) { m_data.append(text, static_cast<std::size_t>(len)); }
+    void AppendData(const char* text, int len)
+    {
+        m_data.append(text, static_cast<std::size_t>(len));
+    }
 
     std::size_t DataSize() const { return m_data.size(); }
 

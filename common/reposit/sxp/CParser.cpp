@@ -13,14 +13,13 @@ namespace SXP {
 
 namespace {
 
-constexpr std::size_t kFileBlock = 8192;
-constexpr std::size_t kLargestFeed = std::size_t(1) << 30;
-constexpr int kLastMappedExpatCode = 22;
+    constexpr std::size_t kFileBlock = 8192;
+    constexpr std::size_t kLargestFeed = std::size_t(1) << 30;
+    constexpr int kLastMappedExpatCode = 22;
 
-struct FileClose
-{
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
+    struct FileClose {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
 
 } // namespace
 
@@ -124,8 +123,8 @@ int CParser::RemapError(int expatCode)
     return kOtherExpatError;
 }
 
-int XMLCALL CParser::UEHandler(void* /*encodingHandlerData*/, const XML_Char* name,
-                               XML_Encoding* info)
+int XMLCALL CParser::UEHandler(
+    void* /*encodingHandlerData*/, const XML_Char* name, XML_Encoding* info)
 {
     if (!name || !info || std::strcmp(name, "sxp_encoding") != 0)
         return XML_STATUS_ERROR;

@@ -15,8 +15,7 @@ class CElement;
 
 // Turns expat's events into BeginElement/EndElement calls on a stack of handlers.
 // One parser reads one document.
-class CParser : public IParser
-{
+class CParser : public IParser {
 public:
     // Codes answered by Feed and FeedFile.
     enum ErrorCode {
@@ -55,12 +54,11 @@ public:
     static int RemapError(int expatCode);
 
     // Accepts only "sxp_encoding", read as Latin-1. Not installed by the parser.
-    static int XMLCALL UEHandler(void* encodingHandlerData, const XML_Char* name,
-                                 XML_Encoding* info);
+    static int XMLCALL UEHandler(
+        void* encodingHandlerData, const XML_Char* name, XML_Encoding* info);
 
 private:
-    struct ExpatFree
-    {
+    struct ExpatFree {
         void operator()(XML_ParserStruct* parser) const { XML_ParserFree(parser); }
     };
 

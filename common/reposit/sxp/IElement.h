@@ -8,8 +8,7 @@ class Tag;
 
 // One element as the handlers see it, valid from its start event to the end of its
 // end event.
-class IElement : public IDataInput
-{
+class IElement : public IDataInput {
 public:
     virtual const char* Name() = 0;
     // The attribute's value; an absent attribute is added with an empty value.

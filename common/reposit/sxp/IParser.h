@@ -4,8 +4,7 @@ namespace SXP {
 
 class IPersistObj;
 
-class IParser
-{
+class IParser {
 public:
     virtual ~IParser() = default;
     // Hands the following events to obj until obj's own element closes.

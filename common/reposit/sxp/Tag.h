@@ -5,8 +5,7 @@ namespace SXP {
 // A registered element name. Comparing an element with a tag is an integer compare
 // once the element has looked its name up, which is what makes the handlers' long
 // "which element is this" chains cheap.
-class Tag
-{
+class Tag {
 public:
     explicit Tag(const char* name);
 

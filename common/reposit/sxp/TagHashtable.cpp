@@ -8,7 +8,7 @@
 namespace SXP {
 
 namespace {
-TagHashtable* g_pHashTable = nullptr;
+    TagHashtable* g_pHashTable = nullptr;
 }
 
 TagHashtable* TagHashtable::TagHT()

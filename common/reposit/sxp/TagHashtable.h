@@ -11,8 +11,7 @@ class Tag;
 // The process-wide table of element names. Open addressing over 256 slots: the
 // handlers of this library register well under a hundred names, so the table never
 // fills and a probe is a handful of string compares at most.
-class TagHashtable
-{
+class TagHashtable {
 public:
     static constexpr int kSlots = 256;
 

@@ -10,12 +10,24 @@ QString XMLEscape(const QString& text)
     out.reserve(text.size() + text.size() / 10);
     for (const QChar ch : text) {
         switch (ch.unicode()) {
-        case '<': out += QLatin1String("&lt;"); break;
-        case '>': out += QLatin1String("&gt;"); break;
-        case '&': out += QLatin1String("&amp;"); break;
-        case '\'': out += QLatin1String("&apos;"); break;
-        case '"': out += QLatin1String("&quot;"); break;
-        default: out += ch; break;
+        case '<':
+            out += QLatin1String("&lt;");
+            break;
+        case '>':
+            out += QLatin1String("&gt;");
+            break;
+        case '&':
+            out += QLatin1String("&amp;");
+            break;
+        case '\'':
+            out += QLatin1String("&apos;");
+            break;
+        case '"':
+            out += QLatin1String("&quot;");
+            break;
+        default:
+            out += ch;
+            break;
         }
     }
     return out;
@@ -23,30 +35,29 @@ QString XMLEscape(const QString& text)
 
 namespace {
 
-constexpr qsizetype kEntityBufferChars = 9;
+    constexpr qsizetype kEntityBufferChars = 9;
 
-struct Entity
-{
-    QLatin1String text;
-    QChar character;
-};
+    struct Entity {
+        QLatin1String text;
+        QChar character;
+    };
 
-const std::array<Entity, 5> kEntities{{
-    {QLatin1String("&lt;"), QLatin1Char('<')},
-    {QLatin1String("&gt;"), QLatin1Char('>')},
-    {QLatin1String("&amp;"), QLatin1Char('&')},
-    {QLatin1String("&apos;"), QLatin1Char('\'')},
-    {QLatin1String("&quot;"), QLatin1Char('"')},
-}};
+    const std::array<Entity, 5> kEntities { {
+        { QLatin1String("&lt;"), QLatin1Char('<') },
+        { QLatin1String("&gt;"), QLatin1Char('>') },
+        { QLatin1String("&amp;"), QLatin1Char('&') },
+        { QLatin1String("&apos;"), QLatin1Char('\'') },
+        { QLatin1String("&quot;"), QLatin1Char('"') },
+    } };
 
-// Writes ch at position pos, growing the buffer only when it is too short.
-void put(QString& buffer, qsizetype pos, QChar ch)
-{
-    if (pos < buffer.size())
-        buffer[pos] = ch;
-    else
-        buffer.append(ch);
-}
+    // Writes ch at position pos, growing the buffer only when it is too short.
+    void put(QString& buffer, qsizetype pos, QChar ch)
+    {
+        if (pos < buffer.size())
+            buffer[pos] = ch;
+        else
+            buffer.append(ch);
+    }
 
 } // namespace
 

@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 // cleared it.
 inline QStringList g_log;
 
-inline void captureLog(QtMsgType, const QMessageLogContext &context, const QString &message)
+inline void captureLog(QtMsgType, const QMessageLogContext& context, const QString& message)
 {
     if (QByteArrayView(context.category).startsWith("vireo."))
         g_log.append(message);
@@ -33,7 +33,8 @@ protected:
 
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid() && QDir().mkpath(home() + u"/Vireo"_s) && QDir().mkpath(movies()));
+        ASSERT_TRUE(
+            m_dir.isValid() && QDir().mkpath(home() + u"/Vireo"_s) && QDir().mkpath(movies()));
         qputenv("HOME", QFile::encodeName(home()));
         g_log.clear();
         m_savedHandler = qInstallMessageHandler(&captureLog);
@@ -47,13 +48,16 @@ protected:
     QString root() const { return m_dir.path(); }
     QString home() const { return m_dir.path() + u"/home"_s; }
     QString movies() const { return home() + u"/Movies/"_s; }
-    QString pairDir(const QString &pairID) const { return home() + u"/Vireo/"_s + pairID; }
-    QString file(const QString &pairID, const QString &name) const { return pairDir(pairID) + u'/' + name; }
+    QString pairDir(const QString& pairID) const { return home() + u"/Vireo/"_s + pairID; }
+    QString file(const QString& pairID, const QString& name) const
+    {
+        return pairDir(pairID) + u'/' + name;
+    }
 
     // A pair folder with its configuration, and its statistics when syncTime is valid;
     // an invalid pairTime leaves that key out.
-    void makePair(const QString &pairID, const QString &clientName, const QVariant &pairTime = {},
-                  const QVariant &syncTime = {}, const QString &peer = {}) const
+    void makePair(const QString& pairID, const QString& clientName, const QVariant& pairTime = {},
+        const QVariant& syncTime = {}, const QString& peer = {}) const
     {
         QDir().mkpath(pairDir(pairID));
         QSettings config(file(pairID, u"vireo.plist"_s), PlistSettings::format());
@@ -67,28 +71,37 @@ protected:
         stats.setValue(u"lastSyncPeer"_s, peer);
     }
     // Makes the parent folders as needed.
-    static void writeFile(const QString &path, const QByteArray &content = "movie")
+    static void writeFile(const QString& path, const QByteArray& content = "movie")
     {
         QDir().mkpath(QFileInfo(path).path());
         QFile out(path);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly) && out.write(content) == content.size()) << qPrintable(path);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly) && out.write(content) == content.size())
+            << qPrintable(path);
     }
     // The files of one movie: identifier + "." + each suffix.
-    void makeMovie(const QString &pairID, const QString &id, const QStringList &suffixes = {u"m4v"_s, u"xml"_s}) const
+    void makeMovie(const QString& pairID, const QString& id,
+        const QStringList& suffixes = { u"m4v"_s, u"xml"_s }) const
     {
-        for (const QString &suffix : suffixes)
+        for (const QString& suffix : suffixes)
             writeFile(file(pairID, id + u'.' + suffix));
     }
-    static void makeLink(const QString &target, const QString &link)
+    static void makeLink(const QString& target, const QString& link)
     {
         ASSERT_TRUE(QFile::link(target, link)) << qPrintable(link);
     }
     // "a b c" as a list, for short expectations of folder contents.
-    static QStringList words(const char *text) { return QString::fromUtf8(text).split(u' ', Qt::SkipEmptyParts); }
-    static constexpr auto kEverything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-    static QStringList names(const QString &folder) { return QDir(folder).entryList(kEverything, QDir::Name); }
+    static QStringList words(const char* text)
+    {
+        return QString::fromUtf8(text).split(u' ', Qt::SkipEmptyParts);
+    }
+    static constexpr auto kEverything
+        = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    static QStringList names(const QString& folder)
+    {
+        return QDir(folder).entryList(kEverything, QDir::Name);
+    }
     // Every entry below `folder`, links not followed: proof that nothing changed.
-    static QStringList tree(const QString &folder)
+    static QStringList tree(const QString& folder)
     {
         QStringList entries;
         QDirIterator it(folder, kEverything, QDirIterator::Subdirectories);

@@ -11,15 +11,16 @@ namespace {
 class JUtilsTest : public LibraryFixture {
 protected:
     // What lstat says an entry takes: the independent measure du must add up to.
-    static qint64 blocksOf(const QString &path)
+    static qint64 blocksOf(const QString& path)
     {
-        struct stat status {};
+        struct stat status { };
         EXPECT_EQ(lstat(QFile::encodeName(path).constData(), &status), 0) << qPrintable(path);
         return status.st_blocks;
     }
     // A network interface in the fake registry under root(), of ARPHRD type `type`;
     // `onDevice` gives it the "device" link of real hardware.
-    void addInterface(const QString &name, const QByteArray &type, bool onDevice, const QByteArray &mac) const
+    void addInterface(
+        const QString& name, const QByteArray& type, bool onDevice, const QByteArray& mac) const
     {
         const QString folder = root() + u"/sys/class/net/"_s + name;
         writeFile(folder + u"/type"_s, type + '\n');
@@ -32,9 +33,9 @@ protected:
 TEST_F(JUtilsTest, listingSkipsMalformedFoldersAndRewritesOddCharacters)
 {
     const QString vireo = home() + u"/Vireo/"_s;
-    for (const QString &folder : {u"some.folder"_s, QString(31, u'a'), QString(32, u'b')})
+    for (const QString& folder : { u"some.folder"_s, QString(31, u'a'), QString(32, u'b') })
         QDir().mkpath(vireo + folder);
-    writeFile(vireo + QString(32, u'c'));  // plain files are not examined
+    writeFile(vireo + QString(32, u'c')); // plain files are not examined
     makePair(u"0123456789-abcdef-0123456789ABCD"_s, u"Den"_s);
 
     QStringList pairs;
@@ -43,34 +44,41 @@ TEST_F(JUtilsTest, listingSkipsMalformedFoldersAndRewritesOddCharacters)
     // The dotted name goes silently; the order of the two lines is the file system's.
     QStringList lines = g_log;
     lines.sort();
-    EXPECT_EQ(lines, QStringList({u"Warning in listvireotvdirs: found directory that's not the correct size: "_s
-                                      + QString(31, u'a'),
-                                  u"Warning in listvireotvdirs: found directory with no plist file: "_s
-                                      + QString(32, u'b')}));
+    EXPECT_EQ(lines,
+        QStringList({ u"Warning in listvireotvdirs: found directory that's not the correct size: "_s
+                + QString(31, u'a'),
+            u"Warning in listvireotvdirs: found directory with no plist file: "_s
+                + QString(32, u'b') }));
 }
 
 TEST_F(JUtilsTest, linkPathForPair)
 {
     const QString noConfig = home() + u"/Vireo/"_s + QString(32, u'e') + u"/vireo.plist"_s;
     // A null client name: no configuration; the path expected after HOME + "/Movies/".
-    const struct { QString clientName, expected; bool ok; QString log; } rows[] = {
-        {u"Den"_s, u"Den/"_s, true, {}},  // the folder exists
-        {u"Attic"_s, {}, false, {}},      // it does not
-        {u"Lnk"_s, {}, false, {}},        // it is a link to a folder
-        {u""_s, u"/"_s, true, {}},
-        {{}, {}, false, u"getLinkPathForPair: no config file in pair dir: "_s + noConfig},
-        {u".."_s, {}, false, u"Error in getLinkPathForPair: client name leaves the movie folder: .."_s},
+    const struct {
+        QString clientName, expected;
+        bool ok;
+        QString log;
+    } rows[] = {
+        { u"Den"_s, u"Den/"_s, true, {} }, // the folder exists
+        { u"Attic"_s, {}, false, {} }, // it does not
+        { u"Lnk"_s, {}, false, {} }, // it is a link to a folder
+        { u""_s, u"/"_s, true, {} },
+        { {}, {}, false, u"getLinkPathForPair: no config file in pair dir: "_s + noConfig },
+        { u".."_s, {}, false,
+            u"Error in getLinkPathForPair: client name leaves the movie folder: .."_s },
     };
     QDir().mkpath(movies() + u"Den"_s);
     makeLink(root(), movies() + u"Lnk"_s);
     char letter = 'a';
-    for (const auto &row : rows) {
+    for (const auto& row : rows) {
         const QString pairID(32, QChar::fromLatin1(letter++));
         if (!row.clientName.isNull())
             makePair(pairID, row.clientName);
         g_log.clear();
         bool ok = !row.ok;
-        EXPECT_EQ(JUtils::getLinkPathForPair(pairID, &ok), movies() + row.expected) << pairID.toStdString();
+        EXPECT_EQ(JUtils::getLinkPathForPair(pairID, &ok), movies() + row.expected)
+            << pairID.toStdString();
         EXPECT_EQ(ok, row.ok) << pairID.toStdString();
         EXPECT_EQ(g_log, row.log.isEmpty() ? QStringList() : QStringList(row.log));
     }
@@ -78,7 +86,7 @@ TEST_F(JUtilsTest, linkPathForPair)
 
 TEST_F(JUtilsTest, linksInDirListsOnlyLinksExactlyAsStored)
 {
-    JUtils::LinkList links = {{u"stale"_s, u"entry"_s}};
+    JUtils::LinkList links = { { u"stale"_s, u"entry"_s } };
     EXPECT_FALSE(JUtils::getLinksInDir(movies(), links));
     EXPECT_TRUE(links.isEmpty());
     EXPECT_FALSE(JUtils::getLinksInDir(home() + u"/missing"_s, links));
@@ -91,21 +99,23 @@ TEST_F(JUtilsTest, linksInDirListsOnlyLinksExactlyAsStored)
     // Given without the trailing "/" and with a doubled one inside.
     EXPECT_TRUE(JUtils::getLinksInDir(home() + u"//Movies"_s, links));
     std::sort(links.begin(), links.end());
-    EXPECT_EQ(links, JUtils::LinkList({{u"Amélie.m4v"_s, movies() + u"plain.m4v"_s},
-                                       {u"dangling.m4v"_s, u"/nowhere/gone.m4v"_s},
-                                       {u"relative.m4v"_s, u"../Vireo/x.m4v"_s}}));
+    EXPECT_EQ(links,
+        JUtils::LinkList({ { u"Amélie.m4v"_s, movies() + u"plain.m4v"_s },
+            { u"dangling.m4v"_s, u"/nowhere/gone.m4v"_s },
+            { u"relative.m4v"_s, u"../Vireo/x.m4v"_s } }));
 }
 
 TEST_F(JUtilsTest, convertFilesizeFormatsWithTheUnitReached)
 {
     constexpr quint64 KB = 1024;
-    const std::tuple<quint64, int, QString> rows[] = {
-        {0, 2, u"0.00 Byte"_s}, {1023, 2, u"1023.00 Byte"_s}, {KB, 2, u"1.00 KB"_s}, {1536, 2, u"1.50 KB"_s},
-        {1536, 0, u"2 KB"_s}, {KB * KB - 1, 1, u"1024.0 KB"_s}, {5 * KB * KB * KB, 2, u"5.00 GB"_s},
-        // From 1024 GB on the unit list has run out: terabytes with no unit.
-        {KB * KB * KB * KB, 2, u"1.00 "_s}, {3 * KB * KB * KB * KB / 2, 2, u"1.50 "_s},
-        {~quint64(0), 2, u"16777216.00 "_s}};
-    for (const auto &[bytes, precision, expected] : rows)
+    const std::tuple<quint64, int, QString> rows[]
+        = { { 0, 2, u"0.00 Byte"_s }, { 1023, 2, u"1023.00 Byte"_s }, { KB, 2, u"1.00 KB"_s },
+              { 1536, 2, u"1.50 KB"_s }, { 1536, 0, u"2 KB"_s }, { KB * KB - 1, 1, u"1024.0 KB"_s },
+              { 5 * KB * KB * KB, 2, u"5.00 GB"_s },
+              // From 1024 GB on the unit list has run out: terabytes with no unit.
+              { KB * KB * KB * KB, 2, u"1.00 "_s }, { 3 * KB * KB * KB * KB / 2, 2, u"1.50 "_s },
+              { ~quint64(0), 2, u"16777216.00 "_s } };
+    for (const auto& [bytes, precision, expected] : rows)
         EXPECT_EQ(JUtils::convertFilesize(bytes, precision), expected) << bytes;
 }
 
@@ -122,7 +132,7 @@ TEST_F(JUtilsTest, duSumsEveryEntryWithoutFollowingLinks)
 
     qint64 expected = blocksOf(library);
     const QStringList entries = tree(library);
-    for (const QString &entry : entries)
+    for (const QString& entry : entries)
         expected += blocksOf(entry);
     qint32 count = 0;
     EXPECT_EQ(du(QFile::encodeName(library + u'/').constData(), count), expected);
@@ -161,10 +171,10 @@ TEST_F(JUtilsTest, aboutScreenFacts)
     ASSERT_TRUE(JUtils::getDiskSpace(home() + u"/Vireo/"_s, totalKB, availableKB));
     EXPECT_TRUE(totalKB >= availableKB && availableKB > 0);
     JUtils::getDiskSpaceUsed(home() + u"/Vireo/"_s, usedKB, count);
-    EXPECT_EQ(QStringList({capacity, available, used}),
-              QStringList({JUtils::convertFilesize(quint64(totalKB) * 1024, 2),
-                           JUtils::convertFilesize(quint64(availableKB) * 1024, 2),
-                           JUtils::convertFilesize(quint64(usedKB) * 1024, 2)}));
+    EXPECT_EQ(QStringList({ capacity, available, used }),
+        QStringList({ JUtils::convertFilesize(quint64(totalKB) * 1024, 2),
+            JUtils::convertFilesize(quint64(availableKB) * 1024, 2),
+            JUtils::convertFilesize(quint64(usedKB) * 1024, 2) }));
     EXPECT_TRUE(getDiskSpaceInfo(nullptr, nullptr, nullptr, nullptr, nullptr));
 
     // Without a library: no pairs, nothing used, and a volume that cannot be asked
@@ -183,26 +193,33 @@ TEST_F(JUtilsTest, serialOnlyForTheHardwareFamilyMacOfTheFirstEthernetDevice)
 {
     const QString dmi = u"/sys/class/dmi/id/product_"_s, tree = u"/proc/device-tree/"_s;
     // An empty serial expected: getSerial answers false.
-    const struct { const char *name; QString modelAt, serialAt; QByteArray model, serial; QString expected; } rows[] = {
-        {"family box by DMI", dmi + u"name"_s, dmi + u"serial"_s, "AppleTV1,1\n", "5K8xyz\n", u"5K8xyz"_s},
-        {"family box by device tree", tree + u"model"_s, tree + u"serial-number"_s, QByteArray("appletv-arm\0", 12),
-         QByteArray("DT123\0", 6), u"DT123"_s},
-        {"other machine", dmi + u"name"_s, dmi + u"serial"_s, "OptiPlex 7050\n", "CN0\n", {}},
-        {"family box without serial", dmi + u"name"_s, u"/x"_s, "AppleTV1,1\n", "x", {}},
-        {"no platform at all", u"/x"_s, dmi + u"serial"_s, "x", "CN0\n", {}},
+    const struct {
+        const char* name;
+        QString modelAt, serialAt;
+        QByteArray model, serial;
+        QString expected;
+    } rows[] = {
+        { "family box by DMI", dmi + u"name"_s, dmi + u"serial"_s, "AppleTV1,1\n", "5K8xyz\n",
+            u"5K8xyz"_s },
+        { "family box by device tree", tree + u"model"_s, tree + u"serial-number"_s,
+            QByteArray("appletv-arm\0", 12), QByteArray("DT123\0", 6), u"DT123"_s },
+        { "other machine", dmi + u"name"_s, dmi + u"serial"_s, "OptiPlex 7050\n", "CN0\n", {} },
+        { "family box without serial", dmi + u"name"_s, u"/x"_s, "AppleTV1,1\n", "x", {} },
+        { "no platform at all", u"/x"_s, dmi + u"serial"_s, "x", "CN0\n", {} },
     };
-    for (const auto &row : rows) {
+    for (const auto& row : rows) {
         const QString fake = root() + u'/' + QString::fromLatin1(row.name);
         writeFile(fake + row.modelAt, row.model);
         writeFile(fake + row.serialAt, row.serial);
         QString serial = u"left over"_s;
-        EXPECT_EQ(JUtils::getSerial(serial, DeviceRegistry(fake)), !row.expected.isEmpty()) << row.name;
+        EXPECT_EQ(JUtils::getSerial(serial, DeviceRegistry(fake)), !row.expected.isEmpty())
+            << row.name;
         EXPECT_EQ(serial, row.expected) << row.name;
     }
 
     // The MAC address: the first Ethernet interface on a device.
     QString mac = u"left over"_s;
-    EXPECT_FALSE(JUtils::getMacAddress(mac, DeviceRegistry(root())));  // no interface list at all
+    EXPECT_FALSE(JUtils::getMacAddress(mac, DeviceRegistry(root()))); // no interface list at all
     addInterface(u"lo"_s, "772", false, "00:00:00:00:00:00");
     EXPECT_TRUE(JUtils::getMacAddress(mac, DeviceRegistry(root())));
     EXPECT_TRUE(mac.isEmpty());
@@ -214,8 +231,8 @@ TEST_F(JUtilsTest, serialOnlyForTheHardwareFamilyMacOfTheFirstEthernetDevice)
     EXPECT_TRUE(JUtils::getMacAddress(mac, DeviceRegistry(root())));
     EXPECT_EQ(mac, u"001b63a4c2f0"_s);
     // The first usable interface decides, even when its address is missing or bad.
-    for (const QByteArray &bad : {""_ba, "00:1b:63:a4:c2"_ba, "00:1b:63:a4:c2:f0:01"_ba, "00:1b:63:a4:c2:zz"_ba,
-                                  "001:b:63:a4:c2:f0"_ba}) {
+    for (const QByteArray& bad : { ""_ba, "00:1b:63:a4:c2"_ba, "00:1b:63:a4:c2:f0:01"_ba,
+             "00:1b:63:a4:c2:zz"_ba, "001:b:63:a4:c2:f0"_ba }) {
         writeFile(root() + u"/sys/class/net/eth0/address"_s, bad + '\n');
         EXPECT_TRUE(JUtils::getMacAddress(mac, DeviceRegistry(root())));
         EXPECT_EQ(mac, QString()) << bad.constData();

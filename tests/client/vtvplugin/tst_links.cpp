@@ -16,7 +16,7 @@ namespace {
 
 // Sets or clears the immutable flag, which stops even root from removing a file. Not
 // every file system or container allows it.
-bool setImmutable(const QString &path, bool on)
+bool setImmutable(const QString& path, bool on)
 {
     const int fd = open(QFile::encodeName(path).constData(), O_RDONLY);
     int flags = 0;
@@ -30,7 +30,7 @@ bool setImmutable(const QString &path, bool on)
 class LinksTest : public LibraryFixture {
 protected:
     // What the sync service does for a new movie: a unique title, then its links.
-    QString addMovie(const QString &pairID, const QString &id, QString title) const
+    QString addMovie(const QString& pairID, const QString& id, QString title) const
     {
         makeMovie(pairID, id);
         EXPECT_TRUE(JUtils::makeTitleUnique(pairID, id + u".m4v"_s, title));
@@ -39,7 +39,8 @@ protected:
     }
     static QString longDate(qint64 seconds)
     {
-        return seconds ? QLocale::system().toString(QDateTime::fromSecsSinceEpoch(seconds), QLocale::LongFormat)
+        return seconds ? QLocale::system().toString(
+                   QDateTime::fromSecsSinceEpoch(seconds), QLocale::LongFormat)
                        : QString();
     }
 };
@@ -49,7 +50,7 @@ TEST_F(LinksTest, linksFollowTheLatestUniqueTitle)
     makePair(kPairA, u"Den"_s);
     makePair(kPairB, u"Office"_s);
     makeMovie(kPairA, u"m1"_s, words("m4v xml png"));
-    addMovie(kPairA, u"m10"_s, u"Heat"_s);  // shares a prefix, not the identifier
+    addMovie(kPairA, u"m10"_s, u"Heat"_s); // shares a prefix, not the identifier
     EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Alien"_s));
     EXPECT_EQ(QFileInfo(movies() + u"Alien.png"_s).symLinkTarget(), file(kPairA, u"m1.png"_s));
     EXPECT_TRUE(JUtils::setupLinks(kPairA, u"m1.m4v"_s, u"Aliens"_s));
@@ -59,7 +60,7 @@ TEST_F(LinksTest, linksFollowTheLatestUniqueTitle)
     g_log.clear();
     EXPECT_EQ(addMovie(kPairA, u"m2"_s, u"ALIENS"_s), u"ALIENS (2)"_s);
     EXPECT_EQ(g_log.join(u'|'),
-              u"Found a video with the same title, my ID = [m2], other ID = [m1] for title: [ALIENS]"_s);
+        u"Found a video with the same title, my ID = [m2], other ID = [m1] for title: [ALIENS]"_s);
     // "aliens (2)" clashes with "ALIENS (2)": (3), never "aliens (2) (2)".
     EXPECT_EQ(addMovie(kPairA, u"m3"_s, u"aliens"_s), u"aliens (3)"_s);
     // Neither the movie's own links nor another pair's titles clash.
@@ -82,9 +83,10 @@ TEST_F(LinksTest, secondPlayerMovesLinksIntoClientFoldersAndBackWhenUnpaired)
     EXPECT_TRUE(JUtils::checkAndFixLinks());
     EXPECT_EQ(names(movies()), words("Den Office"));
     EXPECT_EQ(names(movies() + u"Den"_s), words("Alien.m4v Alien.xml"));
-    EXPECT_TRUE(g_log.contains(u"Warning in checkAndFixLinks: folder for pair not found: "_s + movies() + u"Office"_s));
-    EXPECT_TRUE(g_log.contains(u"In checkAndFixLinks: renaming link: "_s + movies() + u"Heat.m4v to "_s + movies()
-                               + u"Office/Heat.m4v"_s));
+    EXPECT_TRUE(g_log.contains(
+        u"Warning in checkAndFixLinks: folder for pair not found: "_s + movies() + u"Office"_s));
+    EXPECT_TRUE(g_log.contains(u"In checkAndFixLinks: renaming link: "_s + movies()
+        + u"Heat.m4v to "_s + movies() + u"Office/Heat.m4v"_s));
     addMovie(kPairB, u"b2"_s, u"Ronin"_s);
     EXPECT_EQ(names(movies() + u"Office"_s), words("Heat.m4v Heat.xml Ronin.m4v Ronin.xml"));
 
@@ -97,9 +99,10 @@ TEST_F(LinksTest, secondPlayerMovesLinksIntoClientFoldersAndBackWhenUnpaired)
     VireoPlayerPairList list;
     int count = 0;
     ASSERT_TRUE(getAllPairInfos(&list, &count) && count == 2);
-    const VireoPlayerPair &office = list[list[0].pairID == kPairB ? 0 : 1];
+    const VireoPlayerPair& office = list[list[0].pairID == kPairB ? 0 : 1];
     EXPECT_EQ(office.clientName + u' ' + office.lastSyncPeer, u"Office 10.0.0.3"_s);
-    EXPECT_TRUE(office.lastSyncTime >= before && office.lastSyncTime <= QDateTime::currentSecsSinceEpoch());
+    EXPECT_TRUE(
+        office.lastSyncTime >= before && office.lastSyncTime <= QDateTime::currentSecsSinceEpoch());
     EXPECT_EQ(getLastSyncTimeForAllPairs(), office.lastSyncTime);
     EXPECT_TRUE(removeOnePair(&office));
     releasePairInfoList(list, count);
@@ -113,7 +116,7 @@ TEST_F(LinksTest, onePairRepairDissolvesItsClientFolderAndStaleLinksGo)
 {
     makePair(kPairA, u"Den"_s);
     makeMovie(kPairA, u"a1"_s);
-    makeMovie(kPairA, u"a2"_s, {u"m4v"_s});
+    makeMovie(kPairA, u"a2"_s, { u"m4v"_s });
     const QString den = movies() + u"Den/"_s;
     writeFile(den + u".DS_Store"_s);
     makeLink(file(kPairA, u"a1.m4v"_s), den + u"Alien.m4v"_s);
@@ -121,23 +124,27 @@ TEST_F(LinksTest, onePairRepairDissolvesItsClientFolderAndStaleLinksGo)
     makeLink(file(kPairA, u"a2.m4v"_s), den + u"Heat.m4v"_s);
     makeLink(file(kPairA, u"gone.m4v"_s), den + u"Gone.m4v"_s);
     makeLink(root() + u"/foreign.m4v"_s, den + u"Bogus.m4v"_s);
-    makeLink(file(kPairA, u"a1.m4v"_s), movies() + u"Heat.m4v"_s);  // blocks the move up
-    makeLink(file(kPairB, u"b1.m4v"_s), movies() + u"Orphan.m4v"_s);  // into a pair folder that is gone
-    makeLink(root() + u"/foreign.m4v"_s, movies() + u"Outside.m4v"_s);  // dangling, but not into the library
+    makeLink(file(kPairA, u"a1.m4v"_s), movies() + u"Heat.m4v"_s); // blocks the move up
+    makeLink(
+        file(kPairB, u"b1.m4v"_s), movies() + u"Orphan.m4v"_s); // into a pair folder that is gone
+    makeLink(root() + u"/foreign.m4v"_s,
+        movies() + u"Outside.m4v"_s); // dangling, but not into the library
 
     EXPECT_TRUE(JUtils::removeStaleLinks(kPairA));
     EXPECT_EQ(names(den), words(".DS_Store Alien.m4v Alien.xml Bogus.m4v Heat.m4v"));
     EXPECT_TRUE(JUtils::checkAndFixLinks());
     EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml Heat.m4v Outside.m4v"));
     EXPECT_EQ(QFileInfo(movies() + u"Heat.m4v"_s).symLinkTarget(), file(kPairA, u"a1.m4v"_s));
-    for (const QString &line :
-         {u"removeStaleLinks: pairDir: "_s + pairDir(kPairA) + u" and dstPath: "_s + den,
-          u"Warning in checkAndFixLinks: folder for pair found: "_s + movies() + u"Den"_s,
-          u"Warning: found a link in a linkdir that does not belong to that pair: "_s + den + u"Bogus.m4v"_s,
-          u"Trying to remove this bogus link: "_s + den + u"Bogus.m4v"_s,
-          u"Error in pair: cannot move link from: "_s + den + u"Heat.m4v to "_s + movies() + u"Heat.m4v"_s,
-          u"Warning: removing bogus file: "_s + den + u".DS_Store"_s,
-          u"Removing stale link: "_s + movies() + u"Orphan.m4v"_s})
+    for (const QString& line :
+        { u"removeStaleLinks: pairDir: "_s + pairDir(kPairA) + u" and dstPath: "_s + den,
+            u"Warning in checkAndFixLinks: folder for pair found: "_s + movies() + u"Den"_s,
+            u"Warning: found a link in a linkdir that does not belong to that pair: "_s + den
+                + u"Bogus.m4v"_s,
+            u"Trying to remove this bogus link: "_s + den + u"Bogus.m4v"_s,
+            u"Error in pair: cannot move link from: "_s + den + u"Heat.m4v to "_s + movies()
+                + u"Heat.m4v"_s,
+            u"Warning: removing bogus file: "_s + den + u".DS_Store"_s,
+            u"Removing stale link: "_s + movies() + u"Orphan.m4v"_s })
         EXPECT_TRUE(g_log.contains(line)) << qPrintable(line);
 }
 
@@ -145,12 +152,12 @@ TEST_F(LinksTest, unpairingRemovesTheConfigurationLast)
 {
     // Whatever cannot be removed, everything else goes, the configuration included,
     // and the configuration only after the movies.
-    for (const auto &[stuckName, error] :
-         {std::pair(u"stuck.m4v"_s, u"Error: failed to remove existing file: "_s),
-          std::pair(u"vireo.plist"_s, u"Error: failed to remove existing config file: "_s)}) {
+    for (const auto& [stuckName, error] :
+        { std::pair(u"stuck.m4v"_s, u"Error: failed to remove existing file: "_s),
+            std::pair(u"vireo.plist"_s, u"Error: failed to remove existing config file: "_s) }) {
         makePair(kPairA, u"Den"_s);
         addMovie(kPairA, u"a1"_s, u"Alien"_s);
-        makeMovie(kPairA, u"stuck"_s, {u"m4v"_s});
+        makeMovie(kPairA, u"stuck"_s, { u"m4v"_s });
         if (!setImmutable(file(kPairA, stuckName), true))
             GTEST_SKIP() << "this file system cannot make a file immutable";
         g_log.clear();
@@ -158,8 +165,9 @@ TEST_F(LinksTest, unpairingRemovesTheConfigurationLast)
         EXPECT_EQ(names(pairDir(kPairA)), QStringList(stuckName));
         EXPECT_TRUE(names(movies()).isEmpty());
         EXPECT_EQ(g_log.filter(u"Error"_s).join(u'|'),
-                  error + file(kPairA, stuckName) + u"|Error: failed to remove pair directory: "_s + pairDir(kPairA));
-        setImmutable(file(kPairA, stuckName), false);  // no ASSERT above may skip this
+            error + file(kPairA, stuckName) + u"|Error: failed to remove pair directory: "_s
+                + pairDir(kPairA));
+        setImmutable(file(kPairA, stuckName), false); // no ASSERT above may skip this
     }
 }
 
@@ -171,19 +179,22 @@ TEST_F(LinksTest, invalidIdentifiersAndEscapingNamesChangeNothing)
     makeMovie(kPairB, u"b1"_s);
     makeLink(file(kPairB, u"b1.m4v"_s), root() + u"/Heat.m4v"_s);
     const QStringList before = tree(root());
-    for (const QString &pairID : {kPairA.left(31), kPairA + u'0', u"../../../../"_s + kPairA.left(20)}) {
+    for (const QString& pairID :
+        { kPairA.left(31), kPairA + u'0', u"../../../../"_s + kPairA.left(20) }) {
         EXPECT_FALSE(JUtils::unpairOnePair(pairID));
         EXPECT_FALSE(JUtils::removeAllLinksToPair(pairID, movies()));
         EXPECT_FALSE(JUtils::setupLinks(pairID, u"a1.m4v"_s, u"X"_s));
         EXPECT_FALSE(JUtils::removeStaleLinks(pairID));
         EXPECT_FALSE(JUtils::updatePairStats(pairID, u"10.0.0.2"_s));
-        EXPECT_TRUE(g_log.contains(u"Error in unpair: got a unpairID that's not valid: "_s + pairID));
+        EXPECT_TRUE(
+            g_log.contains(u"Error in unpair: got a unpairID that's not valid: "_s + pairID));
     }
-    EXPECT_FALSE(JUtils::setupLinks(kPairA, u"a1.m4v"_s, u"Alien"_s));  // its client name climbs out
+    EXPECT_FALSE(JUtils::setupLinks(kPairA, u"a1.m4v"_s, u"Alien"_s)); // its client name climbs out
     EXPECT_FALSE(JUtils::setupLinks(kPairB, u"b1.m4v"_s, u"../Heat"_s));
     EXPECT_FALSE(JUtils::setupLinks(kPairB, u"b1.m4v"_s, u".."_s));
     EXPECT_FALSE(JUtils::removeAllLinksToPair(kPairB, root()));
-    EXPECT_FALSE(JUtils::updatePairStats(QString(32, u'c'), u"10.0.0.2"_s));  // no configuration: no pair
+    EXPECT_FALSE(
+        JUtils::updatePairStats(QString(32, u'c'), u"10.0.0.2"_s)); // no configuration: no pair
     EXPECT_EQ(tree(root()), before);
     EXPECT_EQ(g_log.filter(QRegularExpression(u"^Error"_s)).size(), 3 * 5 + 4);
 
@@ -196,28 +207,36 @@ TEST_F(LinksTest, invalidIdentifiersAndEscapingNamesChangeNothing)
 TEST_F(LinksTest, pairRecordsCarryTheFilesFacts)
 {
     // The times as written (invalid: key absent / no statistics file) and as read.
-    const struct { const char *name; QVariant pairTimeIn, syncIn; QString peer; quint32 pairTime, syncTime; } rows[] = {
-        {"decimal text", u"1200000000"_s, u"1300000000"_s, u"192.168.1.20"_s, 1200000000u, 1300000000u},
-        {"plist integers", 1250000000, 1400000000, {}, 1250000000u, 1400000000u},
-        {"never synced", u"1200000000"_s, {}, {}, 1200000000u, 0u},
-        {"no pair time", {}, u"1300000000"_s, {}, 0u, 1300000000u},
-        {"not numbers", u"soon"_s, u"12ab"_s, {}, 0u, 0u},
-        {"negative", u"-5"_s, u"-1"_s, {}, 0u, 0u},
-        {"beyond 32 bits", u"4294967296"_s, u"4294967295"_s, {}, 0u, 4294967295u},
+    const struct {
+        const char* name;
+        QVariant pairTimeIn, syncIn;
+        QString peer;
+        quint32 pairTime, syncTime;
+    } rows[] = {
+        { "decimal text", u"1200000000"_s, u"1300000000"_s, u"192.168.1.20"_s, 1200000000u,
+            1300000000u },
+        { "plist integers", 1250000000, 1400000000, {}, 1250000000u, 1400000000u },
+        { "never synced", u"1200000000"_s, {}, {}, 1200000000u, 0u },
+        { "no pair time", {}, u"1300000000"_s, {}, 0u, 1300000000u },
+        { "not numbers", u"soon"_s, u"12ab"_s, {}, 0u, 0u },
+        { "negative", u"-5"_s, u"-1"_s, {}, 0u, 0u },
+        { "beyond 32 bits", u"4294967296"_s, u"4294967295"_s, {}, 0u, 4294967295u },
     };
-    for (const auto &row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         QDir(pairDir(kPairA)).removeRecursively();
         makePair(kPairA, u"Den"_s, row.pairTimeIn, row.syncIn, row.peer);
         VireoPlayerPairList list;
         int count = 0;
         ASSERT_TRUE(getAllPairInfos(&list, &count) && count == 1);
-        const VireoPlayerPair &p = list[0];
+        const VireoPlayerPair& p = list[0];
         // Zero times and an empty peer give null texts, not empty ones.
-        EXPECT_EQ(std::tuple(p.pairID, p.clientName, p.pairTime, p.lastSyncTime, p.pairedOn, p.lastSync, p.lastSyncPeer,
-                             p.pairedOn.isNull(), p.lastSync.isNull(), p.lastSyncPeer.isNull()),
-                  std::tuple(kPairA, u"Den"_s, row.pairTime, row.syncTime, longDate(row.pairTime),
-                             longDate(row.syncTime), row.peer, !row.pairTime, !row.syncTime, row.peer.isEmpty()));
+        EXPECT_EQ(
+            std::tuple(p.pairID, p.clientName, p.pairTime, p.lastSyncTime, p.pairedOn, p.lastSync,
+                p.lastSyncPeer, p.pairedOn.isNull(), p.lastSync.isNull(), p.lastSyncPeer.isNull()),
+            std::tuple(kPairA, u"Den"_s, row.pairTime, row.syncTime, longDate(row.pairTime),
+                longDate(row.syncTime), row.peer, !row.pairTime, !row.syncTime,
+                row.peer.isEmpty()));
         releasePairInfoList(list, count);
         EXPECT_EQ(list, nullptr);
     }
@@ -226,10 +245,11 @@ TEST_F(LinksTest, pairRecordsCarryTheFilesFacts)
 TEST_F(LinksTest, pairFoldersWithoutConfigurationAreSkipped)
 {
     auto kept = std::make_unique<VireoPlayerPair[]>(1);
-    VireoPlayerPair *const untouched = kept.get();
+    VireoPlayerPair* const untouched = kept.get();
     int count = -1;
     EXPECT_TRUE(getAllPairInfos(&kept, &count) && count == 0 && kept.get() == untouched);
-    EXPECT_FALSE(getAllPairInfos(nullptr, &count) || removeOnePair(nullptr) || getLastSyncTimeForAllPairs());
+    EXPECT_FALSE(
+        getAllPairInfos(nullptr, &count) || removeOnePair(nullptr) || getLastSyncTimeForAllPairs());
 
     // Listed under its rewritten name, which has no folder of its own.
     makePair(u"0123456789-abcdef-0123456789ABCD"_s, u"Attic"_s);
@@ -239,12 +259,13 @@ TEST_F(LinksTest, pairFoldersWithoutConfigurationAreSkipped)
     VireoPlayerPairList list;
     ASSERT_TRUE(getAllPairInfos(&list, &count));
     ASSERT_EQ(count, 2);
-    EXPECT_EQ(QStringList({list[0].pairID, list[1].pairID}).filter(u"_"_s), QStringList());
+    EXPECT_EQ(QStringList({ list[0].pairID, list[1].pairID }).filter(u"_"_s), QStringList());
     EXPECT_TRUE(list[2].pairID.isNull() && list[2].lastSyncTime == 0);
     EXPECT_EQ(getLastSyncTimeForAllPairs(), 1300000000u);
     const QString config = home() + u"/Vireo/0123456789_abcdef_0123456789ABCD/vireo.plist"_s;
-    EXPECT_EQ(g_log, QStringList({u"Error in getAllPairInfos - pair file not found: "_s + config,
-                                  u"Error in getLastSyncTimeForAllPairs - pair file not found: "_s + config}));
+    EXPECT_EQ(g_log,
+        QStringList({ u"Error in getAllPairInfos - pair file not found: "_s + config,
+            u"Error in getLastSyncTimeForAllPairs - pair file not found: "_s + config }));
     releasePairInfoList(list, count);
 }
 

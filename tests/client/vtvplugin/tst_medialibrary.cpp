@@ -22,28 +22,29 @@ protected:
         g_now = 1200000000;
         setPlaybackClock([] { return g_now; });
     }
-    static void putRaw(const QString &id, const QString &value)
+    static void putRaw(const QString& id, const QString& value)
     {
-        QSettings(playbackPositionCachePath(), PlistSettings::format()).setValue(u"playback_pos/"_s + id, value);
+        QSettings(playbackPositionCachePath(), PlistSettings::format())
+            .setValue(u"playback_pos/"_s + id, value);
     }
     // A movie file in the movie folder with its metadata beside it.
-    QUrl movie(const QByteArray &xml, const QString &name = u"Film"_s) const
+    QUrl movie(const QByteArray& xml, const QString& name = u"Film"_s) const
     {
         writeFile(movies() + name + u".m4v"_s);
         writeFile(movies() + name + u".xml"_s, xml);
         return QUrl::fromLocalFile(movies() + name + u".m4v"_s);
     }
     // Every descriptive field that is set, as "name=value" joined by blanks.
-    static QString fields(const VTVMediaAsset &a)
+    static QString fields(const VTVMediaAsset& a)
     {
-        const std::pair<const char *, QString> all[] = {
-            {"title", a.title()}, {"description", a.mediaDescription()}, {"cast", a.cast().join(u',')},
-            {"directors", a.directors().join(u',')}, {"producers", a.producers().join(u',')},
-            {"duration", QString::number(a.duration())}, {"sversion", a.xmlVersion()},
-            {"ccontentid", a.clientContentId()}, {"vcontentid", a.vireoContentId()},
-            {"cversion", QString::number(a.cVersion())}};
+        const std::pair<const char*, QString> all[] = { { "title", a.title() },
+            { "description", a.mediaDescription() }, { "cast", a.cast().join(u',') },
+            { "directors", a.directors().join(u',') }, { "producers", a.producers().join(u',') },
+            { "duration", QString::number(a.duration()) }, { "sversion", a.xmlVersion() },
+            { "ccontentid", a.clientContentId() }, { "vcontentid", a.vireoContentId() },
+            { "cversion", QString::number(a.cVersion()) } };
         QStringList out;
-        for (const auto &[name, value] : all) {
+        for (const auto& [name, value] : all) {
             if (!value.isEmpty() && value != u"0"_s)
                 out.append(QLatin1String(name) + u'=' + value);
         }
@@ -53,32 +54,40 @@ protected:
 
 TEST_F(MediaLibraryTest, metadataElementRules)
 {
-    const struct { const char *name, *xml, *fields; } rows[] = {
-        {"titles concatenate", "<m><title>Part</title><title>One</title></m>", "title=PartOne"},
-        {"trimmed at any depth", "<a><b><title>\n  Heat \t</title></b></a>", "title=Heat"},
-        {"cast skips blank names", "<m><cast>\n <name>A</name>\n <name> </name>\n <name>B</name>\n</cast></m>",
-         "cast=A,B"},
-        {"cast as direct text", "<m><cast> Solo </cast></m>", "cast=Solo"},
-        {"genre text stays in the description", "<m><description> A <genre>Drama</genre> story</description></m>",
-         "description= A Drama story"},
-        {"numbers read as intValue", "<m><duration> 120min</duration><cversion>+3</cversion></m>",
-         "duration=120 cversion=3"},
-        {"negative numbers ignored", "<m><duration>-5</duration><cversion>-2</cversion></m>", ""},
-        {"unknown elements ignored", "<m><rating>R</rating><title>T</title></m>", "title=T"},
-        {"external entity not loaded",
-         "<!DOCTYPE m [<!ENTITY x SYSTEM \"/etc/hostname\">]><m><title>&x;T</title></m>", "title=T"},
-        {"ids and lists",
-         "<m><sversion> 2.1 </sversion><ccontentid>c-7</ccontentid><vcontentid>v-9</vcontentid>"
-         "<directors><name>D</name></directors><producers><name>P1</name><name>P2</name></producers></m>",
-         "directors=D producers=P1,P2 sversion=2.1 ccontentid=c-7 vcontentid=v-9"},
+    const struct {
+        const char *name, *xml, *fields;
+    } rows[] = {
+        { "titles concatenate", "<m><title>Part</title><title>One</title></m>", "title=PartOne" },
+        { "trimmed at any depth", "<a><b><title>\n  Heat \t</title></b></a>", "title=Heat" },
+        { "cast skips blank names",
+            "<m><cast>\n <name>A</name>\n <name> </name>\n <name>B</name>\n</cast></m>",
+            "cast=A,B" },
+        { "cast as direct text", "<m><cast> Solo </cast></m>", "cast=Solo" },
+        { "genre text stays in the description",
+            "<m><description> A <genre>Drama</genre> story</description></m>",
+            "description= A Drama story" },
+        { "numbers read as intValue", "<m><duration> 120min</duration><cversion>+3</cversion></m>",
+            "duration=120 cversion=3" },
+        { "negative numbers ignored", "<m><duration>-5</duration><cversion>-2</cversion></m>", "" },
+        { "unknown elements ignored", "<m><rating>R</rating><title>T</title></m>", "title=T" },
+        { "external entity not loaded",
+            "<!DOCTYPE m [<!ENTITY x SYSTEM \"/etc/hostname\">]><m><title>&x;T</title></m>",
+            "title=T" },
+        { "ids and lists",
+            "<m><sversion> 2.1 </sversion><ccontentid>c-7</ccontentid><vcontentid>v-9</vcontentid>"
+            "<directors><name>D</name></directors><producers><name>P1</name><name>P2</name></"
+            "producers></m>",
+            "directors=D producers=P1,P2 sversion=2.1 ccontentid=c-7 vcontentid=v-9" },
         // The editorial note: the last closing "**" ends it, and it must not be empty.
-        {"editorial note", "<description>**Staff pick**A fine film</description>",
-         "description=Vireo Says: Staff pick\rA fine film"},
-        {"last closing pair", "<description>** a ** b **  c </description>", "description=Vireo Says: a ** b\rc"},
-        {"no closing pair", "<description>**no closing pair</description>", "description=**no closing pair"},
-        {"closing pair at once", "<description>****body</description>", "description=****body"},
+        { "editorial note", "<description>**Staff pick**A fine film</description>",
+            "description=Vireo Says: Staff pick\rA fine film" },
+        { "last closing pair", "<description>** a ** b **  c </description>",
+            "description=Vireo Says: a ** b\rc" },
+        { "no closing pair", "<description>**no closing pair</description>",
+            "description=**no closing pair" },
+        { "closing pair at once", "<description>****body</description>", "description=****body" },
     };
-    for (const auto &row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(fields(VTVMediaAsset(movie(row.xml))), QString::fromUtf8(row.fields)) << row.name;
 }
 
@@ -97,17 +106,21 @@ TEST_F(MediaLibraryTest, brokenOrMissingMetadataStillPlays)
 
 TEST_F(MediaLibraryTest, bookmarksNearEitherEndAreStoredAsZero)
 {
-    const struct { const char *duration; int setMs, storedMs; } rows[] = {
-        {"120", 9999, 0}, {"120", 10000, 10000}, {"120", 110000, 110000}, {"120", 110001, 0}, {"120", 130000, 0},
-        {"", 60000, 0}};  // no duration: never resumes
-    for (const auto &row : rows) {
+    const struct {
+        const char* duration;
+        int setMs, storedMs;
+    } rows[] = { { "120", 9999, 0 }, { "120", 10000, 10000 }, { "120", 110000, 110000 },
+        { "120", 110001, 0 }, { "120", 130000, 0 },
+        { "", 60000, 0 } }; // no duration: never resumes
+    for (const auto& row : rows) {
         const QUrl url = movie("<m><duration>"_ba + row.duration + "</duration></m>");
         VTVMediaAsset(url).setBookmarkTimeInMS(row.setMs);
         const VTVMediaAsset reopened(url);
         qint32 stored = -1;
         EXPECT_TRUE(getVideoPlaybackPosition(reopened.assetIdInt(), &stored));
         EXPECT_EQ(std::tuple(stored, reopened.hasBeenPlayed(), reopened.bookmarkTimeInMS()),
-                  std::tuple(row.storedMs, row.storedMs > 0, row.storedMs)) << row.setMs;
+            std::tuple(row.storedMs, row.storedMs > 0, row.storedMs))
+            << row.setMs;
     }
 }
 
@@ -119,17 +132,19 @@ TEST_F(MediaLibraryTest, resumePointIsReadOnceAndSharedByFileName)
     const VTVMediaAsset other(second);
     EXPECT_EQ(other.bookmarkTimeInSeconds(), 42);
     saveVideoPlaybackPosition(other.assetIdInt(), 0);
-    EXPECT_TRUE(other.hasBeenPlayed());  // the cache was asked once, before
+    EXPECT_TRUE(other.hasBeenPlayed()); // the cache was asked once, before
     EXPECT_EQ(other.bookmarkTimeInMS(), 42999);
     // The id keys a file on disk: it must never change between builds or machines.
     EXPECT_EQ(other.assetID(), u"-309694272"_s);
-    EXPECT_NE(VTVMediaAsset(QUrl::fromLocalFile(movies() + u"Film2.m4v"_s)).assetIdInt(), other.assetIdInt());
+    EXPECT_NE(VTVMediaAsset(QUrl::fromLocalFile(movies() + u"Film2.m4v"_s)).assetIdInt(),
+        other.assetIdInt());
 }
 
 TEST_F(MediaLibraryTest, trailerNeverResumesAndNamesItsThumbnail)
 {
     QString thumbnail = u"http://cdn.example/thumbs/"_s;
-    VTVMediaAsset trailer(QUrl(u"http://cdn.example/t.mov"_s), u"42"_s, 90, 1000, u"Soon"_s, thumbnail, u"Coming"_s);
+    VTVMediaAsset trailer(
+        QUrl(u"http://cdn.example/t.mov"_s), u"42"_s, 90, 1000, u"Soon"_s, thumbnail, u"Coming"_s);
     EXPECT_EQ(thumbnail, u"http://cdn.example/thumbs/vtv_ca_42.jpg"_s);
     EXPECT_EQ(trailer.previewURL() + trailer.coverArtID(), thumbnail + thumbnail);
     EXPECT_TRUE(trailer.mediaType() == MediaType::movieTrailer && !trailer.isLocal());
@@ -140,7 +155,9 @@ TEST_F(MediaLibraryTest, trailerNeverResumesAndNamesItsThumbnail)
     EXPECT_EQ(trailer.coverArt(), DefaultMediaImages::imageForMediaType(MediaType::movieTrailer));
 
     QString bare = u"http://cdn.example/thumbs/"_s;
-    EXPECT_EQ(VTVMediaAsset(QUrl(u"http://cdn.example/t.mov"_s), {}, 0, 0, {}, bare, {}).coverArtID(), u"vtv_ca_.jpg");
+    EXPECT_EQ(
+        VTVMediaAsset(QUrl(u"http://cdn.example/t.mov"_s), {}, 0, 0, {}, bare, {}).coverArtID(),
+        u"vtv_ca_.jpg");
 }
 
 TEST_F(MediaLibraryTest, coverArtDecodesOnceAndFailureSticks)
@@ -161,7 +178,7 @@ TEST_F(MediaLibraryTest, coverArtDecodesOnceAndFailureSticks)
     EXPECT_TRUE(bad.coverArt().isNull()) << "a failed decode is not retried";
 
     EXPECT_EQ(VTVMediaAsset(QUrl::fromLocalFile(movies() + u"None.m4v"_s)).coverArt(),
-              DefaultMediaImages::imageForMediaType(MediaType::movie));
+        DefaultMediaImages::imageForMediaType(MediaType::movie));
 }
 
 TEST_F(MediaLibraryTest, cacheEntriesAreTimeUnderscorePosition)
@@ -170,37 +187,46 @@ TEST_F(MediaLibraryTest, cacheEntriesAreTimeUnderscorePosition)
     EXPECT_FALSE(QFile::exists(playbackPositionCachePath())) << "a get never creates the file";
     saveVideoPlaybackPosition(-5, 42000);
     EXPECT_EQ(playbackPositionCachePath(), home() + u"/Vireo/vireocache.plist"_s);
-    EXPECT_EQ(QSettings(playbackPositionCachePath(), PlistSettings::format()).value(u"playback_pos/-5"_s).toString(),
-              u"1200000000_42000"_s);
+    EXPECT_EQ(QSettings(playbackPositionCachePath(), PlistSettings::format())
+                  .value(u"playback_pos/-5"_s)
+                  .toString(),
+        u"1200000000_42000"_s);
     qint32 position = 0;
     EXPECT_TRUE(getVideoPlaybackPosition(-5, &position) && getVideoPlaybackPosition(-5, nullptr));
     EXPECT_EQ(position, 42000);
 
     // Only the second piece of an entry counts.
-    const std::tuple<const char *, bool, qint32> rows[] = {{"1200000000", false, 0}, {"abc_100", true, 100},
-        {"1_x", false, 0}, {"1__5", false, 0}, {"1_-300_9", true, -300}};
-    for (const auto &[value, found, expected] : rows) {
+    const std::tuple<const char*, bool, qint32> rows[]
+        = { { "1200000000", false, 0 }, { "abc_100", true, 100 }, { "1_x", false, 0 },
+              { "1__5", false, 0 }, { "1_-300_9", true, -300 } };
+    for (const auto& [value, found, expected] : rows) {
         putRaw(u"7"_s, QString::fromLatin1(value));
         position = 0;
         EXPECT_EQ(getVideoPlaybackPosition(7, &position), found) << value;
         EXPECT_EQ(position, expected) << value;
     }
     // A home of four characters or fewer is not trusted: the box user's is taken.
-    for (const auto &[home, base] : {std::pair(""_ba, u"/Users/frontrow"_s),
-                                     std::pair("/tmp"_ba, u"/Users/frontrow"_s), std::pair("/home"_ba, u"/home"_s)}) {
+    for (const auto& [home, base] : { std::pair(""_ba, u"/Users/frontrow"_s),
+             std::pair("/tmp"_ba, u"/Users/frontrow"_s), std::pair("/home"_ba, u"/home"_s) }) {
         qputenv("HOME", home);
-        EXPECT_EQ(playbackPositionCachePath(), base + u"/Vireo/vireocache.plist"_s) << home.constData();
+        EXPECT_EQ(playbackPositionCachePath(), base + u"/Vireo/vireocache.plist"_s)
+            << home.constData();
     }
 }
 
 TEST_F(MediaLibraryTest, cleanupDropsEntriesOlderThanFourteenDays)
 {
     // Values are saved under the ids 0, 1, 2, ...; 1298790400 is 14 days before 1300000000.
-    const struct { quint64 now; const char *values, *kept; } rows[] = {
-        {1300000000, "1298790400_1000 1298790399_1000 abc_100 1298790400 1298790399 1300000050_7 -1_5", "0 3 5"},
-        {1000, "999_5 1000_5", "1"},  // a clock this early makes now the cutoff
+    const struct {
+        quint64 now;
+        const char *values, *kept;
+    } rows[] = {
+        { 1300000000,
+            "1298790400_1000 1298790399_1000 abc_100 1298790400 1298790399 1300000050_7 -1_5",
+            "0 3 5" },
+        { 1000, "999_5 1000_5", "1" }, // a clock this early makes now the cutoff
     };
-    for (const auto &row : rows) {
+    for (const auto& row : rows) {
         QFile::remove(playbackPositionCachePath());
         g_now = row.now;
         const QStringList values = words(row.values);

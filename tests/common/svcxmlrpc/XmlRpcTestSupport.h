@@ -26,8 +26,7 @@ inline std::string describe(const QVariant& value)
     return std::string(value.typeName()) + ":" + value.toString().toStdString();
 }
 
-template <typename Container>
-std::string describe(const Container& container)
+template <typename Container> std::string describe(const Container& container)
 {
     return describe(QVariant::fromValue(container));
 }
@@ -46,4 +45,3 @@ inline void PrintTo(const QString& text, std::ostream* out)
 {
     *out << '"' << text.toStdString() << '"';
 }
-

@@ -30,8 +30,8 @@ TEST(TagHashtable, CollidingNamesProbeForwardWrapAroundAndShareASlotWhenEqual)
             names.push_back(name);
     }
     static const Tag first(names[0].c_str()), second(names[1].c_str()), third(names[2].c_str());
-    EXPECT_EQ((std::set<int>{first.Index(), second.Index(), third.Index()}).size(), 3u);
-    for (const Tag* tag : {&first, &second, &third}) {
+    EXPECT_EQ((std::set<int> { first.Index(), second.Index(), third.Index() }).size(), 3u);
+    for (const Tag* tag : { &first, &second, &third }) {
         EXPECT_LT((tag->Index() + 1) % 256, 64) << tag->Name(); // probed up from 255, wrapped
         EXPECT_EQ(TagHashtable::TagHT()->Lookup(tag->Name()), tag->Index());
     }
@@ -57,7 +57,7 @@ TEST(CElement, IsAComparesTagIndexOrExactNameAndRenamingForgetsTheIndex)
 
 TEST(CElement, AttribAnswersEmptyForAbsentNamesAndResetForgetsTheOldOnes)
 {
-    const char* atts[] = {"a", "1", "b", "x y", nullptr};
+    const char* atts[] = { "a", "1", "b", "x y", nullptr };
     CElement element; // the parser reuses one element per depth
     element.Reset("item", atts);
     EXPECT_STREQ(element.Attrib("a"), "1");

@@ -22,8 +22,8 @@ TEST(XMLEscape, ReplacesTheFivePredefinedCharactersOnly)
 // recognises an entity: every text comes back as it was, also at the 9-character limit.
 TEST(XMLUnEscape, GivesEveryTextBackUnchanged)
 {
-    for (const char* text : {"x &amp; y", "&lt;&gt;&amp;&apos;&quot;", "&abcdefghij", "&abcdefgh;",
-                             "&abcdefg;&lt;", "&a&lt;", "trailing &amp", "&", "&;;&&;"})
+    for (const char* text : { "x &amp; y", "&lt;&gt;&amp;&apos;&quot;", "&abcdefghij", "&abcdefgh;",
+             "&abcdefg;&lt;", "&a&lt;", "trailing &amp", "&", "&;;&&;" })
         EXPECT_EQ(XMLUnEscape(text), QString(text));
 }
 
@@ -31,9 +31,13 @@ TEST(Retrieve, ConvertsLikeAtolAndAtofInTheCLocaleAndTextFromUtf8)
 {
     // A locale with "," as the decimal separator (where one is installed) must not matter.
     std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
-    const struct { const char* text; int asInt; double asDouble; } cases[] = {
-        {"42", 42, 42.0}, {" -7", -7, -7.0}, {"+3x", 3, 3.0}, {"abc", 0, 0.0},
-        {"1.5e2", 1, 150.0}, {"-0.25", 0, -0.25}, {"99999999999", 1215752191, 99999999999.0}};
+    const struct {
+        const char* text;
+        int asInt;
+        double asDouble;
+    } cases[] = { { "42", 42, 42.0 }, { " -7", -7, -7.0 }, { "+3x", 3, 3.0 }, { "abc", 0, 0.0 },
+        { "1.5e2", 1, 150.0 }, { "-0.25", 0, -0.25 },
+        { "99999999999", 1215752191, 99999999999.0 } };
     CElement element;
     for (const auto& c : cases) {
         element.Reset("int", nullptr);
