@@ -48,7 +48,8 @@ struct GuardRegistryTeardown {
     ~GuardRegistryTeardown()
     {
         g_registryGone.store(true, std::memory_order_release);
-        std::unique_ptr<GuardRegistry> gone(g_registry.exchange(nullptr, std::memory_order_acq_rel));
+        std::unique_ptr<GuardRegistry> gone(
+            g_registry.exchange(nullptr, std::memory_order_acq_rel));
     }
 };
 
@@ -61,8 +62,8 @@ GuardRegistry* guardRegistry()
         return published;
     // Racing threads each build one; the loser's is freed when `fresh` goes out of scope.
     auto fresh = std::make_unique<GuardRegistry>();
-    if (g_registry.compare_exchange_strong(published, fresh.get(), std::memory_order_acq_rel,
-                                           std::memory_order_acquire)) {
+    if (g_registry.compare_exchange_strong(
+            published, fresh.get(), std::memory_order_acq_rel, std::memory_order_acquire)) {
         static GuardRegistryTeardown teardown;
         return fresh.release();
     }
@@ -175,9 +176,8 @@ void RRepositObject::clearGuards(RObject* object)
 
 // ---- class record --------------------------------------------------------------
 
-const RRuntimeClass RRepositObject::classRRepositObject = {
-    "RRepositObject", &RRepositObject::CreateObject, &RObject::GetThisClass, 0
-};
+const RRuntimeClass RRepositObject::classRRepositObject
+    = { "RRepositObject", &RRepositObject::CreateObject, &RObject::GetThisClass, 0 };
 
 const RRuntimeClass* RRepositObject::GetRuntimeClass() const
 {
@@ -216,10 +216,22 @@ bool RRepositObject::compareEqual(const RRepositObject& other) const
     return this == &other;
 }
 
-bool RRepositObject::isValidForInsert() const { return false; }
-bool RRepositObject::isValidForUpdate() const { return false; }
-bool RRepositObject::isValidForDelete() const { return false; }
-bool RRepositObject::isMarkedForDelete() const { return false; }
+bool RRepositObject::isValidForInsert() const
+{
+    return false;
+}
+bool RRepositObject::isValidForUpdate() const
+{
+    return false;
+}
+bool RRepositObject::isValidForDelete() const
+{
+    return false;
+}
+bool RRepositObject::isMarkedForDelete() const
+{
+    return false;
+}
 
 // ---- versions ------------------------------------------------------------------
 
@@ -286,18 +298,48 @@ void RRepositObject::setSaved()
 
 // ---- data hooks ----------------------------------------------------------------
 
-bool RRepositObject::setFromRecord(const QSqlRecord&) { return true; }
-bool RRepositObject::getBindValue(int, QVariant&) { return true; }
+bool RRepositObject::setFromRecord(const QSqlRecord&)
+{
+    return true;
+}
+bool RRepositObject::getBindValue(int, QVariant&)
+{
+    return true;
+}
 
-bool RRepositObject::getChildObjectTypes(QList<const RRuntimeClass*>&) { return true; }
-bool RRepositObject::getChildObjects(int, QList<RRepositObject*>&) { return true; }
-bool RRepositObject::getAllChildObjects(QList<RRepositObject*>&) { return true; }
-bool RRepositObject::addChildObject(RRepositObject*) { return false; }
+bool RRepositObject::getChildObjectTypes(QList<const RRuntimeClass*>&)
+{
+    return true;
+}
+bool RRepositObject::getChildObjects(int, QList<RRepositObject*>&)
+{
+    return true;
+}
+bool RRepositObject::getAllChildObjects(QList<RRepositObject*>&)
+{
+    return true;
+}
+bool RRepositObject::addChildObject(RRepositObject*)
+{
+    return false;
+}
 
-bool RRepositObject::convertToMapResponse(RXMLRPCStruct&) { return false; }
-bool RRepositObject::populateFromMapResponse(const RXMLRPCStruct&) { return false; }
-bool RRepositObject::convertToRPCRequest(RXMLRPCStruct&) { return false; }
-bool RRepositObject::populateFromMapRequest(const RXMLRPCStruct&) { return false; }
+bool RRepositObject::convertToMapResponse(RXMLRPCStruct&)
+{
+    return false;
+}
+bool RRepositObject::populateFromMapResponse(const RXMLRPCStruct&)
+{
+    return false;
+}
+bool RRepositObject::convertToRPCRequest(RXMLRPCStruct&)
+{
+    return false;
+}
+bool RRepositObject::populateFromMapRequest(const RXMLRPCStruct&)
+{
+    return false;
+}
 
 // ---- columns -------------------------------------------------------------------
 
@@ -323,9 +365,18 @@ bool RRepositObject::isColSet(unsigned int col, unsigned long long bits)
     return (bits & columnBit(col)) != 0;
 }
 
-bool RRepositObject::isColSet(unsigned int col) const { return isColSet(col, m_setCols); }
-bool RRepositObject::isColModified(unsigned int col) const { return isColSet(col, m_modifiedCols); }
-bool RRepositObject::isColSaving(unsigned int col) const { return isColSet(col, m_savingCols); }
+bool RRepositObject::isColSet(unsigned int col) const
+{
+    return isColSet(col, m_setCols);
+}
+bool RRepositObject::isColModified(unsigned int col) const
+{
+    return isColSet(col, m_modifiedCols);
+}
+bool RRepositObject::isColSaving(unsigned int col) const
+{
+    return isColSet(col, m_savingCols);
+}
 
 bool RRepositObject::isColDirty(unsigned int col) const
 {

@@ -12,13 +12,13 @@ namespace SXP {
 
 namespace {
 
-// strtod follows LC_NUMERIC, which a Qt application sets from the environment;
-// XML-RPC numbers always use ".", so conversions run in the "C" locale.
-locale_t cLocale()
-{
-    static const locale_t loc = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
-    return loc;
-}
+    // strtod follows LC_NUMERIC, which a Qt application sets from the environment;
+    // XML-RPC numbers always use ".", so conversions run in the "C" locale.
+    locale_t cLocale()
+    {
+        static const locale_t loc = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
+        return loc;
+    }
 
 } // namespace
 

@@ -32,7 +32,8 @@ TEST(RuntimeClass, DerivationWalksBaseRecordsByIdentity)
 
     EXPECT_EQ(root->CreateObject(), nullptr);
     EXPECT_EQ(repo->CreateObject()->GetRuntimeClass(), repo);
-    const RRuntimeClass throwing = { "Throwing", []() -> RObject* { throw 1; }, &RObject::GetThisClass, 0 };
+    const RRuntimeClass throwing
+        = { "Throwing", []() -> RObject* { throw 1; }, &RObject::GetThisClass, 0 };
     EXPECT_EQ(throwing.CreateObject(), nullptr);
 }
 
@@ -58,10 +59,11 @@ TEST(Guards, EachSlotHasExactlyOneRegistration)
     EXPECT_EQ(dropped, nullptr);
     dropped = first = second = &a; // none of these slots is registered any more
 
-    RRepositObject::clearGuards(goneAddress); // stale entries of the destroyed object would strike here
+    RRepositObject::clearGuards(
+        goneAddress); // stale entries of the destroyed object would strike here
     RRepositObject::clearGuards(&a);
     EXPECT_EQ((std::array { first, second, kept, removed, moved, dropped }),
-              (std::array<RObject*, 6> { &a, &a, nullptr, &a, &b, &a }));
+        (std::array<RObject*, 6> { &a, &a, nullptr, &a, &b, &a }));
     RRepositObject::clearGuards(&b);
     EXPECT_EQ(moved, nullptr);
 }
@@ -110,8 +112,9 @@ TEST(Guards, RacingFirstUseAndUseAfterTeardown)
     std::array<char, 256> output {};
     const size_t length = std::fread(output.data(), 1, output.size() - 1, helper);
     EXPECT_EQ(::pclose(helper), 0);
-    EXPECT_EQ(std::string(output.data(), length), "race: one registry\n"
-                                                  "teardown: add=null change=null remove=kept\n");
+    EXPECT_EQ(std::string(output.data(), length),
+        "race: one registry\n"
+        "teardown: add=null change=null remove=kept\n");
 }
 
 } // namespace

@@ -11,8 +11,8 @@ namespace {
 
 QByteArray reply(const std::string& value)
 {
-    return QByteArray::fromStdString("<methodResponse><params><param><value>" + value +
-                                     "</value></param></params></methodResponse>");
+    return QByteArray::fromStdString("<methodResponse><params><param><value>" + value
+        + "</value></param></params></methodResponse>");
 }
 
 QByteArray stringReply(const QString& payload)
@@ -30,15 +30,15 @@ TEST(RXMLRPCReply, FaultFillsCodeAndStringUntilTheNextReply)
 {
     // Both orders, and a member that is neither between them.
     for (const std::string& members :
-         {member("faultCode", "<int>4</int>") + member("faultString", "<string>bad</string>"),
-          member("faultString", "<string>bad</string>") + member("other", "<int>9</int>") +
-              member("faultCode", "<i4>4</i4>")}) {
+        { member("faultCode", "<int>4</int>") + member("faultString", "<string>bad</string>"),
+            member("faultString", "<string>bad</string>") + member("other", "<int>9</int>")
+                + member("faultCode", "<i4>4</i4>") }) {
         RXMLRPCObject object;
         QString error;
-        EXPECT_TRUE(object.parseReply(QByteArray::fromStdString(
-                                          "<methodResponse><fault><value><struct>" + members +
-                                          "</struct></value></fault></methodResponse>"),
-                                      error));
+        EXPECT_TRUE(
+            object.parseReply(QByteArray::fromStdString("<methodResponse><fault><value><struct>"
+                                  + members + "</struct></value></fault></methodResponse>"),
+                error));
         EXPECT_TRUE(object.isFault());
         EXPECT_EQ(object.faultCode(), 4);
         EXPECT_EQ(object.faultString(), "bad");
@@ -54,28 +54,31 @@ TEST(RXMLRPCReply, FaultFillsCodeAndStringUntilTheNextReply)
 
 TEST(RXMLRPCReply, PayloadBecomesNestedStructsOfText)
 {
-    const struct { const char* name; QByteArray doc; std::string result; } cases[] = {
-        {"Example", stringReply("<a><b>1</b><c>2</c></a><d>x</d>"),
-         "{a={b=QString:1;c=QString:2;};d=QString:x;}"},
-        {"BlankPayload", stringReply(" \n\t "), "{}"},
-        {"SiblingsOfOneNameKeepWireOrder", stringReply("<t>2</t><s>0</s><t>1</t><t>3</t>"),
-         "{s=QString:0;t=QString:2;t=QString:1;t=QString:3;}"},
-        {"AttributesIgnored", stringReply("<movie id='7' kind=\"x\">Title</movie>"),
-         "{movie=QString:Title;}"},
-        {"TextBetweenChildrenIgnored", stringReply("<a>before<b>1</b>between<c/>after</a>"),
-         "{a={b=QString:1;c=QString:;};}"},
-        {"RepeatedStructs",
-         stringReply("<l><i><t>A</t></i><i><t>B</t><n>2</n></i></l>"),
-         "{l={i={t=QString:A;};i={n=QString:2;t=QString:B;};};}"},
-        {"EntitiesDecodedOnceByEachLayer", stringReply("<t>a &amp;amp; b &lt;</t>"),
-         "{t=QString:a &amp; b <;}"},
-        {"OnlySurroundingBlanksTrimmed", stringReply("  \n<t> x </t>\n "), "{t=QString: x ;}"},
-        {"NonFaultStructFlattenedToTheFirstValue",
-         reply("<struct>" + member("p", "<string>&lt;k&gt;1&lt;/k&gt;</string>") +
-               member("q", "<string>&lt;j&gt;2&lt;/j&gt;</string>") + "</struct>"),
-         "{k=QString:1;}"},
-        {"NestingUpToTheLimit", nestedPayload(kRXMLRPCMaxDepth + 1),
-         times("{e=", kRXMLRPCMaxDepth + 1) + "QString:x" + times(";}", kRXMLRPCMaxDepth + 1)},
+    const struct {
+        const char* name;
+        QByteArray doc;
+        std::string result;
+    } cases[] = {
+        { "Example", stringReply("<a><b>1</b><c>2</c></a><d>x</d>"),
+            "{a={b=QString:1;c=QString:2;};d=QString:x;}" },
+        { "BlankPayload", stringReply(" \n\t "), "{}" },
+        { "SiblingsOfOneNameKeepWireOrder", stringReply("<t>2</t><s>0</s><t>1</t><t>3</t>"),
+            "{s=QString:0;t=QString:2;t=QString:1;t=QString:3;}" },
+        { "AttributesIgnored", stringReply("<movie id='7' kind=\"x\">Title</movie>"),
+            "{movie=QString:Title;}" },
+        { "TextBetweenChildrenIgnored", stringReply("<a>before<b>1</b>between<c/>after</a>"),
+            "{a={b=QString:1;c=QString:;};}" },
+        { "RepeatedStructs", stringReply("<l><i><t>A</t></i><i><t>B</t><n>2</n></i></l>"),
+            "{l={i={t=QString:A;};i={n=QString:2;t=QString:B;};};}" },
+        { "EntitiesDecodedOnceByEachLayer", stringReply("<t>a &amp;amp; b &lt;</t>"),
+            "{t=QString:a &amp; b <;}" },
+        { "OnlySurroundingBlanksTrimmed", stringReply("  \n<t> x </t>\n "), "{t=QString: x ;}" },
+        { "NonFaultStructFlattenedToTheFirstValue",
+            reply("<struct>" + member("p", "<string>&lt;k&gt;1&lt;/k&gt;</string>")
+                + member("q", "<string>&lt;j&gt;2&lt;/j&gt;</string>") + "</struct>"),
+            "{k=QString:1;}" },
+        { "NestingUpToTheLimit", nestedPayload(kRXMLRPCMaxDepth + 1),
+            times("{e=", kRXMLRPCMaxDepth + 1) + "QString:x" + times(";}", kRXMLRPCMaxDepth + 1) },
     };
     for (const auto& c : cases) {
         RXMLRPCObject object;
@@ -108,18 +111,22 @@ TEST(RXMLRPCReply, PayloadResultsAccumulateAndKeepTheirNames)
 
 TEST(RXMLRPCReply, MalformedRepliesFailWithTheirMessage)
 {
-    const struct { const char* name; QByteArray doc; QString error; } cases[] = {
-        {"ArrayIsUnknown", reply("<array><data/></array>"),
-         "Malformed response: Unknown element type found: array"},
-        {"WrongRoot", "<params><param><value><string/></value></param></params>",
-         "Error: malformed response, methodResponse tag mismatch."},
-        {"NotWellFormed", "<methodResponse>\n<params></methodResponse>",
-         "Bad XML-RPC reply: error mismatched tag at line 2 char 10"},
+    const struct {
+        const char* name;
+        QByteArray doc;
+        QString error;
+    } cases[] = {
+        { "ArrayIsUnknown", reply("<array><data/></array>"),
+            "Malformed response: Unknown element type found: array" },
+        { "WrongRoot", "<params><param><value><string/></value></param></params>",
+            "Error: malformed response, methodResponse tag mismatch." },
+        { "NotWellFormed", "<methodResponse>\n<params></methodResponse>",
+            "Bad XML-RPC reply: error mismatched tag at line 2 char 10" },
         // Counted in the wrapped payload: 13 characters more.
-        {"PayloadNotWellFormed", stringReply("<a>1</b>"),
-         "Bad XML-RPC reply: error mismatched tag at line 1 char 19"},
-        {"PayloadNestedTooDeep", nestedPayload(kRXMLRPCMaxDepth + 2),
-         "Malformed response: values nested deeper than 256 levels"},
+        { "PayloadNotWellFormed", stringReply("<a>1</b>"),
+            "Bad XML-RPC reply: error mismatched tag at line 1 char 19" },
+        { "PayloadNestedTooDeep", nestedPayload(kRXMLRPCMaxDepth + 2),
+            "Malformed response: values nested deeper than 256 levels" },
     };
     for (const auto& c : cases) {
         RXMLRPCObject object;

@@ -10,8 +10,8 @@ namespace {
 
 std::string call(const std::string& params, const std::string& name = "m")
 {
-    return "<?xml version=\"1.0\"?>\n<methodCall><methodName>" + name + "</methodName><params>" +
-           params + "</params></methodCall>";
+    return "<?xml version=\"1.0\"?>\n<methodCall><methodName>" + name + "</methodName><params>"
+        + params + "</params></methodCall>";
 }
 
 std::string param(const std::string& value)
@@ -38,8 +38,7 @@ std::string nested(int depth, bool structs)
     return param(value);
 }
 
-struct Parsed
-{
+struct Parsed {
     bool ok;
     QString error;
     std::string params;
@@ -48,70 +47,78 @@ struct Parsed
 Parsed parse(RXMLRPCObject& object, const std::string& doc, QString error = {})
 {
     const bool ok = object.parseRequest(QByteArray::fromStdString(doc), error);
-    return {ok, error, describe(object.params())};
+    return { ok, error, describe(object.params()) };
 }
 
 TEST(RXMLRPCRequest, ParsesIntoParametersOrFailsWithItsMessageKeepingWhatWasRead)
 {
-    struct Case { const char* name; std::string doc; std::string params; QString error = {}; };
+    struct Case {
+        const char* name;
+        std::string doc;
+        std::string params;
+        QString error = {};
+    };
     const Case cases[] = {
-        {"IntegersReadLikeAtol",
-         call(params("int", {"42", "abc", "12abc"}) + params("i4", {" -7"})),
-         "[int:42,int:0,int:12,int:-7,]"},
-        {"BooleansReadAsNumbers", call(params("boolean", {"2", "0", "true"})),
-         "[bool:true,bool:false,bool:false,]"},
-        {"DoubleStringAndUndecodedBase64",
-         call(params("double", {"-1.5e3"}) + params("string", {"a &amp; b &lt;c&gt; caf\xC3\xA9"}) +
-              params("base64", {"aGk="})),
-         "[double:-1500,QString:a & b <c> caf\xC3\xA9,QString:aGk=,]"},
-        {"UntypedTextAndDatesRepeatTheCurrentValue",
-         call(param("plain") + params("int", {"5"}) +
-              params("dateTime.iso8601", {"20240101T10:00:00"})),
-         "[invalid,int:5,int:5,]"},
-        {"EqualKeysKeepWireOrder",
-         call(param("<struct>" + member("k", "<int>3</int>") + member("k", "<int>1</int>") +
-                    member("j", "<string>x</string>") + member("k", "<int>2</int>") + "</struct>")),
-         "[{j=QString:x;k=int:3;k=int:1;k=int:2;},]"},
-        {"StructInArrayInStruct",
-         call(param("<struct><member><name>list</name><value><array><data>"
-                    "<value><struct>" + member("t", "<int>1</int>") + "</struct></value>"
-                    "<value><array><data><value><boolean>1</boolean></value></data></array></value>"
-                    "</data></array></value></member>" + member("after", "<double>0.5</double>") +
-                    "</struct>")),
-         "[{after=double:0.5;list=[{t=int:1;},[bool:true,],];},]"},
-        {"EmptyValues",
-         call(param("<struct/>") + param("<array><data/></array>") + param("<string/>")),
-         "[{},[],QString:,]"},
-        {"NestingUpToTheLimit", call(nested(kRXMLRPCMaxDepth, false)),
-         "[" + times("[", kRXMLRPCMaxDepth) + "int:1," + times("],", kRXMLRPCMaxDepth) + "]"},
-        {"NestedTooDeep", call(nested(kRXMLRPCMaxDepth + 1, true)), "[]",
-         "Malformed request: values nested deeper than 256 levels"},
-        {"MemberWithoutName",
-         call(param("<struct><member><value><int>1</int></value></member></struct>")),
-         "[{unknown=int:1;},]", "No name for member within structure"},
-        {"MemberInsideArrayData",
-         call(param("<array><data><member><value><int>1</int></value></member></data></array>")),
-         "[[int:1,],]",
-         "Malformed request: found <member> tag outside a <struct>"
-         "Malformed request: found closing <member> tag outside a <struct>"},
-        {"DataOutsideArray", call(param("<data></data>")), "[invalid,]",
-         "Malformed request: found <data> tag outside a <array>"
-         "Malformed request: found closing <data> tag outside a <array>"},
-        {"NameOutsideStruct", call("<param><name>n</name></param>"), "[]",
-         "Malformed request: found <name> tag outside a <struct>"
-         "Malformed request: found closing <name> tag outside a <struct>"},
-        {"UnknownElementStopsTheParse",
-         call(param("<int>1</int>") + param("<nil/>") + param("<int>2</int>")), "[int:1,]",
-         "Malformed request: Unknown element type found: nil"},
-        {"ResponseIsNotARequest", "<methodResponse><params/></methodResponse>", "[]",
-         "Malformed request: Unknown element type found: methodResponse"},
-        {"WrongRoot", "<params>" + param("<int>1</int>") + "</params>", "[int:1,]",
-         "Error: malformed request, methodCall tag mismatch."},
-        {"NotWellFormed", "<methodCall>\n<params>\n<param></params>", "[]",
-         "Bad XML-RPC request: error mismatched tag at line 3 char 9"},
-        {"HandlerAndExpatErrors", "<methodCall><nil>", "[]",
-         "Malformed request: Unknown element type found: nil\n"
-         "Bad XML-RPC request: error no element found at line 1 char 17"},
+        { "IntegersReadLikeAtol",
+            call(params("int", { "42", "abc", "12abc" }) + params("i4", { " -7" })),
+            "[int:42,int:0,int:12,int:-7,]" },
+        { "BooleansReadAsNumbers", call(params("boolean", { "2", "0", "true" })),
+            "[bool:true,bool:false,bool:false,]" },
+        { "DoubleStringAndUndecodedBase64",
+            call(params("double", { "-1.5e3" })
+                + params("string", { "a &amp; b &lt;c&gt; caf\xC3\xA9" })
+                + params("base64", { "aGk=" })),
+            "[double:-1500,QString:a & b <c> caf\xC3\xA9,QString:aGk=,]" },
+        { "UntypedTextAndDatesRepeatTheCurrentValue",
+            call(param("plain") + params("int", { "5" })
+                + params("dateTime.iso8601", { "20240101T10:00:00" })),
+            "[invalid,int:5,int:5,]" },
+        { "EqualKeysKeepWireOrder",
+            call(param("<struct>" + member("k", "<int>3</int>") + member("k", "<int>1</int>")
+                + member("j", "<string>x</string>") + member("k", "<int>2</int>") + "</struct>")),
+            "[{j=QString:x;k=int:3;k=int:1;k=int:2;},]" },
+        { "StructInArrayInStruct",
+            call(param("<struct><member><name>list</name><value><array><data>"
+                       "<value><struct>"
+                + member("t", "<int>1</int>")
+                + "</struct></value>"
+                  "<value><array><data><value><boolean>1</boolean></value></data></array></value>"
+                  "</data></array></value></member>"
+                + member("after", "<double>0.5</double>") + "</struct>")),
+            "[{after=double:0.5;list=[{t=int:1;},[bool:true,],];},]" },
+        { "EmptyValues",
+            call(param("<struct/>") + param("<array><data/></array>") + param("<string/>")),
+            "[{},[],QString:,]" },
+        { "NestingUpToTheLimit", call(nested(kRXMLRPCMaxDepth, false)),
+            "[" + times("[", kRXMLRPCMaxDepth) + "int:1," + times("],", kRXMLRPCMaxDepth) + "]" },
+        { "NestedTooDeep", call(nested(kRXMLRPCMaxDepth + 1, true)), "[]",
+            "Malformed request: values nested deeper than 256 levels" },
+        { "MemberWithoutName",
+            call(param("<struct><member><value><int>1</int></value></member></struct>")),
+            "[{unknown=int:1;},]", "No name for member within structure" },
+        { "MemberInsideArrayData",
+            call(param("<array><data><member><value><int>1</int></value></member></data></array>")),
+            "[[int:1,],]",
+            "Malformed request: found <member> tag outside a <struct>"
+            "Malformed request: found closing <member> tag outside a <struct>" },
+        { "DataOutsideArray", call(param("<data></data>")), "[invalid,]",
+            "Malformed request: found <data> tag outside a <array>"
+            "Malformed request: found closing <data> tag outside a <array>" },
+        { "NameOutsideStruct", call("<param><name>n</name></param>"), "[]",
+            "Malformed request: found <name> tag outside a <struct>"
+            "Malformed request: found closing <name> tag outside a <struct>" },
+        { "UnknownElementStopsTheParse",
+            call(param("<int>1</int>") + param("<nil/>") + param("<int>2</int>")), "[int:1,]",
+            "Malformed request: Unknown element type found: nil" },
+        { "ResponseIsNotARequest", "<methodResponse><params/></methodResponse>", "[]",
+            "Malformed request: Unknown element type found: methodResponse" },
+        { "WrongRoot", "<params>" + param("<int>1</int>") + "</params>", "[int:1,]",
+            "Error: malformed request, methodCall tag mismatch." },
+        { "NotWellFormed", "<methodCall>\n<params>\n<param></params>", "[]",
+            "Bad XML-RPC request: error mismatched tag at line 3 char 9" },
+        { "HandlerAndExpatErrors", "<methodCall><nil>", "[]",
+            "Malformed request: Unknown element type found: nil\n"
+            "Bad XML-RPC request: error no element found at line 1 char 17" },
     };
     for (const auto& c : cases) {
         RXMLRPCObject object;
@@ -123,7 +130,7 @@ TEST(RXMLRPCRequest, ParsesIntoParametersOrFailsWithItsMessageKeepingWhatWasRead
 
     RXMLRPCObject object; // an expat error goes behind what the caller's text held
     EXPECT_EQ(parse(object, "<methodCall>", "earlier").error,
-              "earlier\nBad XML-RPC request: error no element found at line 1 char 12");
+        "earlier\nBad XML-RPC request: error no element found at line 1 char 12");
 }
 
 TEST(RXMLRPCRequest, ParametersAccumulateAndTheFirstMethodNameStays)
