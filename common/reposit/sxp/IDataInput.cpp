@@ -4,7 +4,9 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <clocale>
+#include <cstdint>
 #include <cstdlib>
 #include <locale.h>
 
@@ -30,7 +32,11 @@ long IDataInput::ToLong(const char* text)
 
 int IDataInput::ToInt(const char* text)
 {
-    return static_cast<int>(ToLong(text));
+    // An XML-RPC int is 32 bits. Narrowing the wider result would wrap an out-of-range value
+    // into an unrelated one (4294967338 into 42); a 32-bit atol saturates instead. strtoll
+    // saturates too, so even an absurdly long number ends up at the right bound.
+    const long long wide = std::strtoll(text, nullptr, 10);
+    return static_cast<int>(std::clamp<long long>(wide, INT32_MIN, INT32_MAX));
 }
 
 double IDataInput::ToDouble(const char* text)

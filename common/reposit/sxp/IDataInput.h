@@ -5,8 +5,7 @@ class QString;
 namespace SXP {
 
 // Character data of an element and its conversions.
-class IDataInput
-{
+class IDataInput {
 public:
     virtual ~IDataInput() = default;
 
@@ -14,7 +13,8 @@ public:
     virtual const char* Data() = 0;
 
     // Decimal integer in the manner of atol: leading blanks, optional sign, digits;
-    // the first other character ends the number and no digits give 0.
+    // the first other character ends the number and no digits give 0. Values beyond 32 bits
+    // saturate at INT32_MAX / INT32_MIN.
     void Retrieve(int& value);
     // Decimal floating point in the manner of atof, always with "." as the separator.
     void Retrieve(double& value);

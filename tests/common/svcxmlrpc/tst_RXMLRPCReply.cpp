@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 namespace {
@@ -28,19 +29,36 @@ QByteArray nestedPayload(int depth)
 
 TEST(RXMLRPCReply, FaultFillsCodeAndStringUntilTheNextReply)
 {
-    // Both orders, and a member that is neither between them.
-    for (const std::string& members :
-        { member("faultCode", "<int>4</int>") + member("faultString", "<string>bad</string>"),
-            member("faultString", "<string>bad</string>") + member("other", "<int>9</int>")
-                + member("faultCode", "<i4>4</i4>") }) {
+    const auto fault = [](const std::string& code) {
+        return member("faultCode", code) + member("faultString", "<string>bad</string>");
+    };
+    // Both orders, a member that is neither between them, and codes read like a 32-bit atol.
+    const struct {
+        std::string members;
+        int code;
+    } cases[] = {
+        { fault("<int>4</int>"), 4 },
+        { member("faultString", "<string>bad</string>") + member("other", "<int>9</int>")
+                + member("faultCode", "<i4>4</i4>"),
+            4 },
+        { fault("<int>4294967338</int>"), INT32_MAX },
+        { fault("<i4>3000000000</i4>"), INT32_MAX },
+        { fault("<int>-3000000000</int>"), INT32_MIN },
+        { fault("<i4>2147483647</i4>"), INT32_MAX },
+        { fault("<int>-2147483648</int>"), INT32_MIN },
+        { fault("<int>1234567890123456789012345678901234567890</int>"), INT32_MAX },
+        { fault("<i4> -7</i4>"), -7 },
+        { fault("<int>abc</int>"), 0 },
+    };
+    for (const auto& [members, code] : cases) {
         RXMLRPCObject object;
         QString error;
         EXPECT_TRUE(
             object.parseReply(QByteArray::fromStdString("<methodResponse><fault><value><struct>"
                                   + members + "</struct></value></fault></methodResponse>"),
                 error));
-        EXPECT_TRUE(object.isFault());
-        EXPECT_EQ(object.faultCode(), 4);
+        EXPECT_TRUE(object.isFault()) << members;
+        EXPECT_EQ(object.faultCode(), code) << members;
         EXPECT_EQ(object.faultString(), "bad");
         EXPECT_TRUE(object.result().isEmpty());
 

@@ -62,8 +62,15 @@ TEST(RXMLRPCRequest, ParsesIntoParametersOrFailsWithItsMessageKeepingWhatWasRead
         { "IntegersReadLikeAtol",
             call(params("int", { "42", "abc", "12abc" }) + params("i4", { " -7" })),
             "[int:42,int:0,int:12,int:-7,]" },
-        { "BooleansReadAsNumbers", call(params("boolean", { "2", "0", "true" })),
-            "[bool:true,bool:false,bool:false,]" },
+        { "IntegersSaturateAt32Bits",
+            call(params("int",
+                     { "4294967338", "-3000000000", "2147483647", "-2147483648",
+                         "1234567890123456789012345678901234567890" })
+                + params("i4", { "3000000000", "-1234567890123456789012345678901234567890" })),
+            "[int:2147483647,int:-2147483648,int:2147483647,int:-2147483648,int:2147483647,"
+            "int:2147483647,int:-2147483648,]" },
+        { "BooleansReadAsNumbers", call(params("boolean", { "2", "0", "true", "4294967296" })),
+            "[bool:true,bool:false,bool:false,bool:true,]" },
         { "DoubleStringAndUndecodedBase64",
             call(params("double", { "-1.5e3" })
                 + params("string", { "a &amp; b &lt;c&gt; caf\xC3\xA9" })

@@ -37,7 +37,7 @@ TEST(Retrieve, ConvertsLikeAtolAndAtofInTheCLocaleAndTextFromUtf8)
         double asDouble;
     } cases[] = { { "42", 42, 42.0 }, { " -7", -7, -7.0 }, { "+3x", 3, 3.0 }, { "abc", 0, 0.0 },
         { "1.5e2", 1, 150.0 }, { "-0.25", 0, -0.25 },
-        { "99999999999", 1215752191, 99999999999.0 } };
+        { "99999999999", 2147483647, 99999999999.0 } };
     CElement element;
     for (const auto& c : cases) {
         element.Reset("int", nullptr);
