@@ -167,11 +167,12 @@ void RRepositObject::clearGuards(RObject* object)
     if (!entries || !lock)
         return;
     const GuardWriteLocker locker(lock);
-    auto [it, end] = entries->equal_range(object);
-    while (it != end) {
-        *it.value() = nullptr;
-        it = entries->erase(it);
-    }
+    // Never erase while walking the object's range: erasing its last entry can move another
+    // object's entries back into the freed bucket, and the walk would go on to clear them.
+    const QList<RObject**> guarding = entries->values(object);
+    for (RObject** slot : guarding)
+        *slot = nullptr;
+    entries->remove(object);
 }
 
 // ---- class record --------------------------------------------------------------
