@@ -6,8 +6,9 @@
 // The trees are made in a temporary folder at start and removed at the end. After the
 // runs the ratios are printed against their goals (1.3x and 1.2x).
 
-#include "vtvplugin/DiskInfo.h"
-#include "vtvplugin/JUtils.h"
+#include "vtvplugin/library/DiskUsage.h"
+#include "vtvplugin/library/JUtils.h"
+#include "vtvplugin/platform/HomeFolder.h"
 
 #include <benchmark/benchmark.h>
 
@@ -109,7 +110,7 @@ private:
                     symlink(file.c_str(), (home + "/Movies/" + movieName(i) + suffix).c_str());
             }
         }
-        qputenv("HOME", QByteArray::fromStdString(home));
+        HomeFolder::set(QString::fromStdString(home));
     }
 
     QTemporaryDir m_dir;

@@ -3,20 +3,20 @@
 // A temporary home for driving vireoctl in process, with helpers to make source
 // files and to snapshot the whole tree. Header-only, shared by the vireoctl tests.
 
+#include "TempHome.h"
 #include "VireoCtl.h"
 
 #include <gtest/gtest.h>
 
 #include <QBuffer>
 #include <QByteArray>
-#include <QCryptographicHash>
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QStringList>
-#include <QTemporaryDir>
 
 struct CtlOutcome {
     int status = -1;
@@ -26,23 +26,19 @@ struct CtlOutcome {
     QJsonDocument json() const { return QJsonDocument::fromJson(out.toUtf8()); }
 };
 
-class VireoCtlFixture : public ::testing::Test {
+class VireoCtlFixture : public TempHome {
 protected:
     static inline const QString kPairA = QStringLiteral("0123456789abcdef0123456789ABCDEF");
     static inline const QString kPairB = QStringLiteral("FEDCBA9876543210fedcba9876543210");
 
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid());
-        m_savedHome = qgetenv("HOME");
-        ASSERT_TRUE(QDir().mkpath(home()));
+        TempHome::SetUp();
         ASSERT_TRUE(QDir().mkpath(sources()));
     }
-    void TearDown() override { qputenv("HOME", m_savedHome); }
 
-    QString home() const { return m_dir.path() + QStringLiteral("/home"); }
     // Where the test keeps the files it adds, outside the library.
-    QString sources() const { return m_dir.path() + QStringLiteral("/src"); }
+    QString sources() const { return root() + QStringLiteral("/src"); }
     QString movies() const { return home() + QStringLiteral("/Movies/"); }
     QString pairDir(const QString& pairID) const
     {
@@ -109,41 +105,4 @@ protected:
     }
 
     static QString linkTarget(const QString& path) { return QFileInfo(path).symLinkTarget(); }
-
-    // Every entry below `folder` with its kind, link target or content digest: equal
-    // snapshots mean nothing was created, removed, moved or rewritten.
-    static QStringList snapshot(const QString& folder)
-    {
-        QStringList entries;
-        QDirIterator it(folder,
-            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-            QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            const QString path = it.next();
-            const QFileInfo info = it.fileInfo();
-            QString line = path.mid(folder.length());
-            if (info.isSymLink()) {
-                line += QStringLiteral(" -> ") + info.symLinkTarget();
-            } else if (info.isFile()) {
-                QFile file(path);
-                file.open(QIODevice::ReadOnly);
-                line += QLatin1Char(' ')
-                    + QString::fromLatin1(
-                        QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1).toHex());
-            }
-            entries.append(line);
-        }
-        entries.sort();
-        return entries;
-    }
-
-    static QStringList names(const QString& folder)
-    {
-        return QDir(folder).entryList(
-            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    }
-
-private:
-    QTemporaryDir m_dir;
-    QByteArray m_savedHome;
 };

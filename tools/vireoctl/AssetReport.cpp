@@ -2,7 +2,7 @@
 
 #include "JsonText.h"
 
-#include "vtvplugin/VTVMediaAsset.h"
+#include "vtvplugin/media/VTVMediaAsset.h"
 
 #include <QFileInfo>
 #include <QJsonArray>

@@ -2,8 +2,8 @@
 
 #include "JsonText.h"
 
-#include "vtvplugin/DiskInfo.h"
-#include "vtvplugin/JUtils.h"
+#include "vtvplugin/library/DiskInfo.h"
+#include "vtvplugin/library/JUtils.h"
 
 #include <QJsonArray>
 
@@ -32,7 +32,7 @@ QJsonObject BoxInfo::json() const
         { QStringLiteral("capacity"), m_capacity },
         { QStringLiteral("available"), m_available },
         { QStringLiteral("used"), m_used },
-        { QStringLiteral("serial"), jsonTextOrNull(m_serial) },
+        { QStringLiteral("serial"), m_serial },
         { QStringLiteral("pairCount"), m_pairCount },
         { QStringLiteral("mac"), jsonTextOrNull(m_mac) },
         { QStringLiteral("load"), QJsonArray { m_load[0], m_load[1], m_load[2] } },

@@ -6,13 +6,13 @@
 #include "StagedCopy.h"
 #include "VireoCtlLog.h"
 
-#include "vtvplugin/JUtils.h"
-#include "vtvplugin/LibraryTree.h"
-#include "vtvplugin/PlistSettings.h"
+#include "vtvplugin/library/JUtils.h"
+#include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/store/LibraryPaths.h"
+#include "vtvplugin/store/PairConfig.h"
 
 #include <QDir>
 #include <QJsonArray>
-#include <QSettings>
 
 #include <array>
 
@@ -88,11 +88,11 @@ public:
     bool create(QString& error)
     {
         const QString folder = stagingFolder();
-        if (LibraryTree::entryExists(folder) && !LibraryTree::isRealFolder(folder)) {
+        if (FileSystem::entryExists(folder) && !FileSystem::isRealFolder(folder)) {
             error = QStringLiteral("not a folder: ") + folder;
             return false;
         }
-        if (LibraryTree::isRealFolder(folder))
+        if (FileSystem::isRealFolder(folder))
             QDir(folder).removeRecursively();
         if (!QDir().mkdir(folder)) {
             error = QStringLiteral("cannot create folder: ") + folder;
@@ -163,13 +163,10 @@ bool addMovie(const DemoMovie& movie, int index, bool clips, QJsonArray& added, 
 // What a sync by the pair's player would have left, at a fixed time.
 bool writeStats(const DemoPair& pair, QString& error)
 {
-    QSettings stats(LibraryTree::statsPath(QString::fromUtf8(pair.id)), PlistSettings::format());
-    stats.setValue(QStringLiteral("lastSyncTime"), QString::number(pair.lastSyncTime));
-    stats.setValue(QStringLiteral("lastSyncPeer"), QString::fromUtf8(pair.peer));
-    stats.sync();
-    if (stats.status() == QSettings::NoError)
+    const QString pairID = QString::fromUtf8(pair.id);
+    if (PairConfig::writeStats(pairID, { pair.lastSyncTime, QString::fromUtf8(pair.peer) }))
         return true;
-    error = QStringLiteral("cannot write ") + LibraryTree::statsPath(QString::fromUtf8(pair.id));
+    error = QStringLiteral("cannot write ") + LibraryPaths::statsPath(pairID);
     return false;
 }
 
@@ -224,7 +221,7 @@ bool DemoLibrary::build(const Options& options, QJsonObject& report, QString& er
         return false;
     }
     // The roots must exist before the staging folder goes inside "Vireo".
-    if (!LibraryTree::isRealFolder(JUtils::homePath() + QStringLiteral("/Vireo"))
+    if (!FileSystem::isRealFolder(JUtils::homePath() + QStringLiteral("/Vireo"))
         && !QDir().mkdir(JUtils::homePath() + QStringLiteral("/Vireo"))) {
         error = QStringLiteral("cannot create folder: ") + JUtils::homePath()
             + QStringLiteral("/Vireo");

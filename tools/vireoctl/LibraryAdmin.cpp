@@ -3,18 +3,17 @@
 #include "StagedCopy.h"
 #include "VireoCtlLog.h"
 
-#include "vtvplugin/JUtils.h"
-#include "vtvplugin/LibraryTree.h"
-#include "vtvplugin/PlistSettings.h"
-#include "vtvplugin/VTVMediaAsset.h"
-#include "vtvplugin/VireoPairInfo.h"
+#include "vtvplugin/library/JUtils.h"
+#include "vtvplugin/library/VireoPairInfo.h"
+#include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/store/LibraryFormat.h"
+#include "vtvplugin/store/LibraryPaths.h"
+#include "vtvplugin/store/PairConfig.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
-#include <QRegularExpression>
-#include <QSettings>
 #include <QUrl>
 
 #include <algorithm>
@@ -34,12 +33,12 @@ QStringList libraryRoots()
 
 bool checkRoots(QString& error)
 {
-    if (!LibraryTree::isRealFolder(homeFolder())) {
+    if (!FileSystem::isRealFolder(homeFolder())) {
         error = QStringLiteral("home folder does not exist: ") + homeFolder();
         return false;
     }
     for (const QString& root : libraryRoots()) {
-        if (LibraryTree::entryExists(root) && !LibraryTree::isRealFolder(root)) {
+        if (FileSystem::entryExists(root) && !FileSystem::isRealFolder(root)) {
             error = QStringLiteral("not a folder: ") + root;
             return false;
         }
@@ -50,7 +49,7 @@ bool checkRoots(QString& error)
 bool makeRoots(QString& error)
 {
     for (const QString& root : libraryRoots()) {
-        if (!LibraryTree::isRealFolder(root) && !QDir().mkdir(root)) {
+        if (!FileSystem::isRealFolder(root) && !QDir().mkdir(root)) {
             error = QStringLiteral("cannot create folder: ") + root;
             return false;
         }
@@ -60,7 +59,7 @@ bool makeRoots(QString& error)
 
 bool checkPairID(const QString& pairID, QString& error)
 {
-    if (!LibraryAdmin::isWellFormedPairID(pairID)) {
+    if (!LibraryFormat::isWellFormedPairID(pairID)) {
         error = QStringLiteral("pair id must be 32 letters and digits: ") + pairID;
         return false;
     }
@@ -92,11 +91,11 @@ bool checkClientName(const QString& pairID, const QString& clientName, QString& 
         }
     }
     const QString clientFolder = homeFolder() + QStringLiteral("/Movies/") + clientName;
-    if (LibraryTree::entryExists(clientFolder) && !LibraryTree::isRealFolder(clientFolder)) {
+    if (FileSystem::entryExists(clientFolder) && !FileSystem::isRealFolder(clientFolder)) {
         error = QStringLiteral("not a folder: ") + clientFolder;
         return false;
     }
-    if (LibraryTree::entryExists(LibraryTree::pairFolder(pairID))) {
+    if (FileSystem::entryExists(LibraryPaths::pairFolder(pairID))) {
         error = QStringLiteral("pair already exists: ") + pairID;
         return false;
     }
@@ -105,15 +104,9 @@ bool checkClientName(const QString& pairID, const QString& clientName, QString& 
 
 bool writeConfig(const QString& pairID, const QString& clientName, quint32 pairTime, QString& error)
 {
-    QSettings config(LibraryTree::configPath(pairID), PlistSettings::format());
-    config.beginGroup(QStringLiteral("global"));
-    config.setValue(QStringLiteral("clientName"), clientName);
-    config.setValue(QStringLiteral("pairTime"), QString::number(pairTime));
-    config.endGroup();
-    config.sync();
-    if (config.status() == QSettings::NoError)
+    if (PairConfig::writeConfig(pairID, { clientName, pairTime }))
         return true;
-    error = QStringLiteral("cannot write ") + LibraryTree::configPath(pairID);
+    error = QStringLiteral("cannot write ") + LibraryPaths::configPath(pairID);
     return false;
 }
 
@@ -208,18 +201,16 @@ bool stageMovie(
 // extension, and metadata or a cover that this add left out.
 void removeStaleFiles(const QString& pairFolder, const QString& identifier, const QStringList& keep)
 {
-    const QFileInfoList entries
-        = QDir(pairFolder)
-              .entryInfoList(
-                  QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QFileInfo& entry : entries) {
-        if (entry.completeBaseName() != identifier || keep.contains(entry.fileName())
-            || entry.isDir())
+    const QStringList names = FileSystem::entryNames(pairFolder);
+    for (const QString& name : names) {
+        const QString path = pairFolder + QLatin1Char('/') + name;
+        if (LibraryPaths::withoutLastSuffix(name) != identifier || keep.contains(name)
+            || FileSystem::isRealFolder(path))
             continue;
-        qCDebug(lcVireoCtl).noquote() << "Removing file of the replaced movie:" << entry.filePath();
-        if (!QFile::remove(entry.filePath()))
+        qCDebug(lcVireoCtl).noquote() << "Removing file of the replaced movie:" << path;
+        if (!FileSystem::removeEntry(path))
             qCDebug(lcVireoCtl).noquote()
-                << "Error: failed to remove file of the replaced movie:" << entry.filePath();
+                << "Error: failed to remove file of the replaced movie:" << path;
     }
 }
 
@@ -229,7 +220,7 @@ QStringList linksMade(const QString& pairID, const QString& title, const QString
     QStringList links;
     for (const QString& name : names) {
         const QString link = linkFolder + title + QLatin1Char('.') + QFileInfo(name).suffix();
-        if (QFileInfo(link).isSymLink())
+        if (FileSystem::isSymLink(link))
             links.append(link);
     }
     links.sort();
@@ -243,22 +234,16 @@ bool LibraryAdmin::checkLibraryRoots(QString& error)
     return checkRoots(error);
 }
 
-bool LibraryAdmin::isWellFormedPairID(const QString& pairID)
-{
-    static const QRegularExpression pattern(QStringLiteral("\\A[A-Za-z0-9]{32}\\z"));
-    return pattern.match(pairID).hasMatch();
-}
-
 bool LibraryAdmin::isKnownPair(const QString& pairID)
 {
     QStringList pairs;
     JUtils::listVireoTVdirs(pairs);
-    return pairs.contains(pairID) && LibraryTree::isRealFolder(LibraryTree::pairFolder(pairID));
+    return pairs.contains(pairID) && FileSystem::isRealFolder(LibraryPaths::pairFolder(pairID));
 }
 
 bool LibraryAdmin::isSafeName(const QString& name)
 {
-    if (name.isEmpty() || !LibraryTree::staysInFolder(name))
+    if (name.isEmpty() || !LibraryFormat::staysInFolder(name))
         return false;
     return std::none_of(
         name.cbegin(), name.cend(), [](QChar c) { return c.category() == QChar::Other_Control; });
@@ -284,14 +269,14 @@ bool LibraryAdmin::pair(
     if (!checkPairID(pairID, error) || !checkRoots(error)
         || !checkClientName(pairID, clientName, error) || !makeRoots(error))
         return false;
-    const QString folder = LibraryTree::pairFolder(pairID);
+    const QString folder = LibraryPaths::pairFolder(pairID);
     if (!QDir().mkdir(folder)) {
         error = QStringLiteral("cannot create folder: ") + folder;
         return false;
     }
     if (!writeConfig(pairID, clientName, pairTime, error)) {
-        QFile::remove(LibraryTree::configPath(pairID));
-        QDir().rmdir(folder);
+        FileSystem::removeEntry(LibraryPaths::configPath(pairID));
+        FileSystem::removeFolder(folder);
         return false;
     }
     JUtils::checkAndFixLinks();
@@ -314,7 +299,7 @@ bool LibraryAdmin::add(const AddRequest& request, AddResult& result, QString& er
         return false;
     }
 
-    const QString pairFolder = LibraryTree::pairFolder(request.pairID);
+    const QString pairFolder = LibraryPaths::pairFolder(request.pairID);
     StagedCopy staging(pairFolder);
     if (!stageMovie(request, identifier, staging, error))
         return false;
@@ -342,7 +327,7 @@ bool LibraryAdmin::recordSync(const QString& pairID, const QString& peer, QStrin
         return false;
     }
     if (!JUtils::updatePairStats(pairID, peer)) {
-        error = QStringLiteral("cannot write ") + LibraryTree::statsPath(pairID);
+        error = QStringLiteral("cannot write ") + LibraryPaths::statsPath(pairID);
         return false;
     }
     return true;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vtvplugin/VireoPlayerPair.h"
+#include "vtvplugin/library/VireoPlayerPair.h"
 
 #include <QList>
 #include <QString>
@@ -46,8 +46,6 @@ public:
     // Every pair record, sorted by pair identifier.
     static QList<VireoPlayerPair> pairRecords();
 
-    // 32 ASCII letters and digits.
-    static bool isWellFormedPairID(const QString& pairID);
     // A listed pair whose folder is a real folder.
     static bool isKnownPair(const QString& pairID);
     // Usable as one file name inside a library folder.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vtvplugin/VireoPlayerPair.h"
+#include "vtvplugin/library/VireoPlayerPair.h"
 
 #include <QJsonArray>
 #include <QList>

@@ -1,11 +1,8 @@
 #include "PlaybackCacheAdmin.h"
 
-#include "vtvplugin/PlaybackPositionCache.h"
-#include "vtvplugin/PlistSettings.h"
+#include "vtvplugin/store/PlaybackPositionCache.h"
 
 #include <QDateTime>
-#include <QFileInfo>
-#include <QSettings>
 #include <QStringList>
 
 #include <algorithm>
@@ -15,33 +12,15 @@ namespace {
 // "T_P" as a readable text; an entry that does not parse is shown as stored.
 QString describe(const QString& stored)
 {
-    const QStringList pieces = stored.split(QLatin1Char('_'));
-    bool timeOk = false;
-    bool positionOk = false;
-    const qint64 time = pieces.value(0).toLongLong(&timeOk);
-    const qint32 position = pieces.value(1).toInt(&positionOk);
-    if (pieces.size() != 2 || !timeOk || !positionOk)
+    const auto time = PlaybackPositionCache::savedAt(stored);
+    const auto position = PlaybackPositionCache::positionOf(stored);
+    if (!time || !position)
         return QStringLiteral("unreadable entry ") + stored;
-    return QString::number(position) + QStringLiteral(" ms, saved ")
-        + QDateTime::fromSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODate);
+    return QString::number(*position) + QStringLiteral(" ms, saved ")
+        + QDateTime::fromSecsSinceEpoch(static_cast<qint64>(*time), Qt::UTC).toString(Qt::ISODate);
 }
 
 } // namespace
-
-QMap<QString, QString> PlaybackCacheAdmin::entries()
-{
-    QMap<QString, QString> result;
-    const QString path = playbackPositionCachePath();
-    if (!QFileInfo(path).isFile())
-        return result;
-    QSettings cache(path, PlistSettings::format());
-    cache.beginGroup(QStringLiteral("playback_pos"));
-    const QStringList keys = cache.childKeys();
-    for (const QString& key : keys)
-        result.insert(key, cache.value(key).toString());
-    cache.endGroup();
-    return result;
-}
 
 QJsonObject PlaybackCacheAdmin::json(const QMap<QString, QString>& entries)
 {

@@ -2,13 +2,15 @@
 
 #include "VireoCtlLog.h"
 
+#include "vtvplugin/platform/HomeFolder.h"
+
 #include <QFile>
 
 namespace {
 
 constexpr qint64 kChunkSize = 1 << 20;
 
-bool copyContents(QFile& from, QSaveFile& to, QString& error)
+bool copyContents(QFile& from, AtomicFile& to, QString& error)
 {
     QByteArray chunk;
     while (!from.atEnd()) {
@@ -18,9 +20,9 @@ bool copyContents(QFile& from, QSaveFile& to, QString& error)
                 + from.errorString();
             return false;
         }
-        if (to.write(chunk) != chunk.size()) {
-            error = QStringLiteral("cannot write ") + to.fileName() + QStringLiteral(": ")
-                + to.errorString();
+        QString reason;
+        if (!to.write(chunk, &reason)) {
+            error = QStringLiteral("cannot write ") + to.path() + QStringLiteral(": ") + reason;
             return false;
         }
     }
@@ -34,20 +36,16 @@ StagedCopy::StagedCopy(QString folder)
 {
 }
 
-StagedCopy::~StagedCopy()
-{
-    for (auto& [name, file] : m_files) {
-        if (file)
-            file->cancelWriting();
-    }
-}
+// Each AtomicFile removes its own temporary file unless it was committed.
+StagedCopy::~StagedCopy() = default;
 
-std::unique_ptr<QSaveFile> StagedCopy::open(const QString& name, QString& error) const
+std::unique_ptr<AtomicFile> StagedCopy::open(const QString& name, QString& error) const
 {
-    auto file = std::make_unique<QSaveFile>(m_folder + QLatin1Char('/') + name);
-    if (!file->open(QIODevice::WriteOnly)) {
-        error = QStringLiteral("cannot write ") + file->fileName() + QStringLiteral(": ")
-            + file->errorString();
+    const QString path = m_folder + QLatin1Char('/') + name;
+    auto file = std::make_unique<AtomicFile>(HomeFolder::path(), path);
+    QString reason;
+    if (!file->open(&reason)) {
+        error = QStringLiteral("cannot write ") + path + QStringLiteral(": ") + reason;
         return nullptr;
     }
     return file;
@@ -60,7 +58,7 @@ bool StagedCopy::stageFile(const QString& source, const QString& name, QString& 
         error = QStringLiteral("cannot read ") + source + QStringLiteral(": ") + from.errorString();
         return false;
     }
-    std::unique_ptr<QSaveFile> to = open(name, error);
+    std::unique_ptr<AtomicFile> to = open(name, error);
     if (!to || !copyContents(from, *to, error))
         return false;
     m_files.emplace_back(name, std::move(to));
@@ -69,12 +67,12 @@ bool StagedCopy::stageFile(const QString& source, const QString& name, QString& 
 
 bool StagedCopy::stageBytes(const QByteArray& bytes, const QString& name, QString& error)
 {
-    std::unique_ptr<QSaveFile> to = open(name, error);
+    std::unique_ptr<AtomicFile> to = open(name, error);
     if (!to)
         return false;
-    if (to->write(bytes) != bytes.size()) {
-        error = QStringLiteral("cannot write ") + to->fileName() + QStringLiteral(": ")
-            + to->errorString();
+    QString reason;
+    if (!to->write(bytes, &reason)) {
+        error = QStringLiteral("cannot write ") + to->path() + QStringLiteral(": ") + reason;
         return false;
     }
     m_files.emplace_back(name, std::move(to));
@@ -86,13 +84,13 @@ bool StagedCopy::commit(QString& error)
     // The first failure stops the group: what was not yet renamed is discarded by
     // the destructor rather than put in place beside a missing sibling.
     while (!m_files.empty()) {
-        std::unique_ptr<QSaveFile> file = std::move(m_files.front().second);
+        std::unique_ptr<AtomicFile> file = std::move(m_files.front().second);
         m_files.erase(m_files.begin());
-        if (!file->commit()) {
+        QString reason;
+        if (!file->commit(&reason)) {
             qCDebug(lcVireoCtl).noquote()
-                << "Error: failed to put staged file into place:" << file->fileName();
-            error = QStringLiteral("cannot write ") + file->fileName() + QStringLiteral(": ")
-                + file->errorString();
+                << "Error: failed to put staged file into place:" << file->path();
+            error = QStringLiteral("cannot write ") + file->path() + QStringLiteral(": ") + reason;
             return false;
         }
     }

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "vtvplugin/platform/AtomicFile.h"
+
 #include <QByteArray>
-#include <QSaveFile>
 #include <QString>
 #include <QStringList>
 
@@ -12,7 +13,9 @@
 // Writes a group of files into one folder so that none ever shows up half-written
 // under its final name: each file is written beside its destination under a
 // temporary name and renamed into place only by commit(), after every file of the
-// group was written completely. Whatever is not committed is discarded.
+// group was written completely. Whatever is not committed is discarded. The folder
+// must lie below the home folder, and nothing between them, nor the file itself, is
+// followed when it is a link: a link in the way is replaced, never written through.
 class StagedCopy {
 public:
     explicit StagedCopy(QString folder);
@@ -33,8 +36,8 @@ public:
     QStringList names() const;
 
 private:
-    std::unique_ptr<QSaveFile> open(const QString& name, QString& error) const;
+    std::unique_ptr<AtomicFile> open(const QString& name, QString& error) const;
 
     QString m_folder;
-    std::vector<std::pair<QString, std::unique_ptr<QSaveFile>>> m_files;
+    std::vector<std::pair<QString, std::unique_ptr<AtomicFile>>> m_files;
 };

@@ -8,8 +8,10 @@
 #include "PairReport.h"
 #include "PlaybackCacheAdmin.h"
 
-#include "vtvplugin/PlaybackPositionCache.h"
-#include "vtvplugin/VTVMediaAsset.h"
+#include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/HomeFolder.h"
+#include "vtvplugin/store/LibraryPaths.h"
+#include "vtvplugin/store/PlaybackPositionCache.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -39,7 +41,7 @@ bool applyHome(const QString& dir, QString& error)
         error = QStringLiteral("home folder does not exist: ") + dir;
         return false;
     }
-    qputenv("HOME", QFile::encodeName(absolute));
+    HomeFolder::set(absolute);
     return true;
 }
 
@@ -64,6 +66,9 @@ int VireoCtl::run(const QStringList& args, QIODevice& out, QIODevice& err)
         out.write(CommandLine::usage().toUtf8());
         return Ok;
     }
+    // Without --home the platform's home folder counts, also for a second run in the
+    // same process.
+    HomeFolder::set(QString());
     if (commandLine.isSet(QStringLiteral("home"))
         && !applyHome(commandLine.value(QStringLiteral("home")), error))
         return tool.fail(error);
@@ -242,7 +247,7 @@ int VireoCtl::cache()
 
 int VireoCtl::cacheList()
 {
-    const QMap<QString, QString> entries = PlaybackCacheAdmin::entries();
+    const QMap<QString, QString> entries = PlaybackPositionCache::entries();
     return succeed(PlaybackCacheAdmin::json(entries), PlaybackCacheAdmin::text(entries));
 }
 
@@ -271,7 +276,8 @@ int VireoCtl::cacheSet()
     QString error;
     if (!LibraryAdmin::checkLibraryRoots(error))
         return fail(error);
-    saveVideoPlaybackPosition(assetId, position);
+    if (!PlaybackPositionCache::save(assetId, position))
+        return fail(QStringLiteral("cannot write ") + LibraryPaths::cachePath());
     return succeed(QJsonObject { { QStringLiteral("assetId"), assetId },
                        { QStringLiteral("positionMS"), position } },
         QStringLiteral("Saved position ") + QString::number(position)
@@ -283,10 +289,10 @@ int VireoCtl::cacheCleanup()
     QString error;
     if (!LibraryAdmin::checkLibraryRoots(error))
         return fail(error);
-    const qsizetype before = PlaybackCacheAdmin::entries().size();
-    if (before > 0)
-        cleanupOldPlaybackPositions();
-    const qsizetype after = PlaybackCacheAdmin::entries().size();
+    const qsizetype before = PlaybackPositionCache::entries().size();
+    if (!PlaybackPositionCache::cleanup())
+        return fail(QStringLiteral("cannot write ") + LibraryPaths::cachePath());
+    const qsizetype after = PlaybackPositionCache::entries().size();
     return succeed(QJsonObject { { QStringLiteral("removed"), static_cast<qint64>(before - after) },
                        { QStringLiteral("remaining"), static_cast<qint64>(after) } },
         QStringLiteral("Removed ") + QString::number(before - after)

@@ -7,7 +7,7 @@ class CommandLine;
 class QIODevice;
 
 // The commands of vireoctl, kept apart from main() so that tests drive them in
-// process with in-memory streams. A --home option is put into the environment
+// process with in-memory streams. A --home option sets the library's home folder
 // before anything asks for the home folder.
 class VireoCtl {
 public:

@@ -1,8 +1,9 @@
 #include "LibraryFixture.h"
 
-#include "vtvplugin/DeviceRegistry.h"
-#include "vtvplugin/DiskInfo.h"
-#include "vtvplugin/JUtils.h"
+#include "vtvplugin/library/DiskInfo.h"
+#include "vtvplugin/library/DiskUsage.h"
+#include "vtvplugin/library/JUtils.h"
+#include "vtvplugin/platform/DeviceRegistry.h"
 
 #include <sys/stat.h>
 
@@ -42,7 +43,7 @@ TEST_F(JUtilsTest, listingSkipsMalformedFoldersAndRewritesOddCharacters)
     EXPECT_TRUE(JUtils::listVireoTVdirs(pairs));
     EXPECT_EQ(pairs, QStringList(u"0123456789_abcdef_0123456789ABCD"_s));
     // The dotted name goes silently; the order of the two lines is the file system's.
-    QStringList lines = g_log;
+    QStringList lines = LogCapture::lines();
     lines.sort();
     EXPECT_EQ(lines,
         QStringList({ u"Warning in listvireotvdirs: found directory that's not the correct size: "_s
@@ -75,12 +76,12 @@ TEST_F(JUtilsTest, linkPathForPair)
         const QString pairID(32, QChar::fromLatin1(letter++));
         if (!row.clientName.isNull())
             makePair(pairID, row.clientName);
-        g_log.clear();
+        LogCapture::lines().clear();
         bool ok = !row.ok;
         EXPECT_EQ(JUtils::getLinkPathForPair(pairID, &ok), movies() + row.expected)
             << pairID.toStdString();
         EXPECT_EQ(ok, row.ok) << pairID.toStdString();
-        EXPECT_EQ(g_log, row.log.isEmpty() ? QStringList() : QStringList(row.log));
+        EXPECT_EQ(LogCapture::lines(), row.log.isEmpty() ? QStringList() : QStringList(row.log));
     }
 }
 

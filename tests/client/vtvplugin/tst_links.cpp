@@ -1,7 +1,7 @@
 #include "LibraryFixture.h"
 
-#include "vtvplugin/JUtils.h"
-#include "vtvplugin/VireoPairInfo.h"
+#include "vtvplugin/library/JUtils.h"
+#include "vtvplugin/library/VireoPairInfo.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -57,9 +57,9 @@ TEST_F(LinksTest, linksFollowTheLatestUniqueTitle)
     EXPECT_EQ(names(movies()), words("Aliens.m4v Aliens.png Aliens.xml Heat.m4v Heat.xml"));
 
     // Titles differing in case only are numbered, each number from the incoming title.
-    g_log.clear();
+    LogCapture::lines().clear();
     EXPECT_EQ(addMovie(kPairA, u"m2"_s, u"ALIENS"_s), u"ALIENS (2)"_s);
-    EXPECT_EQ(g_log.join(u'|'),
+    EXPECT_EQ(LogCapture::lines().join(u'|'),
         u"Found a video with the same title, my ID = [m2], other ID = [m1] for title: [ALIENS]"_s);
     // "aliens (2)" clashes with "ALIENS (2)": (3), never "aliens (2) (2)".
     EXPECT_EQ(addMovie(kPairA, u"m3"_s, u"aliens"_s), u"aliens (3)"_s);
@@ -83,9 +83,9 @@ TEST_F(LinksTest, secondPlayerMovesLinksIntoClientFoldersAndBackWhenUnpaired)
     EXPECT_TRUE(JUtils::checkAndFixLinks());
     EXPECT_EQ(names(movies()), words("Den Office"));
     EXPECT_EQ(names(movies() + u"Den"_s), words("Alien.m4v Alien.xml"));
-    EXPECT_TRUE(g_log.contains(
+    EXPECT_TRUE(LogCapture::lines().contains(
         u"Warning in checkAndFixLinks: folder for pair not found: "_s + movies() + u"Office"_s));
-    EXPECT_TRUE(g_log.contains(u"In checkAndFixLinks: renaming link: "_s + movies()
+    EXPECT_TRUE(LogCapture::lines().contains(u"In checkAndFixLinks: renaming link: "_s + movies()
         + u"Heat.m4v to "_s + movies() + u"Office/Heat.m4v"_s));
     addMovie(kPairB, u"b2"_s, u"Ronin"_s);
     EXPECT_EQ(names(movies() + u"Office"_s), words("Heat.m4v Heat.xml Ronin.m4v Ronin.xml"));
@@ -145,7 +145,7 @@ TEST_F(LinksTest, onePairRepairDissolvesItsClientFolderAndStaleLinksGo)
                 + u"Heat.m4v"_s,
             u"Warning: removing bogus file: "_s + den + u".DS_Store"_s,
             u"Removing stale link: "_s + movies() + u"Orphan.m4v"_s })
-        EXPECT_TRUE(g_log.contains(line)) << qPrintable(line);
+        EXPECT_TRUE(LogCapture::lines().contains(line)) << qPrintable(line);
 }
 
 TEST_F(LinksTest, unpairingRemovesTheConfigurationLast)
@@ -160,11 +160,11 @@ TEST_F(LinksTest, unpairingRemovesTheConfigurationLast)
         makeMovie(kPairA, u"stuck"_s, { u"m4v"_s });
         if (!setImmutable(file(kPairA, stuckName), true))
             GTEST_SKIP() << "this file system cannot make a file immutable";
-        g_log.clear();
+        LogCapture::lines().clear();
         EXPECT_FALSE(JUtils::unpairOnePair(kPairA));
         EXPECT_EQ(names(pairDir(kPairA)), QStringList(stuckName));
         EXPECT_TRUE(names(movies()).isEmpty());
-        EXPECT_EQ(g_log.filter(u"Error"_s).join(u'|'),
+        EXPECT_EQ(LogCapture::lines().filter(u"Error"_s).join(u'|'),
             error + file(kPairA, stuckName) + u"|Error: failed to remove pair directory: "_s
                 + pairDir(kPairA));
         setImmutable(file(kPairA, stuckName), false); // no ASSERT above may skip this
@@ -186,8 +186,8 @@ TEST_F(LinksTest, invalidIdentifiersAndEscapingNamesChangeNothing)
         EXPECT_FALSE(JUtils::setupLinks(pairID, u"a1.m4v"_s, u"X"_s));
         EXPECT_FALSE(JUtils::removeStaleLinks(pairID));
         EXPECT_FALSE(JUtils::updatePairStats(pairID, u"10.0.0.2"_s));
-        EXPECT_TRUE(
-            g_log.contains(u"Error in unpair: got a unpairID that's not valid: "_s + pairID));
+        EXPECT_TRUE(LogCapture::lines().contains(
+            u"Error in unpair: got a unpairID that's not valid: "_s + pairID));
     }
     EXPECT_FALSE(JUtils::setupLinks(kPairA, u"a1.m4v"_s, u"Alien"_s)); // its client name climbs out
     EXPECT_FALSE(JUtils::setupLinks(kPairB, u"b1.m4v"_s, u"../Heat"_s));
@@ -196,7 +196,7 @@ TEST_F(LinksTest, invalidIdentifiersAndEscapingNamesChangeNothing)
     EXPECT_FALSE(
         JUtils::updatePairStats(QString(32, u'c'), u"10.0.0.2"_s)); // no configuration: no pair
     EXPECT_EQ(tree(root()), before);
-    EXPECT_EQ(g_log.filter(QRegularExpression(u"^Error"_s)).size(), 3 * 5 + 4);
+    EXPECT_EQ(LogCapture::lines().filter(QRegularExpression(u"^Error"_s)).size(), 3 * 5 + 4);
 
     // With two pairs the repair makes a folder for the sound one only.
     EXPECT_TRUE(JUtils::checkAndFixLinks());
@@ -255,7 +255,7 @@ TEST_F(LinksTest, pairFoldersWithoutConfigurationAreSkipped)
     makePair(u"0123456789-abcdef-0123456789ABCD"_s, u"Attic"_s);
     makePair(kPairA, u"Den"_s, {}, u"1300000000"_s, u"10.0.0.2"_s);
     makePair(kPairB, u"Office"_s, {}, u"1200000000"_s, u"10.0.0.3"_s);
-    g_log.clear();
+    LogCapture::lines().clear();
     VireoPlayerPairList list;
     ASSERT_TRUE(getAllPairInfos(&list, &count));
     ASSERT_EQ(count, 2);
@@ -263,7 +263,7 @@ TEST_F(LinksTest, pairFoldersWithoutConfigurationAreSkipped)
     EXPECT_TRUE(list[2].pairID.isNull() && list[2].lastSyncTime == 0);
     EXPECT_EQ(getLastSyncTimeForAllPairs(), 1300000000u);
     const QString config = home() + u"/Vireo/0123456789_abcdef_0123456789ABCD/vireo.plist"_s;
-    EXPECT_EQ(g_log,
+    EXPECT_EQ(LogCapture::lines(),
         QStringList({ u"Error in getAllPairInfos - pair file not found: "_s + config,
             u"Error in getLastSyncTimeForAllPairs - pair file not found: "_s + config }));
     releasePairInfoList(list, count);

@@ -1,7 +1,9 @@
 #include "LibraryFixture.h"
 
-#include "vtvplugin/PlaybackPositionCache.h"
-#include "vtvplugin/VTVMediaAsset.h"
+#include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/HomeFolder.h"
+#include "vtvplugin/store/LibraryPaths.h"
+#include "vtvplugin/store/PlaybackPositionCache.h"
 
 #include "toolkit/DefaultMediaImages.h"
 
@@ -16,16 +18,18 @@ quint64 g_now = 0;
 // points, on a clock that the tests set.
 class MediaLibraryTest : public LibraryFixture {
 protected:
+    static QString cachePath() { return LibraryPaths::cachePath(); }
     void SetUp() override
     {
         LibraryFixture::SetUp();
         g_now = 1200000000;
-        setPlaybackClock([] { return g_now; });
+        PlaybackPositionCache::setClock([] { return g_now; });
     }
     static void putRaw(const QString& id, const QString& value)
     {
-        QSettings(playbackPositionCachePath(), PlistSettings::format())
-            .setValue(u"playback_pos/"_s + id, value);
+        QVariantMap map = PlistHelpers::read(cachePath());
+        map.insert(u"playback_pos/"_s + id, value);
+        PlistHelpers::write(cachePath(), map);
     }
     // A movie file in the movie folder with its metadata beside it.
     QUrl movie(const QByteArray& xml, const QString& name = u"Film"_s) const
@@ -95,13 +99,14 @@ TEST_F(MediaLibraryTest, brokenOrMissingMetadataStillPlays)
 {
     const VTVMediaAsset broken(movie("<m><title>Kept</title><cast><name>X</name></m>"));
     EXPECT_EQ(fields(broken), u"title=Kept cast=X"_s);
-    ASSERT_EQ(g_log.size(), 2);
-    EXPECT_TRUE(g_log[0].startsWith(u"XML Parser error: mismatched tag"_s)) << qPrintable(g_log[0]);
-    EXPECT_EQ(g_log[1], u"Failed to parse XML file: "_s + movies() + u"Film.xml"_s);
+    ASSERT_EQ(LogCapture::lines().size(), 2);
+    EXPECT_TRUE(LogCapture::lines()[0].startsWith(u"XML Parser error: mismatched tag"_s))
+        << qPrintable(LogCapture::lines()[0]);
+    EXPECT_EQ(LogCapture::lines()[1], u"Failed to parse XML file: "_s + movies() + u"Film.xml"_s);
 
-    g_log.clear();
+    LogCapture::lines().clear();
     EXPECT_EQ(fields(VTVMediaAsset(QUrl::fromLocalFile(movies() + u"Bare.m4v"_s))), QString());
-    EXPECT_TRUE(g_log.isEmpty());
+    EXPECT_TRUE(LogCapture::lines().isEmpty());
 }
 
 TEST_F(MediaLibraryTest, bookmarksNearEitherEndAreStoredAsZero)
@@ -151,7 +156,7 @@ TEST_F(MediaLibraryTest, trailerNeverResumesAndNamesItsThumbnail)
     trailer.setBookmarkTimeInMS(30000);
     trailer.setHasBeenPlayed(true);
     EXPECT_FALSE(trailer.hasBeenPlayed() || trailer.bookmarkTimeInMS());
-    EXPECT_FALSE(QFile::exists(playbackPositionCachePath()));
+    EXPECT_FALSE(QFile::exists(cachePath()));
     EXPECT_EQ(trailer.coverArt(), DefaultMediaImages::imageForMediaType(MediaType::movieTrailer));
 
     QString bare = u"http://cdn.example/thumbs/"_s;
@@ -184,13 +189,10 @@ TEST_F(MediaLibraryTest, coverArtDecodesOnceAndFailureSticks)
 TEST_F(MediaLibraryTest, cacheEntriesAreTimeUnderscorePosition)
 {
     EXPECT_FALSE(getVideoPlaybackPosition(-5, nullptr));
-    EXPECT_FALSE(QFile::exists(playbackPositionCachePath())) << "a get never creates the file";
+    EXPECT_FALSE(QFile::exists(cachePath())) << "a get never creates the file";
     saveVideoPlaybackPosition(-5, 42000);
-    EXPECT_EQ(playbackPositionCachePath(), home() + u"/Vireo/vireocache.plist"_s);
-    EXPECT_EQ(QSettings(playbackPositionCachePath(), PlistSettings::format())
-                  .value(u"playback_pos/-5"_s)
-                  .toString(),
-        u"1200000000_42000"_s);
+    EXPECT_EQ(cachePath(), home() + u"/Vireo/vireocache.plist"_s);
+    EXPECT_EQ(PlistHelpers::value(cachePath(), u"playback_pos/-5"_s), u"1200000000_42000"_s);
     qint32 position = 0;
     EXPECT_TRUE(getVideoPlaybackPosition(-5, &position) && getVideoPlaybackPosition(-5, nullptr));
     EXPECT_EQ(position, 42000);
@@ -206,12 +208,17 @@ TEST_F(MediaLibraryTest, cacheEntriesAreTimeUnderscorePosition)
         EXPECT_EQ(position, expected) << value;
     }
     // A home of four characters or fewer is not trusted: the box user's is taken.
-    for (const auto& [home, base] : { std::pair(""_ba, u"/Users/frontrow"_s),
-             std::pair("/tmp"_ba, u"/Users/frontrow"_s), std::pair("/home"_ba, u"/home"_s) }) {
-        qputenv("HOME", home);
-        EXPECT_EQ(playbackPositionCachePath(), base + u"/Vireo/vireocache.plist"_s)
-            << home.constData();
+    for (const auto& [home, base] :
+        { std::pair(u"/tmp"_s, u"/Users/frontrow"_s), std::pair(u"/home"_s, u"/home"_s) }) {
+        HomeFolder::set(home);
+        EXPECT_EQ(cachePath(), base + u"/Vireo/vireocache.plist"_s) << qPrintable(home);
     }
+    // Unset, the platform's home path counts, under the same rule.
+    const QByteArray savedHome = qgetenv("HOME");
+    qputenv("HOME", "/");
+    HomeFolder::set(QString());
+    EXPECT_EQ(cachePath(), u"/Users/frontrow/Vireo/vireocache.plist"_s);
+    qputenv("HOME", savedHome);
 }
 
 TEST_F(MediaLibraryTest, cleanupDropsEntriesOlderThanFourteenDays)
@@ -227,15 +234,13 @@ TEST_F(MediaLibraryTest, cleanupDropsEntriesOlderThanFourteenDays)
         { 1000, "999_5 1000_5", "1" }, // a clock this early makes now the cutoff
     };
     for (const auto& row : rows) {
-        QFile::remove(playbackPositionCachePath());
+        QFile::remove(cachePath());
         g_now = row.now;
         const QStringList values = words(row.values);
         for (qsizetype i = 0; i < values.size(); ++i)
             putRaw(QString::number(i), values[i]);
         cleanupOldPlaybackPositions();
-        QSettings settings(playbackPositionCachePath(), PlistSettings::format());
-        settings.beginGroup(u"playback_pos"_s);
-        EXPECT_EQ(settings.childKeys(), words(row.kept)) << row.now;
+        EXPECT_EQ(PlaybackPositionCache::entries().keys(), words(row.kept)) << row.now;
     }
 }
 

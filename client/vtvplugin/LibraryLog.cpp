@@ -1,3 +1,0 @@
-#include "vtvplugin/LibraryLog.h"
-
-Q_LOGGING_CATEGORY(lcLibrary, "vireo.library")

@@ -1,0 +1,117 @@
+#include "vtvplugin/media/MetadataReader.h"
+
+#include "vtvplugin/platform/BoundedFile.h"
+#include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/platform/VtvLog.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+const QString kName = QStringLiteral("name");
+const QString kGenre = QStringLiteral("genre");
+
+// Leading white space, an optional sign, decimal digits; 0 without digits, clamped
+// to the 32-bit range.
+qint32 leadingInt(const QString& text)
+{
+    qsizetype i = 0;
+    while (i < text.size() && text.at(i).isSpace())
+        ++i;
+    bool negative = false;
+    if (i < text.size() && (text.at(i) == QLatin1Char('-') || text.at(i) == QLatin1Char('+')))
+        negative = text.at(i++) == QLatin1Char('-');
+    qint64 value = 0;
+    const qint64 limit = qint64(std::numeric_limits<qint32>::max()) + 1;
+    for (; i < text.size() && text.at(i).isDigit() && text.at(i).unicode() < 128; ++i)
+        value = std::min(limit, value * 10 + (text.at(i).unicode() - '0'));
+    value = negative ? -value : std::min(value, limit - 1);
+    return static_cast<qint32>(value);
+}
+
+} // namespace
+
+MovieMetadata MetadataReader::readFile(const QString& path)
+{
+    MovieMetadata metadata;
+    if (!FileSystem::entryExists(path))
+        return metadata;
+    const std::optional<QByteArray> document
+        = BoundedFile::read(path, BoundedFile::kMaxMetadataBytes);
+    QString error;
+    if (!document) {
+        qCDebug(lcAsset).noquote() << "Failed to parse XML file:" << path;
+    } else if (!parse(*document, metadata, &error)) {
+        qCDebug(lcAsset).noquote() << "XML Parser error:" << error;
+        qCDebug(lcAsset).noquote() << "Failed to parse XML file:" << path;
+    }
+    return metadata;
+}
+
+bool MetadataReader::parse(const QByteArray& document, MovieMetadata& metadata, QString* error)
+{
+    MetadataReader reader(metadata);
+    ExpatParser parser(reader);
+    return parser.parse(document, error);
+}
+
+void MetadataReader::startElement(const QString& name)
+{
+    if (name == kName || name == kGenre)
+        return;
+    _currentItem = name;
+    _currentData = QString();
+}
+
+void MetadataReader::characters(const QString& text)
+{
+    if (_currentItem.isEmpty())
+        return;
+    if (_currentData.isNull())
+        _currentData.reserve(60);
+    _currentData += text;
+}
+
+void MetadataReader::endElement(const QString& name)
+{
+    if (name == kGenre || _currentItem.isEmpty() || _currentData.isEmpty())
+        return;
+    const QString trimmed = _currentData.trimmed();
+    const bool listItem = _currentItem == QLatin1String("cast")
+        || _currentItem == QLatin1String("directors") || _currentItem == QLatin1String("producers");
+    // A blank list entry leaves the parse state as it is.
+    if (listItem && trimmed.isEmpty())
+        return;
+    storeCurrentItem(trimmed);
+    if (name != kName)
+        _currentItem = QString();
+    _currentData = QString();
+}
+
+void MetadataReader::storeCurrentItem(const QString& trimmed)
+{
+    const QString& item = _currentItem;
+    MovieMetadata& m = m_metadata;
+    const qint32 number = leadingInt(_currentData);
+    if (item == QLatin1String("title"))
+        m.title += trimmed;
+    else if (item == QLatin1String("description"))
+        m.description += _currentData;
+    else if (item == QLatin1String("cast"))
+        m.cast.append(trimmed);
+    else if (item == QLatin1String("directors"))
+        m.directors.append(trimmed);
+    else if (item == QLatin1String("producers"))
+        m.producers.append(trimmed);
+    else if (item == QLatin1String("duration") && number > 0)
+        m.duration = number;
+    else if (item == QLatin1String("sversion"))
+        m.xmlVersion += trimmed;
+    else if (item == QLatin1String("ccontentid"))
+        m.clientContentId += trimmed;
+    else if (item == QLatin1String("vcontentid"))
+        m.vireoContentId += trimmed;
+    else if (item == QLatin1String("cversion") && number > 0)
+        m.cVersion = number;
+}

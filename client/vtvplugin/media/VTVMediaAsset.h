@@ -1,0 +1,112 @@
+#pragma once
+
+#include "toolkit/XmlMediaAsset.h"
+
+#include <QImage>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+
+// One movie of the library, or one trailer of the feed, as the shell's previews and
+// video player see it. A library movie takes its texts from the metadata XML beside
+// the movie, its cover from the PNG beside it and its resume point from the playback
+// position cache; a trailer takes everything from the feed and never resumes.
+// The asset is a trailer exactly when _trailerThumbnailURL is set.
+class VTVMediaAsset : public shell::XmlMediaAsset {
+public:
+    // A library movie. A file URL whose metadata file exists is parsed at once.
+    explicit VTVMediaAsset(const QUrl& mediaURL);
+
+    // A trailer. "vtv_ca_" + contentId + ".jpg" is appended to the caller's
+    // thumbnail string in place; the result is the trailer's thumbnail URL.
+    VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, int duration, int size,
+        const QString& title, QString& thumbnail, const QString& description);
+
+    ~VTVMediaAsset() override;
+
+    VTVMediaAsset(const VTVMediaAsset&) = delete;
+    VTVMediaAsset& operator=(const VTVMediaAsset&) = delete;
+
+    shell::MediaType mediaType() const override;
+    QString title() const override;
+    QString titleForSorting() const override;
+    QString mediaDescription() const override;
+    QString mediaSummary() const override;
+    QString description() const override;
+    int duration() const override;
+    QStringList cast() const override;
+    QStringList directors() const override;
+    QStringList producers() const override;
+    QString copyright() const override;
+    QString mediaURL() const override;
+    bool hasVideoContent() const override;
+    QString previewURL() const override;
+    QString coverArtID() const override;
+    QImage coverArt() const override;
+    bool hasCoverArt() const override;
+    QString assetID() const override;
+
+    QString artist() const override;
+    QString artistForSorting() const override;
+    std::optional<QDateTime> dateAcquired() const override;
+    std::optional<QDateTime> datePublished() const override;
+    QString primaryGenre() const override;
+    QStringList genres() const override;
+    QString seriesName() const override;
+    QString broadcaster() const override;
+    QString episodeNumber() const override;
+    QString rating() const override;
+    QString publisher() const override;
+    QString composer() const override;
+    int performanceCount() const override;
+    int startTimeInSeconds() const override;
+    int startTimeInMS() const override;
+    int season() const override;
+    int episode() const override;
+    float userStarRating() const override;
+    float starRating() const override;
+    QImage coverArtForBookmarkTimeInMS(int ms) const override;
+
+    bool hasBeenPlayed() const override;
+    int bookmarkTimeInMS() const override;
+    int bookmarkTimeInSeconds() const override;
+    void setBookmarkTimeInMS(int ms) override;
+    void setHasBeenPlayed(bool played) override;
+
+    // Keys the playback position cache; stable across runs, processes and machines.
+    qint32 assetIdInt() const;
+
+    QString clientContentId() const { return _clientContentId; }
+    QString vireoContentId() const { return _vireoContentId; }
+    int cVersion() const { return _cVersion; }
+    QString xmlVersion() const { return _xmlVersion; }
+    int trailerSize() const { return _trailerSize; }
+
+    // The service's copyright line, answered by every asset.
+    static QString copyrightLine();
+
+private:
+    bool isTrailer() const { return !_trailerThumbnailURL.isEmpty(); }
+    void takeMetadata(const QString& metadataPath);
+
+    QUrl _mediaURL;
+    QString _title;
+    QString _mediaDescription;
+    mutable QString _parsedMediaDescription;
+    QStringList _cast;
+    QStringList _directors;
+    QStringList _producers;
+    qint32 _duration = 0;
+    qint32 _trailerSize = 0;
+    QString _trailerThumbnailURL;
+    qint32 _cVersion = 0;
+    QString _xmlVersion;
+    QString _vireoContentId;
+    QString _clientContentId;
+    mutable QString _coverArtId;
+    mutable qint32 m_nPlaybackTime = 0;
+    mutable bool m_bHasBeenPlayed = false;
+    mutable bool m_bCheckedPlayback = false;
+    mutable QImage m_thumbnail;
+    mutable bool m_bThumbnailLoadFailed = false;
+};

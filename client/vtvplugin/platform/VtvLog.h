@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+// Every log category of the appliance library, one per area. Turn them on with
+// QT_LOGGING_RULES="vireo.*.debug=true".
+
+// Reading and writing files of the library: special files, sizes, links in the way.
+Q_DECLARE_LOGGING_CATEGORY(lcFiles)
+// Property-list files: malformed input, values that cannot be stored.
+Q_DECLARE_LOGGING_CATEGORY(lcPlist)
+// The library folders, links, pair records and device facts.
+Q_DECLARE_LOGGING_CATEGORY(lcLibrary)
+// Media assets and their metadata files.
+Q_DECLARE_LOGGING_CATEGORY(lcAsset)

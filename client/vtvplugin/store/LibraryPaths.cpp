@@ -1,0 +1,86 @@
+#include "vtvplugin/store/LibraryPaths.h"
+
+#include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/platform/HomeFolder.h"
+#include "vtvplugin/platform/VtvLog.h"
+#include "vtvplugin/store/LibraryFormat.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+QString LibraryPaths::home()
+{
+    return HomeFolder::path();
+}
+
+QString LibraryPaths::vireoRoot()
+{
+    return home() + QStringLiteral("/Vireo/");
+}
+
+QString LibraryPaths::moviesRoot()
+{
+    return home() + QStringLiteral("/Movies/");
+}
+
+QString LibraryPaths::pairFolder(const QString& pairID)
+{
+    return home() + QStringLiteral("/Vireo/") + pairID;
+}
+
+QString LibraryPaths::configPath(const QString& pairID)
+{
+    return pairFolder(pairID) + QLatin1Char('/') + LibraryFormat::kConfigFile;
+}
+
+QString LibraryPaths::statsPath(const QString& pairID)
+{
+    return pairFolder(pairID) + QLatin1Char('/') + LibraryFormat::kStatsFile;
+}
+
+QString LibraryPaths::cachePath()
+{
+    return vireoRoot() + LibraryFormat::kCacheFile;
+}
+
+QString LibraryPaths::absolutePairFolder(const QString& pairID)
+{
+    return QDir::cleanPath(QFileInfo(pairFolder(pairID)).absoluteFilePath());
+}
+
+bool LibraryPaths::isInsideLibrary(const QString& path)
+{
+    const QString cleaned = QDir::cleanPath(QFileInfo(path).absoluteFilePath()) + QLatin1Char('/');
+    for (const QString& root : { moviesRoot(), vireoRoot() }) {
+        if (cleaned.startsWith(QDir::cleanPath(root) + QLatin1Char('/')))
+            return true;
+    }
+    return false;
+}
+
+bool LibraryPaths::rootsAreSafe()
+{
+    for (const QString& root :
+        { home() + QStringLiteral("/Vireo"), home() + QStringLiteral("/Movies") }) {
+        if (FileSystem::entryExists(root) && !FileSystem::isRealFolder(root)) {
+            qCDebug(lcLibrary).noquote() << "Error: library folder is not a real folder:" << root;
+            return false;
+        }
+    }
+    return true;
+}
+
+QString LibraryPaths::folderOfTarget(const QString& target)
+{
+    return target.left(target.lastIndexOf(QLatin1Char('/')));
+}
+
+QString LibraryPaths::nameOfTarget(const QString& target)
+{
+    return target.mid(target.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+QString LibraryPaths::withoutLastSuffix(const QString& name)
+{
+    return name.left(name.lastIndexOf(QLatin1Char('.')));
+}

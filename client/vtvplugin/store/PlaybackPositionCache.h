@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+#include <QtGlobal>
+
+#include <optional>
+
+// Resume positions of library movies, kept in "vireocache.plist" in the library
+// folder: one "T_P" text per asset id (save time in seconds since 1970, position in
+// ms). Each call opens the file afresh; nothing stays in memory between calls.
+// Reading never creates the file.
+class PlaybackPositionCache {
+public:
+    PlaybackPositionCache() = delete;
+
+    // Stores the position for the asset with the current time, replacing any earlier
+    // entry. False when the file could not be written.
+    static bool save(qint32 assetId, qint32 positionMs);
+    // The position when an entry exists and its position part parses.
+    static std::optional<qint32> position(qint32 assetId);
+    // Removes entries saved more than 14 days ago, and entries whose time is
+    // unreadable. False when the file could not be written.
+    static bool cleanup();
+    // Asset id (decimal text) -> the stored "T_P" text.
+    static QMap<QString, QString> entries();
+
+    // The two halves of a "T_P" text; nullopt for the half that does not parse.
+    static std::optional<quint64> savedAt(const QString& entry);
+    static std::optional<qint32> positionOf(const QString& entry);
+
+    // The clock behind the save times and the cleanup cutoff, in seconds since
+    // 1970-01-01 UTC. Tests pin it; nullptr restores the system clock.
+    using Clock = quint64 (*)();
+    static void setClock(Clock clock);
+};
+
+// The appliance's own entry points, over the functions above.
+void saveVideoPlaybackPosition(qint32 assetId, qint32 positionMs);
+bool getVideoPlaybackPosition(qint32 assetId, qint32* positionMs);
+void cleanupOldPlaybackPositions();
