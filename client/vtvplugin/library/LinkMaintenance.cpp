@@ -127,16 +127,16 @@ void gatherIntoClientFolder(const QString& pairID, const LinkList& topLinks)
 }
 
 // Top-level links into the library whose target is gone. The target is what is
-// looked at, not the link: a link moved into a client folder a moment ago has left
-// its old path, but its target is still there.
+// looked at, and only links still at the top: one moved into a client folder a
+// moment ago has left its old path, and its target is usually still there.
 void removeDanglingTopLevelLinks(const LinkList& topLinks)
 {
     const QString movies = LibraryPaths::moviesRoot();
     for (const auto& [name, target] : topLinks) {
-        if (!target.contains(QStringLiteral("/Vireo/"))
-            || FileSystem::exists(resolvedTarget(movies, target)))
-            continue;
         const QString path = movies + name;
+        if (!target.contains(QStringLiteral("/Vireo/"))
+            || FileSystem::exists(resolvedTarget(movies, target)) || !FileSystem::entryExists(path))
+            continue;
         logLine("Warning in checkAndFixLinks: found a link to a non-existent file:", path);
         logLine("Removing stale link:", path);
         if (!FileSystem::removeEntry(path))
