@@ -301,6 +301,13 @@ TEST_F(VireoCtlCommands, InfoAndAssetJsonShapes)
     EXPECT_EQ(info.value(QStringLiteral("pairCount")).toInt(), 1);
     EXPECT_EQ(info.value(QStringLiteral("load")).toArray().size(), 3);
     EXPECT_TRUE(info.value(QStringLiteral("used")).toString().endsWith(QStringLiteral("KB")));
+    // A box that reports no serial shows an empty text; only the address may be null.
+    qputenv("VIREO_REGISTRY_ROOT", QFile::encodeName(root() + QStringLiteral("/no-registry")));
+    const QJsonObject bare
+        = ctl({ QStringLiteral("--json"), QStringLiteral("info") }).json().object();
+    qunsetenv("VIREO_REGISTRY_ROOT");
+    EXPECT_EQ(bare.value(QStringLiteral("serial")), QJsonValue(QString()));
+    EXPECT_TRUE(bare.value(QStringLiteral("mac")).isNull());
 
     ASSERT_EQ(ctl({ QStringLiteral("cache"), QStringLiteral("set"), QStringLiteral("0"),
                       QStringLiteral("1") })
@@ -367,3 +374,43 @@ TEST_F(VireoCtlCommands, CacheGetSetListAndCleanup)
     EXPECT_EQ(o.json().object().value(QStringLiteral("remaining")).toInt(), 1)
         << "a fresh entry stays";
 }
+
+namespace {
+
+TEST_F(VireoCtlCommands, LinksInTheLibraryAreReplacedNeverWrittenThrough)
+{
+    pair(kPairA, QStringLiteral("Den"));
+    const QString precious = source(QStringLiteral("precious"), "precious");
+    const QString stats = pairDir(kPairA) + QStringLiteral("/vireostats.plist");
+    const QString staged = pairDir(kPairA) + QStringLiteral("/film.m4v");
+    const QString cache = home() + QStringLiteral("/Vireo/vireocache.plist");
+    for (const QString& link : { stats, staged, cache })
+        makeLink(precious, link);
+
+    CtlOutcome o = ctl(
+        { QStringLiteral("stats"), kPairA, QStringLiteral("--peer"), QStringLiteral("10.0.0.7") });
+    EXPECT_EQ(o.status, 0) << o.err.toStdString();
+    EXPECT_EQ(
+        add(kPairA, { source(QStringLiteral("film.m4v"), "frames") }), QStringLiteral("film"));
+    o = ctl({ QStringLiteral("cache"), QStringLiteral("set"), QStringLiteral("7"),
+        QStringLiteral("42000") });
+    EXPECT_EQ(o.status, 0) << o.err.toStdString();
+
+    EXPECT_EQ(readFile(precious), QByteArray("precious"));
+    for (const QString& path : { stats, staged, cache })
+        EXPECT_TRUE(QFileInfo(path).isFile() && !QFileInfo(path).isSymLink()) << qPrintable(path);
+    EXPECT_EQ(readFile(staged), QByteArray("frames"));
+}
+
+TEST_F(VireoCtlCommands, ACacheThatCannotBeWrittenIsReported)
+{
+    // A folder where the cache file belongs: nothing can be saved there.
+    QDir().mkpath(home() + QStringLiteral("/Vireo/vireocache.plist"));
+    const CtlOutcome o = ctl({ QStringLiteral("cache"), QStringLiteral("set"), QStringLiteral("7"),
+        QStringLiteral("42000") });
+    EXPECT_EQ(o.status, 1);
+    EXPECT_TRUE(o.out.isEmpty());
+    EXPECT_TRUE(o.err.startsWith(QStringLiteral("error: cannot write "))) << o.err.toStdString();
+}
+
+} // namespace
