@@ -1,0 +1,146 @@
+// Any bytes as a settings property list (XML or binary). Whatever decodes must survive
+// being written back: the settings files are rewritten in place, so a value that reads
+// but does not write, or writes as something else, loses a user's settings.
+//
+// Not everything may come back bit for bit. Values of kinds the settings map cannot
+// hold (UIDs, nulls, nesting past the depth limit) read as invalid variants and are
+// dropped on writing, by design. Written dates carry whole seconds only, truncated
+// towards 2001 (the epoch of property-list dates), so they may move by less than a
+// second. Reals compare with ==, so -0 may come back as 0, and NaN only has to come
+// back as NaN. After that first trip the map must be a fixed point: writing and reading
+// it again changes nothing at all.
+#include "vtvplugin/platform/PlistCodec.h"
+
+#include <QDateTime>
+#include <QStringList>
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+namespace {
+
+// Written dates lose the fraction of their second.
+constexpr qint64 kDateSlackMs = 1000;
+
+[[noreturn]] void fail(const char* what, const QString& where)
+{
+    std::fprintf(
+        stderr, "property-list round trip: %s at \"%s\"\n", what, where.toUtf8().constData());
+    __builtin_trap();
+}
+
+QVariantList validItems(const QVariantList& list)
+{
+    QVariantList out;
+    for (const QVariant& item : list) {
+        if (item.isValid())
+            out.append(item);
+    }
+    return out;
+}
+
+QVariantMap validEntries(const QVariantMap& map)
+{
+    QVariantMap out;
+    for (auto it = map.cbegin(); it != map.cend(); ++it) {
+        if (it.value().isValid())
+            out.insert(it.key(), it.value());
+    }
+    return out;
+}
+
+// `before` was read from the fuzzer's bytes or an earlier trip, `after` from what the
+// codec wrote for it. `dateSlackMs` is 0 once dates are whole seconds.
+void compare(
+    const QVariant& before, const QVariant& after, qint64 dateSlackMs, const QString& where);
+
+void compareMaps(
+    const QVariantMap& before, const QVariantMap& after, qint64 dateSlackMs, const QString& where)
+{
+    const QVariantMap kept = validEntries(before);
+    if (kept.keys() != after.keys())
+        fail("different keys", where);
+    for (auto it = kept.cbegin(); it != kept.cend(); ++it)
+        compare(
+            it.value(), after.value(it.key()), dateSlackMs, where + QLatin1Char('/') + it.key());
+}
+
+void compare(
+    const QVariant& before, const QVariant& after, qint64 dateSlackMs, const QString& where)
+{
+    if (before.typeId() != after.typeId())
+        fail("value changed its type", where);
+    switch (before.typeId()) {
+    case QMetaType::Double: {
+        const double a = before.toDouble();
+        const double b = after.toDouble();
+        if (!(a == b || (std::isnan(a) && std::isnan(b))))
+            fail("real changed", where);
+        return;
+    }
+    case QMetaType::QDateTime: {
+        const qint64 a = before.toDateTime().toMSecsSinceEpoch();
+        const qint64 b = after.toDateTime().toMSecsSinceEpoch();
+        const qint64 diff = a > b ? a - b : b - a;
+        if (a != b && diff >= dateSlackMs)
+            fail("date moved", where);
+        return;
+    }
+    case QMetaType::QVariantList: {
+        const QVariantList kept = validItems(before.toList());
+        const QVariantList got = after.toList();
+        if (kept.size() != got.size())
+            fail("array changed its length", where);
+        for (qsizetype i = 0; i < kept.size(); ++i)
+            compare(kept.at(i), got.at(i), dateSlackMs,
+                where + QLatin1Char('[') + QString::number(i) + QLatin1Char(']'));
+        return;
+    }
+    case QMetaType::QVariantMap:
+        compareMaps(before.toMap(), after.toMap(), dateSlackMs, where);
+        return;
+    case QMetaType::QString:
+    case QMetaType::Bool:
+    case QMetaType::LongLong:
+    case QMetaType::QByteArray:
+        if (before != after)
+            fail("value changed", where);
+        return;
+    default:
+        fail("decoder produced a kind of value it never should", where);
+    }
+}
+
+QVariantMap roundTrip(const QVariantMap& map, const char* stage)
+{
+    const QByteArray written = PlistCodec::encode(map);
+    // Even an empty map is a document with an empty dictionary.
+    if (written.isEmpty())
+        fail("encoding gave nothing", QString::fromLatin1(stage));
+    QVariantMap read;
+    if (!PlistCodec::decode(written, read))
+        fail("written document does not decode", QString::fromLatin1(stage));
+    return read;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    QVariantMap first;
+    if (!PlistCodec::decode(bytes, first)) {
+        if (!first.isEmpty())
+            fail("failed decode left entries behind", QString());
+        return 0;
+    }
+
+    const QVariantMap second = roundTrip(first, "first trip");
+    compareMaps(first, second, kDateSlackMs, QString());
+
+    const QVariantMap third = roundTrip(second, "second trip");
+    compareMaps(second, third, 0, QString());
+    return 0;
+}
