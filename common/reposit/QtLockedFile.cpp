@@ -1,5 +1,7 @@
 #include "reposit/QtLockedFile.h"
 
+#include "reposit/RepositLog.h"
+
 #include <QLoggingCategory>
 
 #include <cerrno>
@@ -7,8 +9,6 @@
 #include <fcntl.h>
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcLockedFile, "vireo.reposit.lockedfile")
 
 // The whole file, also as it grows.
 struct flock wholeFileRecord(short type)

@@ -1,6 +1,7 @@
 #include "reposit/ROptions.h"
 
 #include "reposit/RMaskedText.h"
+#include "reposit/RepositLog.h"
 
 #include <QFile>
 #include <QLoggingCategory>
@@ -13,8 +14,6 @@
 #include <unistd.h>
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcOptions, "vireo.reposit.options")
 
 constexpr RMaskedText kServiceDomain("vireomovies.net");
 constexpr RMaskedText kDefaultHost("svc.vireomovies.net");
