@@ -1,5 +1,7 @@
 #include "VireoCtlFixture.h"
 
+#include "vtvplugin/platform/FileSystem.h"
+
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -398,7 +400,7 @@ TEST_F(VireoCtlCommands, LinksInTheLibraryAreReplacedNeverWrittenThrough)
 
     EXPECT_EQ(readFile(precious), QByteArray("precious"));
     for (const QString& path : { stats, staged, cache })
-        EXPECT_TRUE(QFileInfo(path).isFile() && !QFileInfo(path).isSymLink()) << qPrintable(path);
+        EXPECT_TRUE(FileSystem::isRealFile(path)) << qPrintable(path);
     EXPECT_EQ(readFile(staged), QByteArray("frames"));
 }
 
