@@ -52,7 +52,8 @@ TEST(Guards, EachSlotHasExactlyOneRegistration)
     RRepositObject::addGuard(&first);
     RRepositObject::addGuard(&second);
     gone.reset();
-    EXPECT_TRUE(first == nullptr && second == nullptr) << "both guards of the destroyed object";
+    EXPECT_EQ(first, nullptr) << "both guards of the destroyed object";
+    EXPECT_EQ(second, nullptr) << "both guards of the destroyed object";
 
     RObject *removed = &a, *kept = &a, *moved = nullptr, *dropped = nullptr;
     RRepositObject::addGuard(&removed);
@@ -68,8 +69,12 @@ TEST(Guards, EachSlotHasExactlyOneRegistration)
     RRepositObject::clearGuards(
         goneAddress); // stale entries of the destroyed object would strike here
     RRepositObject::clearGuards(&a);
-    EXPECT_EQ((std::array { first, second, kept, removed, moved, dropped }),
-        (std::array<RObject*, 6> { &a, &a, nullptr, &a, &b, &a }));
+    EXPECT_EQ(first, &a);
+    EXPECT_EQ(second, &a);
+    EXPECT_EQ(kept, nullptr);
+    EXPECT_EQ(removed, &a);
+    EXPECT_EQ(moved, &b);
+    EXPECT_EQ(dropped, &a);
     RRepositObject::clearGuards(&b);
     EXPECT_EQ(moved, nullptr);
 }

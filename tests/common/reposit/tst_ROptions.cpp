@@ -32,14 +32,21 @@ TEST_F(OptionsTest, ForeignHostsAndUnusablePortsFallBackToDefaults)
 
     // Each row stores "host", and its port as both "port" and "sport"; a null url means
     // the built-in host on port 8080.
-    const struct { const char *name, *host; QVariant port; const char* url; } rows[] = {
+    const struct {
+        const char *name, *host;
+        QVariant port;
+        const char* url;
+    } rows[] = {
         { "stored", "media.vireomovies.net", 8080, "http://media.vireomovies.net:8080" },
-        { "domain in other case, port 0", "media.VIREOMOVIES.net", 0, "http://media.VIREOMOVIES.net:80" },
-        { "second domain, port not a number", "cdn.vireo-media.com", "eighty", "http://cdn.vireo-media.com:80" },
+        { "domain in other case, port 0", "media.VIREOMOVIES.net", 0,
+            "http://media.VIREOMOVIES.net:80" },
+        { "second domain, port not a number", "cdn.vireo-media.com", "eighty",
+            "http://cdn.vireo-media.com:80" },
         { "foreign host", "vireomovies.evil.example", 8080, nullptr },
     };
     for (const auto& row : rows) {
-        QSettings server(QSettings::UserScope, ROptions::settingsDomain(), QStringLiteral("server"));
+        QSettings server(
+            QSettings::UserScope, ROptions::settingsDomain(), QStringLiteral("server"));
         server.setValue(QStringLiteral("host"), QString::fromLatin1(row.host));
         server.setValue(QStringLiteral("port"), row.port);
         server.setValue(QStringLiteral("sport"), row.port);
@@ -47,14 +54,16 @@ TEST_F(OptionsTest, ForeignHostsAndUnusablePortsFallBackToDefaults)
         QString host;
         ROptions::getXMLRPCServerName(host, port);
         EXPECT_EQ(port, 443) << row.name;
-        const QString url = row.url ? QString::fromLatin1(row.url) : QStringLiteral("http://%1:8080").arg(builtIn);
+        const QString url = row.url ? QString::fromLatin1(row.url)
+                                    : QStringLiteral("http://%1:8080").arg(builtIn);
         EXPECT_EQ(ROptions::getServerURL().toStdString(), url.toStdString()) << row.name;
     }
 }
 
 TEST_F(OptionsTest, RemoteDownloadsDefaultOnAndStoredOnlyWhenOff)
 {
-    const QString path = m_dir.filePath(ROptions::settingsDomain() + QStringLiteral("/options.conf"));
+    const QString path
+        = m_dir.filePath(ROptions::settingsDomain() + QStringLiteral("/options.conf"));
     const auto storedKeys = [&path] { return QSettings(path, QSettings::IniFormat).allKeys(); };
     EXPECT_TRUE(ROptions::remoteDownloadsEnabled());
     ROptions::setRemoteDownloadsEnabled(false);
@@ -69,7 +78,8 @@ TEST_F(OptionsTest, EnsureFileIsPublicOpensUpFilesAndFolders)
 {
     const auto path = [this](const char* name) { return m_dir.filePath(QLatin1String(name)); };
     QFile existing(path("private"));
-    ASSERT_TRUE(existing.open(QIODevice::WriteOnly) && existing.write("kept") == 4);
+    ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
+    ASSERT_EQ(existing.write("kept"), 4);
     existing.close();
     ASSERT_TRUE(existing.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
     ASSERT_TRUE(QDir().mkdir(path("folder"), QFile::ReadOwner | QFile::ExeOwner));
@@ -80,8 +90,9 @@ TEST_F(OptionsTest, EnsureFileIsPublicOpensUpFilesAndFolders)
     ::umask(oldMask);
 
     const auto modeOf = [&path](const char* name) {
-        struct stat info {};
-        return ::stat(QFile::encodeName(path(name)).constData(), &info) == 0 ? info.st_mode & 07777 : 0;
+        struct stat info { };
+        return ::stat(QFile::encodeName(path(name)).constData(), &info) == 0 ? info.st_mode & 07777
+                                                                             : 0;
     };
     EXPECT_EQ(modeOf("new.plist"), 0666u);
     EXPECT_EQ(modeOf("private"), 0666u);

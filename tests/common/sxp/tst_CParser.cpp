@@ -61,7 +61,9 @@ std::string times(const std::string& text, int count)
 struct ParseRun {
     Events events;
     int code;
-    std::string error; // "text line:column"
+    std::string errorText;
+    int errorLine;
+    int errorColumn;
     bool stopped;
 };
 
@@ -72,8 +74,9 @@ template <typename FeedFn> ParseRun record(FeedFn feedWith, const Tag& root = kD
     recorder.child = &child;
     CParser parser(&recorder);
     run.code = feedWith(parser);
-    run.error = parser.ErrorText() + " " + std::to_string(parser.ErrorLine()) + ":"
-        + std::to_string(parser.ErrorColumn());
+    run.errorText = parser.ErrorText();
+    run.errorLine = parser.ErrorLine();
+    run.errorColumn = parser.ErrorColumn();
     run.stopped = parser.IsStopped();
     parser.DoShutdown();
     EXPECT_EQ(parser.Feed("<x/>", 4, 1), 0); // a shut down parser takes nothing more
@@ -101,7 +104,8 @@ TEST(CParser, EventsAreTheSameWholeAndInSmallChunks)
 {
     QTemporaryDir dir;
     QFile secret(dir.filePath("secret.txt"));
-    ASSERT_TRUE(secret.open(QIODevice::WriteOnly) && secret.write("TOPSECRET") == 9);
+    ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
+    ASSERT_EQ(secret.write("TOPSECRET"), 9);
     secret.close();
     struct Case {
         const char* name;
@@ -154,18 +158,21 @@ TEST(CParser, MalformedXmlReportsCodeTextAndPosition)
     const struct {
         std::string doc;
         int code;
-        std::string error;
+        std::string text;
+        int line, column;
     } cases[] = {
-        { "<doc>\n  <item></doc>", XML_ERROR_TAG_MISMATCH + 1, "mismatched tag 2:10" },
-        { "<doc>", XML_ERROR_NO_ELEMENTS + 1, "no element found 1:5" },
-        { "<doc>\xFF</doc>", XML_ERROR_INVALID_TOKEN + 1, "not well-formed (invalid token) 1:5" },
+        { "<doc>\n  <item></doc>", XML_ERROR_TAG_MISMATCH + 1, "mismatched tag", 2, 10 },
+        { "<doc>", XML_ERROR_NO_ELEMENTS + 1, "no element found", 1, 5 },
+        { "<doc>\xFF</doc>", XML_ERROR_INVALID_TOKEN + 1, "not well-formed (invalid token)", 1, 5 },
         { laughs + "]><doc>&l10;</doc>", CParser::kOtherExpatError,
-            "limit on input amplification factor (from DTD and entities) breached 1:590" },
+            "limit on input amplification factor (from DTD and entities) breached", 1, 590 },
     };
     for (const auto& c : cases) {
         const ParseRun run = parse(c.doc);
         EXPECT_EQ(run.code, c.code) << c.doc;
-        EXPECT_EQ(run.error, c.error) << c.doc;
+        EXPECT_EQ(run.errorText, c.text) << c.doc;
+        EXPECT_EQ(run.errorLine, c.line) << c.doc;
+        EXPECT_EQ(run.errorColumn, c.column) << c.doc;
     }
     const std::pair<int, int> remapped[]
         = { { 0, 0 }, { 1, 2 }, { 22, 23 }, { 23, 24 }, { -1, 24 } };
@@ -180,7 +187,9 @@ TEST(CParser, FeedFileReadsAcrossBlockBoundariesAndReportsAMissingFile)
     const auto fromFile = [&](CParser& parser) { return parser.FeedFile(path.constData()); };
     const ParseRun missing = record(fromFile);
     EXPECT_EQ(missing.code, CParser::kCantOpenFile);
-    EXPECT_EQ(missing.error, "Can't open file -1:-1");
+    EXPECT_EQ(missing.errorText, "Can't open file");
+    EXPECT_EQ(missing.errorLine, -1);
+    EXPECT_EQ(missing.errorColumn, -1);
     EXPECT_TRUE(missing.events.empty());
 
     // One short block, one full block followed by an empty last one, several blocks.
@@ -192,7 +201,9 @@ TEST(CParser, FeedFileReadsAcrossBlockBoundariesAndReportsAMissingFile)
         file.close();
         const ParseRun run = record(fromFile);
         EXPECT_EQ(run.code, 0) << size;
-        EXPECT_EQ(run.error, "No error -1:-1");
+        EXPECT_EQ(run.errorText, "No error") << size;
+        EXPECT_EQ(run.errorLine, -1) << size;
+        EXPECT_EQ(run.errorColumn, -1) << size;
         EXPECT_EQ(run.events, (Events { "<doc", "<item", "</item:" + text, "</doc:" })) << size;
     }
 }

@@ -47,12 +47,14 @@ TEST(CElement, IsAComparesTagIndexOrExactNameAndRenamingForgetsTheIndex)
     element.Reset("value", nullptr);
     EXPECT_TRUE(element.IsA(value));
     EXPECT_TRUE(element.IsA("value"));
-    EXPECT_FALSE(element.IsA(other) || element.IsA("Value"));
+    EXPECT_FALSE(element.IsA(other));
+    EXPECT_FALSE(element.IsA("Value"));
     element.setName("other-tag");
     EXPECT_TRUE(element.IsA(other));
     EXPECT_FALSE(element.IsA(value));
     element.setName("not-a-tag");
-    EXPECT_FALSE(element.IsA(value) || element.IsA(other));
+    EXPECT_FALSE(element.IsA(value));
+    EXPECT_FALSE(element.IsA(other));
 }
 
 TEST(CElement, AttribAnswersEmptyForAbsentNamesAndResetForgetsTheOldOnes)
