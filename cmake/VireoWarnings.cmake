@@ -1,12 +1,18 @@
 # Every target of the project compiles warning-clean with these.
 add_compile_options(-Wall -Wextra)
 
-# Gathers test sources: every tst_*.cpp in the calling folder becomes one GoogleTest
-# executable linked against the given libraries.
+# One GoogleTest executable per source in SOURCES, named after the file and linked against
+# LIBS. The sources are listed rather than globbed so that a half-written or stray
+# tst_*.cpp in a test folder never changes what the build compiles and runs.
 function(vireo_add_tests)
-  cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
-  file(GLOB _sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/tst_*.cpp")
-  foreach(_src IN LISTS _sources)
+  cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
+  if(ARG_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "vireo_add_tests: unexpected arguments: ${ARG_UNPARSED_ARGUMENTS}")
+  endif()
+  if(NOT ARG_SOURCES)
+    message(FATAL_ERROR "vireo_add_tests: no SOURCES given")
+  endif()
+  foreach(_src IN LISTS ARG_SOURCES)
     get_filename_component(_name "${_src}" NAME_WE)
     add_executable(${_name} "${_src}")
     target_link_libraries(${_name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gmock GTest::gtest_main)
