@@ -1,11 +1,13 @@
 #include "vtvplugin/platform/PlistCodec.h"
 
+#include "vtvplugin/platform/BinaryPlistScan.h"
 #include "vtvplugin/platform/PlistNode.h"
 #include "vtvplugin/platform/VtvLog.h"
 
 #include <QDateTime>
 #include <QTimeZone>
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -53,6 +55,20 @@ QString settingsKeyFromPlistKey(const QString& key)
 
 QVariant variantFromNode(plist_t node, int depth);
 
+// Values that cannot be read (unknown node types, dates out of range, nesting too
+// deep) are left out rather than kept as empty values nobody can write back.
+void insertReadable(QVariantMap& map, const QString& key, const QVariant& value)
+{
+    if (value.isValid())
+        map.insert(key, value);
+}
+
+void appendReadable(QVariantList& list, const QVariant& value)
+{
+    if (value.isValid())
+        list.append(value);
+}
+
 QString stringFromNode(plist_t node)
 {
     char* raw = nullptr;
@@ -73,12 +89,21 @@ QVariant integerFromNode(plist_t node)
     return QVariant::fromValue(static_cast<qlonglong>(value));
 }
 
+// libplist keeps a date as a double of seconds since 2001 and hands it out as the
+// whole seconds (cut toward zero) and the size of the fraction. A date beyond the
+// 32-bit range comes back as INT_MIN with a fraction that is no fraction at all:
+// such a date cannot be read and counts as absent.
 QVariant dateFromNode(plist_t node)
 {
     int32_t sec = 0;
     int32_t usec = 0;
     plist_get_date_val(node, &sec, &usec);
-    const qint64 msecs = (kPlistEpochOffset + sec) * 1000 + usec / 1000;
+    if (usec < 0 || usec > 999999)
+        return {};
+    // The microseconds come from a double; rounding keeps .456 from reading as .455.
+    const qint64 millis = (usec + 500) / 1000;
+    const qint64 fraction = sec < 0 ? -millis : millis;
+    const qint64 msecs = (kPlistEpochOffset + sec) * 1000 + fraction;
     return QDateTime::fromMSecsSinceEpoch(msecs, QTimeZone::utc());
 }
 
@@ -96,7 +121,7 @@ QVariant listFromNode(plist_t node, int depth)
     QVariantList list;
     const uint32_t size = plist_array_get_size(node);
     for (uint32_t i = 0; i < size; ++i)
-        list.append(variantFromNode(plist_array_get_item(node, i), depth + 1));
+        appendReadable(list, variantFromNode(plist_array_get_item(node, i), depth + 1));
     return list;
 }
 
@@ -120,7 +145,7 @@ QVariant mapFromNode(plist_t node, int depth)
 {
     QVariantMap map;
     forEachDictItem(node, [&](const QString& key, plist_t value) {
-        map.insert(key, variantFromNode(value, depth + 1));
+        insertReadable(map, key, variantFromNode(value, depth + 1));
     });
     return map;
 }
@@ -168,7 +193,7 @@ bool flattenDict(plist_t dict, const QString& prefix, int depth, QVariantMap& ma
         if (plist_get_node_type(value) == PLIST_DICT)
             ok = flattenDict(value, key + QLatin1Char('/'), depth + 1, map) && ok;
         else
-            map.insert(key, variantFromNode(value, depth + 1));
+            insertReadable(map, key, variantFromNode(value, depth + 1));
     });
     return ok;
 }
@@ -201,12 +226,20 @@ PlistNode stringNode(QString text)
     return PlistNode(plist_new_string(text.toUtf8().constData()));
 }
 
+// The inverse of dateFromNode: whole seconds and a fraction of the same sign, which
+// libplist adds up again. Dates beyond its 32-bit range are held at its ends.
 PlistNode dateNode(const QDateTime& when)
 {
     const qint64 msecs = when.toMSecsSinceEpoch() - kPlistEpochOffset * 1000;
-    const qint64 sec = msecs >= 0 ? msecs / 1000 : (msecs - 999) / 1000;
-    const qint64 usec = (msecs - sec * 1000) * 1000;
-    return PlistNode(plist_new_date(static_cast<int32_t>(sec), static_cast<int32_t>(usec)));
+    const qint64 sec = msecs / 1000;
+    if (sec < std::numeric_limits<int32_t>::min() || sec > std::numeric_limits<int32_t>::max()) {
+        return PlistNode(plist_new_date(
+            static_cast<int32_t>(std::clamp<qint64>(
+                sec, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max())),
+            0));
+    }
+    return PlistNode(
+        plist_new_date(static_cast<int32_t>(sec), static_cast<int32_t>((msecs % 1000) * 1000)));
 }
 
 PlistNode arrayNode(const QVariantList& list)
@@ -278,6 +311,8 @@ bool PlistCodec::decode(const QByteArray& data, QVariantMap& map)
     if (data.isEmpty())
         return true;
     if (data.size() > std::numeric_limits<uint32_t>::max())
+        return false;
+    if (!BinaryPlistScan::stringsAreSafe(data))
         return false;
     plist_t raw = nullptr;
     plist_from_memory(data.constData(), static_cast<uint32_t>(data.size()), &raw);

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTimeZone>
 
 namespace {
 
@@ -98,6 +99,54 @@ TEST_F(PlistFileTest, writtenFileParsesElsewhereAndRoundTrips)
         "playback_pos.-5": "1200000000_42000", "dotted·key": "dot", "mid/dot": "mid",
         "count": -7, "ratio": 2.5, "enabled": true})"))
         << json.constData();
+}
+
+// Binary files carry what libplist cannot hand out: U+0000 inside a string or a key
+// (libplist would abort the process), and dates beyond its 32-bit seconds.
+TEST_F(PlistFileTest, hostileBinaryFilesNeitherAbortNorMisread)
+{
+    const struct {
+        const char* name;
+        const char* hex;
+    } refused[] = {
+        { "U+0000 in a string",
+            "62706c6973743030d10102516b6200e90000080b0d000000000000010100000000000000030000000000"
+            "0000000000000000000012" },
+        { "U+0000 in a key",
+            "62706c6973743030d101026200e900005176080b10000000000000010100000000000000030000000000"
+            "0000000000000000000012" },
+        { "offset table beyond the data",
+            "62706c6973743030d10102516b6200e90000080b0d000000000000010100000000000000030000000000"
+            "00000000000000000000ff" },
+    };
+    for (const auto& row : refused) {
+        QVariantMap map;
+        EXPECT_FALSE(PlistCodec::decode(QByteArray::fromHex(row.hex), map)) << row.name;
+        EXPECT_TRUE(map.isEmpty()) << row.name;
+    }
+
+    // 1e20 seconds after 2001 has no 32-bit form: the entry is dropped, not misdated.
+    QVariantMap map;
+    EXPECT_TRUE(PlistCodec::decode(
+        QByteArray::fromHex("62706c6973743030d10102547768656e334415af1d78b58c40080b10000000000000"
+                            "0101000000000000000300000000000000000000000000000019"),
+        map));
+    EXPECT_FALSE(map.contains(u"when"_s));
+
+    if (python().isEmpty())
+        GTEST_SKIP() << "python3 not installed";
+    runPython("import plistlib, sys, datetime\n"
+              "d = {'before': datetime.datetime(1990, 5, 5, 1, 2, 3, 456000),\n"
+              "     'after': datetime.datetime(2020, 5, 5, 1, 2, 3, 456000)}\n"
+              "open(sys.argv[1], 'wb').write(plistlib.dumps(d, fmt=plistlib.FMT_BINARY))\n",
+        { path() });
+    map = PlistFile::read(path());
+    const auto utcMs = [](int year) {
+        return QDateTime(QDate(year, 5, 5), QTime(1, 2, 3, 456), QTimeZone::utc())
+            .toMSecsSinceEpoch();
+    };
+    EXPECT_EQ(map.value(u"before"_s).toDateTime().toMSecsSinceEpoch(), utcMs(1990));
+    EXPECT_EQ(map.value(u"after"_s).toDateTime().toMSecsSinceEpoch(), utcMs(2020));
 }
 
 } // namespace
