@@ -1,7 +1,7 @@
 #include "vtvplugin/platform/PlistCodec.h"
 
-#include "vtvplugin/platform/BinaryPlistScan.h"
 #include "vtvplugin/platform/PlistNode.h"
+#include "vtvplugin/platform/PlistPrecheck.h"
 #include "vtvplugin/platform/VtvLog.h"
 
 #include <QDateTime>
@@ -69,12 +69,13 @@ void appendReadable(QVariantList& list, const QVariant& value)
         list.append(value);
 }
 
+// Read through the pointer and length, not plist_get_string_val, which asserts on a
+// string holding U+0000 (the precheck turns those files away already).
 QString stringFromNode(plist_t node)
 {
-    char* raw = nullptr;
-    plist_get_string_val(node, &raw);
-    const MallocedChars owned(raw);
-    QString text = QString::fromUtf8(raw ? raw : "");
+    uint64_t length = 0;
+    const char* raw = plist_get_string_ptr(node, &length);
+    QString text = raw ? QString::fromUtf8(raw, static_cast<qsizetype>(length)) : QString();
     if (text.startsWith(QLatin1String("@@")))
         text.remove(0, 1);
     return text;
@@ -312,7 +313,7 @@ bool PlistCodec::decode(const QByteArray& data, QVariantMap& map)
         return true;
     if (data.size() > std::numeric_limits<uint32_t>::max())
         return false;
-    if (!BinaryPlistScan::stringsAreSafe(data))
+    if (!PlistPrecheck::stringsAreSafe(data))
         return false;
     plist_t raw = nullptr;
     plist_from_memory(data.constData(), static_cast<uint32_t>(data.size()), &raw);

@@ -1,4 +1,4 @@
-#include "vtvplugin/platform/BinaryPlistScan.h"
+#include "vtvplugin/platform/PlistPrecheck.h"
 
 #include <algorithm>
 #include <array>
@@ -100,10 +100,11 @@ private:
 
 } // namespace
 
-bool BinaryPlistScan::stringsAreSafe(const QByteArray& data)
+bool PlistPrecheck::stringsAreSafe(const QByteArray& data)
 {
+    // XML cannot hold a NUL byte, yet libplist's XML reader keeps one inside a string.
     if (!data.startsWith("bplist"))
-        return true;
+        return !data.contains('\0');
     if (data.size() < kHeaderSize + kTrailerSize)
         return false;
     return Scanner(data).run();
