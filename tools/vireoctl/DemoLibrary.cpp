@@ -79,7 +79,7 @@ const std::array<DemoMovie, 8> kMovies = { {
 
 QString stagingFolder()
 {
-    return JUtils::homePath() + QStringLiteral("/Vireo/.vireoctl-demo");
+    return LibraryPaths::vireoRoot() + QStringLiteral(".vireoctl-demo");
 }
 
 // The staging folder lives only while the demo is built.
@@ -221,10 +221,9 @@ bool DemoLibrary::build(const Options& options, QJsonObject& report, QString& er
         return false;
     }
     // The roots must exist before the staging folder goes inside "Vireo".
-    if (!FileSystem::isRealFolder(JUtils::homePath() + QStringLiteral("/Vireo"))
-        && !QDir().mkdir(JUtils::homePath() + QStringLiteral("/Vireo"))) {
-        error = QStringLiteral("cannot create folder: ") + JUtils::homePath()
-            + QStringLiteral("/Vireo");
+    const QString vireoRoot = LibraryPaths::roots().constFirst();
+    if (!FileSystem::isRealFolder(vireoRoot) && !QDir().mkdir(vireoRoot)) {
+        error = QStringLiteral("cannot create folder: ") + vireoRoot;
         return false;
     }
     Staging staging;

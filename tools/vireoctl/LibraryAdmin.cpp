@@ -25,19 +25,13 @@ QString homeFolder()
     return JUtils::homePath();
 }
 
-// The two library roots without their trailing "/".
-QStringList libraryRoots()
-{
-    return { homeFolder() + QStringLiteral("/Vireo"), homeFolder() + QStringLiteral("/Movies") };
-}
-
 bool checkRoots(QString& error)
 {
     if (!FileSystem::isRealFolder(homeFolder())) {
         error = QStringLiteral("home folder does not exist: ") + homeFolder();
         return false;
     }
-    for (const QString& root : libraryRoots()) {
+    for (const QString& root : LibraryPaths::roots()) {
         if (FileSystem::entryExists(root) && !FileSystem::isRealFolder(root)) {
             error = QStringLiteral("not a folder: ") + root;
             return false;
@@ -48,7 +42,7 @@ bool checkRoots(QString& error)
 
 bool makeRoots(QString& error)
 {
-    for (const QString& root : libraryRoots()) {
+    for (const QString& root : LibraryPaths::roots()) {
         if (!FileSystem::isRealFolder(root) && !QDir().mkdir(root)) {
             error = QStringLiteral("cannot create folder: ") + root;
             return false;
@@ -90,7 +84,7 @@ bool checkClientName(const QString& pairID, const QString& clientName, QString& 
             return false;
         }
     }
-    const QString clientFolder = homeFolder() + QStringLiteral("/Movies/") + clientName;
+    const QString clientFolder = LibraryPaths::moviesRoot() + clientName;
     if (FileSystem::entryExists(clientFolder) && !FileSystem::isRealFolder(clientFolder)) {
         error = QStringLiteral("not a folder: ") + clientFolder;
         return false;
@@ -124,13 +118,11 @@ bool checkMovie(const QString& moviePath, QString& error)
     if (!checkSourceFile(moviePath, "movie", error))
         return false;
     const QString suffix = QFileInfo(moviePath).suffix();
-    static const QStringList reserved
-        = { QStringLiteral("xml"), QStringLiteral("png"), QStringLiteral("plist") };
     if (suffix.isEmpty() || !LibraryAdmin::isSafeName(suffix)) {
         error = QStringLiteral("movie has no file extension: ") + moviePath;
         return false;
     }
-    if (reserved.contains(suffix, Qt::CaseInsensitive)) {
+    if (LibraryFormat::isReservedMovieSuffix(suffix)) {
         error = QStringLiteral("movie extension is reserved for metadata, covers and settings: ")
             + moviePath;
         return false;
@@ -162,9 +154,8 @@ bool checkExtras(const AddRequest& request, QString& error)
 // Identifiers also name files beside the pair's own settings and the staging names.
 bool checkIdentifier(const QString& identifier, QString& error)
 {
-    static const QStringList reserved = { QStringLiteral("vireo"), QStringLiteral("vireostats") };
     if (!LibraryAdmin::isSafeName(identifier) || identifier.startsWith(QLatin1Char('.'))
-        || reserved.contains(identifier)) {
+        || LibraryFormat::isReservedIdentifier(identifier)) {
         error = QStringLiteral("identifier cannot name a movie file: ") + identifier;
         return false;
     }

@@ -1,5 +1,7 @@
 #include "vtvplugin/store/LibraryFormat.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 bool LibraryFormat::isValidPairID(const QString& pairID)
@@ -10,9 +12,23 @@ bool LibraryFormat::isValidPairID(const QString& pairID)
 
 bool LibraryFormat::isWellFormedPairID(const QString& pairID)
 {
-    const auto letterOrDigit = [](QChar c) { return c.unicode() < 128 && (c.isLetterOrNumber()); };
+    const auto letterOrDigit = [](QChar c) { return c.unicode() < 128 && c.isLetterOrNumber(); };
     return pairID.length() == kPairIDLength
         && std::all_of(pairID.cbegin(), pairID.cend(), letterOrDigit);
+}
+
+bool LibraryFormat::isReservedMovieSuffix(const QString& suffix)
+{
+    static const QStringList reserved
+        = { QStringLiteral("xml"), QStringLiteral("png"), QStringLiteral("plist") };
+    return reserved.contains(suffix, Qt::CaseInsensitive);
+}
+
+bool LibraryFormat::isReservedIdentifier(const QString& identifier)
+{
+    const auto baseName
+        = [](QLatin1String file) { return file.left(file.indexOf(QLatin1Char('.'))); };
+    return identifier == baseName(kConfigFile) || identifier == baseName(kStatsFile);
 }
 
 bool LibraryFormat::staysInFolder(const QString& name)

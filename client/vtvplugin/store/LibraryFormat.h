@@ -41,6 +41,10 @@ public:
     // What a new pair's identifier must be: 32 ASCII letters and digits, which every
     // listing shows unchanged.
     static bool isWellFormedPairID(const QString& pairID);
+    // Movie files may not take the names of what else lives in a pair folder: the
+    // metadata (".xml"), the cover (".png") and the pair's property lists.
+    static bool isReservedMovieSuffix(const QString& suffix);
+    static bool isReservedIdentifier(const QString& identifier);
     // A name that stays inside the folder it is appended to: no "/", not "." or "..".
     // The empty name passes (it names the folder itself).
     static bool staysInFolder(const QString& name);

@@ -58,10 +58,14 @@ bool LibraryPaths::isInsideLibrary(const QString& path)
     return false;
 }
 
+QStringList LibraryPaths::roots()
+{
+    return { home() + QStringLiteral("/Vireo"), home() + QStringLiteral("/Movies") };
+}
+
 bool LibraryPaths::rootsAreSafe()
 {
-    for (const QString& root :
-        { home() + QStringLiteral("/Vireo"), home() + QStringLiteral("/Movies") }) {
+    for (const QString& root : roots()) {
         if (FileSystem::entryExists(root) && !FileSystem::isRealFolder(root)) {
             qCDebug(lcLibrary).noquote() << "Error: library folder is not a real folder:" << root;
             return false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 // The paths of the library folder tree under the home folder. Paths are concatenated
 // from fixed pieces, never joined, so that the texts on disk and in the log are
@@ -22,6 +23,9 @@ public:
     static QString statsPath(const QString& pairID);
     // HOME + "/Vireo/" + "vireocache.plist".
     static QString cachePath();
+
+    // The two library roots, HOME + "/Vireo" and HOME + "/Movies", without a trailing "/".
+    static QStringList roots();
 
     // Absolute, cleaned form of the pair folder: what link targets are compared with.
     static QString absolutePairFolder(const QString& pairID);
