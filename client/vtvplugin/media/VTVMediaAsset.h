@@ -1,6 +1,6 @@
 #pragma once
 
-#include "toolkit/XmlMediaAsset.h"
+#include "toolkit/media/XmlMediaAsset.h"
 
 #include <QImage>
 #include <QString>

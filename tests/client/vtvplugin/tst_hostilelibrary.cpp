@@ -12,7 +12,7 @@
 #include "vtvplugin/store/PairConfig.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
-#include "toolkit/DefaultMediaImages.h"
+#include "toolkit/media/DefaultMediaImages.h"
 
 #include <QStringDecoder>
 #include <QUrl>

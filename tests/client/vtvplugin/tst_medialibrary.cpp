@@ -5,7 +5,7 @@
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
-#include "toolkit/DefaultMediaImages.h"
+#include "toolkit/media/DefaultMediaImages.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-#include "toolkit/DefaultMediaImages.h"
-#include "toolkit/XmlMediaAsset.h"
+#include "toolkit/media/DefaultMediaImages.h"
+#include "toolkit/media/XmlMediaAsset.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "toolkit/MediaAsset.h"
+#include "toolkit/media/MediaAsset.h"
 
 #include <QHash>
 #include <QVariant>

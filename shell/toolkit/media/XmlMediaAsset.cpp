@@ -1,6 +1,6 @@
-#include "toolkit/XmlMediaAsset.h"
+#include "toolkit/media/XmlMediaAsset.h"
 
-#include "toolkit/DefaultMediaImages.h"
+#include "toolkit/media/DefaultMediaImages.h"
 
 #include <QFileInfo>
 #include <QUrl>

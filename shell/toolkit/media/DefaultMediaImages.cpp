@@ -1,4 +1,4 @@
-#include "toolkit/DefaultMediaImages.h"
+#include "toolkit/media/DefaultMediaImages.h"
 
 #include <array>
 #include <cstdlib>

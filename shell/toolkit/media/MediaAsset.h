@@ -1,6 +1,6 @@
 #pragma once
 
-#include "toolkit/MediaType.h"
+#include "toolkit/media/MediaType.h"
 
 #include <QDateTime>
 #include <QImage>

@@ -1,4 +1,4 @@
-#include "toolkit/MediaAsset.h"
+#include "toolkit/media/MediaAsset.h"
 
 namespace shell {
 
