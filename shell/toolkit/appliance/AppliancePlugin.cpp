@@ -1,0 +1,7 @@
+#include "toolkit/appliance/AppliancePlugin.h"
+
+namespace shell {
+
+AppliancePlugin::~AppliancePlugin() = default;
+
+} // namespace shell

@@ -1,0 +1,108 @@
+#include "toolkit/player/SimulatedVideoPlayer.h"
+
+#include <algorithm>
+
+namespace shell {
+
+SimulatedVideoPlayer::SimulatedVideoPlayer(QObject* parent)
+    : VideoPlayer(parent)
+{
+}
+
+SimulatedVideoPlayer::~SimulatedVideoPlayer() = default;
+
+bool SimulatedVideoPlayer::setMedia(std::shared_ptr<MediaAsset> asset, QString* error)
+{
+    m_asset = std::move(asset);
+    m_position = 0;
+    m_startedAt = -1;
+    m_error.clear();
+    if (!m_asset)
+        m_error = tr("There is nothing to play.");
+    else if (!m_asset->hasVideoContent())
+        m_error = tr("This item has no video.");
+    if (!m_durationFixed)
+        m_duration = m_asset ? qint64(m_asset->duration()) * 1000 : 0;
+    if (error)
+        *error = m_error;
+    setState(m_error.isNull() ? State::Stopped : State::Error);
+    return m_error.isNull();
+}
+
+void SimulatedVideoPlayer::setDurationMS(qint64 ms)
+{
+    m_duration = std::max<qint64>(ms, 0);
+    m_durationFixed = true;
+}
+
+void SimulatedVideoPlayer::play()
+{
+    if (!m_asset || m_state == State::Error || m_state == State::Playing)
+        return;
+    if (m_state == State::Ended)
+        m_position = 0;
+    m_startedAt = m_position;
+    setState(State::Playing);
+    endIfAtEnd();
+}
+
+void SimulatedVideoPlayer::pause()
+{
+    if (m_state == State::Playing)
+        setState(State::Paused);
+}
+
+void SimulatedVideoPlayer::seekToMS(qint64 ms)
+{
+    if (!m_asset || m_state == State::Error)
+        return;
+    m_position = clamped(ms);
+    emit positionChanged(m_position);
+    endIfAtEnd();
+}
+
+void SimulatedVideoPlayer::stop()
+{
+    if (m_state == State::Stopped || m_state == State::Error)
+        return;
+    m_position = 0;
+    setState(State::Stopped);
+}
+
+void SimulatedVideoPlayer::advance(qint64 ms)
+{
+    if (m_state != State::Playing || ms <= 0)
+        return;
+    m_position = clamped(m_position + ms);
+    emit positionChanged(m_position);
+    endIfAtEnd();
+}
+
+void SimulatedVideoPlayer::fail(const QString& message)
+{
+    m_error = message;
+    setState(State::Error);
+    emit errorOccurred(message);
+}
+
+void SimulatedVideoPlayer::setState(State state)
+{
+    if (m_state == state)
+        return;
+    m_state = state;
+    emit stateChanged(state);
+}
+
+qint64 SimulatedVideoPlayer::clamped(qint64 ms) const
+{
+    const qint64 atLeastZero = std::max<qint64>(ms, 0);
+    return m_duration > 0 ? std::min(atLeastZero, m_duration) : atLeastZero;
+}
+
+void SimulatedVideoPlayer::endIfAtEnd()
+{
+    if (m_state == State::Playing && m_duration > 0 && m_position >= m_duration)
+        setState(State::Ended);
+}
+
+} // namespace shell

@@ -1,0 +1,401 @@
+#include "toolkit/player/VideoPlayerController.h"
+
+#include "toolkit/ToolkitLog.h"
+#include "toolkit/appliance/NotificationCenter.h"
+#include "toolkit/stack/ControllerStack.h"
+
+#include <QJsonArray>
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+
+namespace shell {
+
+namespace {
+
+    QString stateName(VideoPlayerController::State state)
+    {
+        switch (state) {
+        case VideoPlayerController::State::Idle:
+            return QStringLiteral("idle");
+        case VideoPlayerController::State::Prompt:
+            return QStringLiteral("prompt");
+        case VideoPlayerController::State::Playing:
+            return QStringLiteral("playing");
+        case VideoPlayerController::State::Paused:
+            return QStringLiteral("paused");
+        case VideoPlayerController::State::Ended:
+            return QStringLiteral("ended");
+        case VideoPlayerController::State::Error:
+            return QStringLiteral("error");
+        }
+        return {};
+    }
+
+    QJsonObject promptRow(const QString& title)
+    {
+        return QJsonObject { { QStringLiteral("title"), title },
+            { QStringLiteral("kind"), QStringLiteral("plain") },
+            { QStringLiteral("dividerAbove"), false } };
+    }
+
+    // The screen has room for one line; players tend to explain at length.
+    QString shortText(const QString& message)
+    {
+        return message.section(QLatin1Char('\n'), 0, 0).trimmed();
+    }
+
+} // namespace
+
+VideoPlayerController::VideoPlayerController(Scene& scene)
+    : LayerController(scene)
+{
+    m_errorTimer.setSingleShot(true);
+    m_errorTimer.setInterval(kErrorDismissMS);
+    connect(&m_errorTimer, &QTimer::timeout, this, &VideoPlayerController::popSelf);
+    NotificationCenter::defaultCenter().addObserver(this,
+        NotificationCenter::applicationWillTerminate(),
+        [this](const QString&, QObject*) { onTerminating(); });
+}
+
+VideoPlayerController::~VideoPlayerController()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+    if (m_player)
+        m_player->disconnect(this);
+    // A stack torn down without popping still leaves the resume point behind.
+    if (isPlaying())
+        finishPlayback();
+}
+
+void VideoPlayerController::setVideoPlayer(std::unique_ptr<VideoPlayer> player)
+{
+    if (m_player)
+        m_player->disconnect(this);
+    m_player = std::move(player);
+    if (!m_player) {
+        enterError(tr("There is no video player."));
+        return;
+    }
+    connectPlayer();
+    if (!m_player->media() || m_player->state() == VideoPlayer::State::Error)
+        enterError(m_player->errorString());
+}
+
+void VideoPlayerController::connectPlayer()
+{
+    connect(
+        m_player.get(), &VideoPlayer::stateChanged, this, &VideoPlayerController::onPlayerState);
+    connect(m_player.get(), &VideoPlayer::positionChanged, this,
+        &VideoPlayerController::onPlayerPosition);
+    connect(
+        m_player.get(), &VideoPlayer::errorOccurred, this, &VideoPlayerController::onPlayerError);
+}
+
+void VideoPlayerController::setErrorDismissDelayMS(int ms)
+{
+    m_errorTimer.setInterval(ms);
+}
+
+QString VideoPlayerController::kind() const
+{
+    return QStringLiteral("player");
+}
+
+void VideoPlayerController::willBePushed()
+{
+    LayerController::willBePushed();
+    prepare();
+}
+
+void VideoPlayerController::prepare()
+{
+    if (m_state != State::Idle)
+        return;
+    if (!m_player) {
+        enterError(tr("There is no video player."));
+        return;
+    }
+    const std::shared_ptr<MediaAsset> asset = m_player->media();
+    if (!asset) {
+        enterError(m_player->errorString());
+        return;
+    }
+    m_resumeOffered = m_allowsResume && asset->hasBeenPlayed();
+    if (m_resumeOffered) {
+        m_promptFocus = 0;
+        setState(State::Prompt);
+    }
+}
+
+void VideoPlayerController::didBecomeTop(bool pushed)
+{
+    LayerController::didBecomeTop(pushed);
+    if (pushed && m_state == State::Idle)
+        startAt(0);
+    else if (m_state == State::Error && !m_errorTimer.isActive())
+        m_errorTimer.start();
+}
+
+void VideoPlayerController::willBePopped()
+{
+    LayerController::willBePopped();
+    m_errorTimer.stop();
+    if (isPlaying()) {
+        finishPlayback();
+        setState(State::Ended);
+    }
+}
+
+void VideoPlayerController::startAt(qint64 ms)
+{
+    if (!m_player || !m_player->media()) {
+        enterError(m_player ? m_player->errorString() : QString());
+        return;
+    }
+    qCDebug(lcPlayer).noquote() << "Playing from" << ms << "ms" << m_player->media()->mediaURL();
+    m_lastHandedOverMS = ms;
+    m_lastKnownPositionMS = ms;
+    m_player->seekToMS(ms);
+    // Our state first: a player that ends or fails at once must find playback begun.
+    m_playbackBegan = true;
+    setState(State::Playing);
+    m_player->play();
+}
+
+bool VideoPlayerController::handleAction(RemoteAction action)
+{
+    switch (m_state) {
+    case State::Prompt:
+        return handlePromptAction(action);
+    case State::Playing:
+    case State::Paused:
+        return handlePlaybackAction(action);
+    case State::Error:
+        popSelf();
+        return true;
+    case State::Idle:
+    case State::Ended:
+        break;
+    }
+    return false;
+}
+
+bool VideoPlayerController::handlePromptAction(RemoteAction action)
+{
+    const std::shared_ptr<MediaAsset> asset = m_player->media();
+    switch (action) {
+    case RemoteAction::Up:
+    case RemoteAction::Down: {
+        const int focus = action == RemoteAction::Up ? 0 : 1;
+        if (focus != m_promptFocus) {
+            m_promptFocus = focus;
+            emit changed();
+        }
+        return true;
+    }
+    case RemoteAction::Select:
+        startAt(m_promptFocus == 0 ? asset->bookmarkTimeInMS() : 0);
+        return true;
+    case RemoteAction::Menu:
+        popSelf();
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool VideoPlayerController::handlePlaybackAction(RemoteAction action)
+{
+    switch (action) {
+    case RemoteAction::PlayPause:
+        if (m_state == State::Playing) {
+            m_player->pause();
+            setState(State::Paused);
+        } else {
+            m_player->play();
+            setState(State::Playing);
+        }
+        return true;
+    case RemoteAction::Left:
+        seekBy(-kShortSeekMS);
+        return true;
+    case RemoteAction::Right:
+        seekBy(kShortSeekMS);
+        return true;
+    case RemoteAction::Up:
+        seekBy(kLongSeekMS);
+        return true;
+    case RemoteAction::Down:
+        seekBy(-kLongSeekMS);
+        return true;
+    case RemoteAction::Menu:
+        finishPlayback();
+        setState(State::Ended);
+        popSelf();
+        return true;
+    case RemoteAction::Select:
+        break;
+    }
+    return false;
+}
+
+void VideoPlayerController::seekBy(qint64 deltaMS)
+{
+    m_player->seekToMS(std::max<qint64>(currentPositionMS() + deltaMS, 0));
+}
+
+void VideoPlayerController::finishPlayback()
+{
+    handOverFinalBookmark();
+    if (m_player)
+        m_player->stop();
+}
+
+void VideoPlayerController::handOverFinalBookmark()
+{
+    if (!m_playbackBegan || m_finalBookmarkDone)
+        return;
+    m_finalBookmarkDone = true;
+    handOverBookmark(currentPositionMS());
+}
+
+void VideoPlayerController::handOverBookmark(qint64 ms)
+{
+    const std::shared_ptr<MediaAsset> asset = m_player ? m_player->media() : nullptr;
+    if (!asset)
+        return;
+    qCDebug(lcPlayer).noquote() << "Bookmark" << ms << "ms" << asset->mediaURL();
+    m_lastHandedOverMS = ms;
+    asset->setBookmarkTimeInMS(int(std::clamp<qint64>(ms, 0, INT_MAX)));
+}
+
+qint64 VideoPlayerController::currentPositionMS() const
+{
+    if (!m_player)
+        return 0;
+    const VideoPlayer::State state = m_player->state();
+    // A stopped or broken player may have forgotten where it was.
+    if (state == VideoPlayer::State::Playing || state == VideoPlayer::State::Paused)
+        return m_player->positionMS();
+    return m_lastKnownPositionMS;
+}
+
+void VideoPlayerController::enterError(const QString& message)
+{
+    if (m_state == State::Ended)
+        return;
+    handOverFinalBookmark();
+    const QString text = shortText(message);
+    m_error = text.isEmpty() ? tr("This video cannot be played.") : text;
+    qCWarning(lcPlayer).noquote() << "Error playing video: " + m_error
+                                  << (m_player && m_player->media() ? m_player->media()->mediaURL()
+                                                                    : QString());
+    m_state = State::Error;
+    emit changed();
+    if (stack())
+        m_errorTimer.start();
+}
+
+void VideoPlayerController::setState(State state)
+{
+    if (m_state == state)
+        return;
+    m_state = state;
+    emit changed();
+}
+
+void VideoPlayerController::onPlayerState(VideoPlayer::State state)
+{
+    switch (state) {
+    case VideoPlayer::State::Playing:
+        if (m_state == State::Paused)
+            setState(State::Playing);
+        break;
+    case VideoPlayer::State::Paused:
+        if (m_state == State::Playing)
+            setState(State::Paused);
+        break;
+    case VideoPlayer::State::Ended:
+        if (isPlaying()) {
+            m_lastKnownPositionMS = std::max(m_lastKnownPositionMS, m_player->durationMS());
+            handOverFinalBookmark();
+            setState(State::Ended);
+            popSelf();
+        }
+        break;
+    case VideoPlayer::State::Stopped:
+    case VideoPlayer::State::Error:
+        // Stops are ours; errors arrive with their message through onPlayerError.
+        break;
+    }
+}
+
+void VideoPlayerController::onPlayerPosition(qint64 ms)
+{
+    m_lastKnownPositionMS = ms;
+    if (isPlaying() && !m_finalBookmarkDone
+        && std::abs(ms - m_lastHandedOverMS) >= kBookmarkIntervalMS)
+        handOverBookmark(ms);
+    if (ms / 1000 != m_lastShownSecond) {
+        m_lastShownSecond = ms / 1000;
+        emit changed();
+    }
+}
+
+void VideoPlayerController::onPlayerError(const QString& message)
+{
+    enterError(message);
+}
+
+void VideoPlayerController::onTerminating()
+{
+    if (!isPlaying())
+        return;
+    qCDebug(lcPlayer) << "The shell is terminating; keeping the resume point";
+    finishPlayback();
+    setState(State::Ended);
+}
+
+void VideoPlayerController::popSelf()
+{
+    m_errorTimer.stop();
+    ControllerStack* const onStack = stack();
+    if (onStack && onStack->topController() == this)
+        onStack->popController();
+}
+
+QJsonObject VideoPlayerController::describe() const
+{
+    QJsonObject object = LayerController::describe();
+    if (m_state == State::Prompt) {
+        object[QStringLiteral("rows")]
+            = QJsonArray { promptRow(tr("Resume Playing")), promptRow(tr("Start from Beginning")) };
+        object[QStringLiteral("focus")] = m_promptFocus;
+    } else {
+        object[QStringLiteral("rows")] = QJsonArray();
+        object[QStringLiteral("focus")] = QJsonValue::Null;
+    }
+    object[QStringLiteral("player")] = describePlayer();
+    return object;
+}
+
+QJsonObject VideoPlayerController::describePlayer() const
+{
+    const std::shared_ptr<MediaAsset> asset = m_player ? m_player->media() : nullptr;
+    const auto orNull = [](const QString& text) {
+        return text.isNull() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
+    };
+    return QJsonObject {
+        { QStringLiteral("url"), orNull(asset ? asset->mediaURL() : QString()) },
+        { QStringLiteral("positionMS"), currentPositionMS() },
+        { QStringLiteral("durationMS"), m_player ? m_player->durationMS() : 0 },
+        { QStringLiteral("allowsResume"), m_allowsResume },
+        { QStringLiteral("resumeOffered"), m_resumeOffered },
+        { QStringLiteral("state"), stateName(m_state) },
+        { QStringLiteral("error"), orNull(m_error) },
+    };
+}
+
+} // namespace shell

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "toolkit/player/VideoPlayer.h"
+#include "toolkit/stack/LayerController.h"
+
+#include <QTimer>
+
+#include <memory>
+
+namespace shell {
+
+// Plays one asset full screen.
+//   - With resume allowed and an asset that has been played, it first offers "Resume
+//     Playing" (focused) and "Start from Beginning"; Menu there pops it and leaves the
+//     bookmark alone. Otherwise playback starts at 0 once the controller is on top.
+//   - Playing: PlayPause toggles, Left/Right seek 10 s, Up/Down seek 60 s, Menu stops
+//     and pops.
+//   - The position goes to the asset's setBookmarkTimeInMS exactly once when playback
+//     ends (stop, end of media, an error after playback began, the shell terminating),
+//     and in between whenever playback has moved 10 s away from the last position
+//     handed over, so a power cut loses at most 10 s of the resume point.
+//   - An error shows as a short text; the next action, or 5 s later, pops back. A
+//     player whose setMedia failed shows its error at once and never plays.
+class VideoPlayerController : public LayerController {
+    Q_OBJECT
+public:
+    enum class State { Idle, Prompt, Playing, Paused, Ended, Error };
+
+    static constexpr qint64 kShortSeekMS = 10'000;
+    static constexpr qint64 kLongSeekMS = 60'000;
+    static constexpr qint64 kBookmarkIntervalMS = 10'000;
+    static constexpr int kErrorDismissMS = 5'000;
+
+    explicit VideoPlayerController(Scene& scene);
+    ~VideoPlayerController() override;
+
+    // The controller owns its player; the player holds the asset (setMedia).
+    void setVideoPlayer(std::unique_ptr<VideoPlayer> player);
+    VideoPlayer* videoPlayer() const { return m_player.get(); }
+    void setAllowsResume(bool allows) { m_allowsResume = allows; }
+    bool allowsResume() const { return m_allowsResume; }
+
+    State state() const { return m_state; }
+    bool resumeOffered() const { return m_resumeOffered; }
+    QString errorText() const { return m_error; }
+    // Tests shorten the error's display time.
+    void setErrorDismissDelayMS(int ms);
+
+    QString kind() const override; // "player"
+    bool handleAction(RemoteAction action) override;
+    void willBePushed() override;
+    void willBePopped() override;
+    // "rows" and "focus" are the resume prompt's while it shows; adds "player":
+    // {"url", "positionMS", "durationMS", "allowsResume", "resumeOffered", "state",
+    //  "error"}.
+    QJsonObject describe() const override;
+
+protected:
+    void didBecomeTop(bool pushed) override;
+
+private:
+    void connectPlayer();
+    // Offers the resume prompt, starts at once, or shows why it cannot play.
+    void prepare();
+    void startAt(qint64 ms);
+    // Hands over the final bookmark once, if playback began, and stops the player.
+    void finishPlayback();
+    void handOverFinalBookmark();
+    void handOverBookmark(qint64 ms);
+    void enterError(const QString& message);
+    void setState(State state);
+    bool isPlaying() const { return m_state == State::Playing || m_state == State::Paused; }
+    bool handlePromptAction(RemoteAction action);
+    bool handlePlaybackAction(RemoteAction action);
+    void seekBy(qint64 deltaMS);
+    QJsonObject describePlayer() const;
+    qint64 currentPositionMS() const;
+    void onPlayerState(VideoPlayer::State state);
+    void onPlayerPosition(qint64 ms);
+    void onPlayerError(const QString& message);
+    void onTerminating();
+    void popSelf();
+
+    std::unique_ptr<VideoPlayer> m_player;
+    bool m_allowsResume = false;
+    bool m_resumeOffered = false;
+    State m_state = State::Idle;
+    int m_promptFocus = 0;
+    bool m_playbackBegan = false;
+    bool m_finalBookmarkDone = false;
+    qint64 m_lastHandedOverMS = 0;
+    qint64 m_lastKnownPositionMS = 0;
+    qint64 m_lastShownSecond = -1;
+    QString m_error;
+    QTimer m_errorTimer;
+};
+
+} // namespace shell
