@@ -1,0 +1,410 @@
+#include "vtvplugin/screens/VireoApplianceController.h"
+
+#include "toolkit/media/MetadataPreviewController.h"
+#include "toolkit/media/PreviewFactory.h"
+#include "toolkit/media/XmlMediaAsset.h"
+#include "toolkit/menus/MenuItem.h"
+#include "toolkit/player/VideoPlayerController.h"
+#include "toolkit/player/VideoPlayerFactory.h"
+#include "toolkit/stack/ControllerStack.h"
+#include "vtvplugin/library/VireoPairInfo.h"
+#include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/platform/HomeFolder.h"
+#include "vtvplugin/platform/VtvLog.h"
+#include "vtvplugin/screens/ScreenResources.h"
+
+#include <QUrl>
+
+#include <algorithm>
+#include <array>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr qint32 kInitialAssetSlots = 16;
+constexpr qsizetype kInitialFolderCapacity = 4;
+
+// Matched exactly: "MOV" is not a movie, "mov" is.
+constexpr std::array<QLatin1StringView, 22> kMovieExtensions { QLatin1StringView("m4v"),
+    QLatin1StringView("3gp"), QLatin1StringView("m3u"), QLatin1StringView("pls"),
+    QLatin1StringView("divx"), QLatin1StringView("xvid"), QLatin1StringView("avi"),
+    QLatin1StringView("mov"), QLatin1StringView("wmv"), QLatin1StringView("asx"),
+    QLatin1StringView("asf"), QLatin1StringView("ogm"), QLatin1StringView("mpg"),
+    QLatin1StringView("mpeg"), QLatin1StringView("mp4"), QLatin1StringView("mkv"),
+    QLatin1StringView("avc"), QLatin1StringView("flv"), QLatin1StringView("dv"),
+    QLatin1StringView("fli"), QLatin1StringView("m2v"), QLatin1StringView("ts") };
+
+QString moviesFolder()
+{
+    return HomeFolder::path() + QStringLiteral("/Movies");
+}
+
+// Where the extension's dot is, -1 for none. A leading dot starts a hidden name, not
+// an extension.
+qsizetype extensionDot(const QString& name)
+{
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot > 0 ? dot : -1;
+}
+
+bool isMovieName(const QString& name)
+{
+    const qsizetype dot = extensionDot(name);
+    if (dot < 0)
+        return false;
+    const QStringView extension = QStringView(name).mid(dot + 1);
+    return std::any_of(kMovieExtensions.begin(), kMovieExtensions.end(),
+        [extension](QLatin1StringView known) { return extension == known; });
+}
+
+QString withoutExtension(const QString& name)
+{
+    const qsizetype dot = extensionDot(name);
+    return dot < 0 ? name : name.left(dot);
+}
+
+QString lastPathComponent(QString path)
+{
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+bool isReadableFolder(const QString& path)
+{
+    const QByteArray encoded = FileSystem::encodeName(path);
+    struct stat status { };
+    return stat(encoded.constData(), &status) == 0 && S_ISDIR(status.st_mode)
+        && access(encoded.constData(), R_OK | X_OK) == 0;
+}
+
+// Follows links, so a link to a pair folder counts as a folder. When stat fails (a
+// dangling link) the verdict is left as the entry before it set it; the menus have
+// always listed that way and the sync side lays its links out with that in mind.
+void takeFolderVerdict(const QString& path, bool& isFolder)
+{
+    struct stat status { };
+    if (stat(FileSystem::encodeName(path).constData(), &status) == 0)
+        isFolder = S_ISDIR(status.st_mode);
+}
+
+} // namespace
+
+VireoApplianceController::VireoApplianceController(shell::Scene& scene)
+    : VireoApplianceController(scene, moviesFolder(), false, true)
+{
+}
+
+VireoApplianceController::VireoApplianceController(
+    shell::Scene& scene, const QString& directory, bool initDone)
+    : VireoApplianceController(scene, directory, initDone, false)
+{
+}
+
+VireoApplianceController::VireoApplianceController(
+    shell::Scene& scene, const QString& directory, bool initDone, bool isMainMenu)
+    : shell::MediaMenuController(scene)
+    , m_pDirectory(directory.isNull() ? moviesFolder() : directory)
+    , m_bShowTrailers(isMainMenu)
+    , m_bIsMainMenu(isMainMenu)
+    , m_nLastSyncTime(getLastSyncTimeForAllPairs())
+{
+    refreshList();
+    list().setDatasource(this);
+    list().reload();
+    list().setTitle(initDone ? lastPathComponent(m_pDirectory) : QStringLiteral("Vireo Movies"));
+}
+
+VireoApplianceController::~VireoApplianceController() = default;
+
+VireoApplianceController::RowKind VireoApplianceController::rowKind(long row) const
+{
+    // Compared unsigned: a negative row lies past the end.
+    const auto index = static_cast<unsigned long>(row);
+    const auto folders = static_cast<unsigned long>(folderCount());
+    const auto movies = static_cast<unsigned long>(movieCount());
+    if (index < folders)
+        return RowKind::Folder;
+    if (index < folders + movies)
+        return RowKind::Movie;
+    if (m_bIsMainMenu && index == folders + movies)
+        return RowKind::Settings;
+    return RowKind::None;
+}
+
+long VireoApplianceController::itemCount()
+{
+    return folderCount() + movieCount() + (m_bIsMainMenu ? 1 : 0);
+}
+
+QString VireoApplianceController::titleForRow(long row)
+{
+    switch (rowKind(row)) {
+    case RowKind::Folder:
+        return lastPathComponent(m_pDirectoryList.at(row));
+    case RowKind::Movie:
+        return withoutExtension(m_pFileList->at(row - folderCount()));
+    case RowKind::Settings:
+        return QStringLiteral("Settings");
+    case RowKind::None:
+        break;
+    }
+    return {};
+}
+
+std::unique_ptr<shell::MenuItem> VireoApplianceController::itemForRow(long row)
+{
+    std::unique_ptr<shell::MenuItem> item;
+    switch (rowKind(row)) {
+    case RowKind::Folder:
+    case RowKind::Settings:
+        item = shell::MenuItem::folderMenuItem();
+        item->setTitle(titleForRow(row));
+        break;
+    case RowKind::Movie:
+        item = shell::MenuItem::adornedMenuItem();
+        item->textItem().setTitle(titleForRow(row));
+        break;
+    case RowKind::None:
+        break;
+    }
+    return item;
+}
+
+long VireoApplianceController::rowForTitle(const QString& title)
+{
+    const long count = itemCount();
+    for (long row = 0; row < count; ++row) {
+        if (titleForRow(row) == title)
+            return row;
+    }
+    return -1;
+}
+
+void VireoApplianceController::itemSelected(long row)
+{
+    switch (rowKind(row)) {
+    case RowKind::Folder:
+        pushFolder(row);
+        break;
+    case RowKind::Movie:
+        playMovie(row - folderCount());
+        break;
+    case RowKind::Settings:
+        pushSettings();
+        break;
+    case RowKind::None:
+        break;
+    }
+}
+
+void VireoApplianceController::pushFolder(long index)
+{
+    if (!stack())
+        return;
+    stack()->pushController(
+        std::make_unique<VireoApplianceController>(scene(), m_pDirectoryList.at(index), true));
+}
+
+void VireoApplianceController::playMovie(long index)
+{
+    const std::shared_ptr<VTVMediaAsset> asset = assetForFile(index);
+    if (!asset || !stack())
+        return;
+    std::unique_ptr<shell::VideoPlayer> player = shell::VideoPlayerFactory::create();
+    // The player reports its own errors once it is on screen.
+    QString error;
+    player->setMedia(asset, &error);
+    auto controller = std::make_unique<shell::VideoPlayerController>(scene());
+    controller->setVideoPlayer(std::move(player));
+    controller->setAllowsResume(true);
+    stack()->pushController(std::move(controller));
+}
+
+void VireoApplianceController::pushSettings() { }
+
+std::unique_ptr<shell::PreviewController> VireoApplianceController::previewControllerForItem(
+    long row)
+{
+    switch (rowKind(row)) {
+    case RowKind::Movie:
+        return shell::PreviewFactory::previewControllerForAsset(
+            assetForFile(row - folderCount()), this, scene());
+    case RowKind::Settings:
+        return settingsPreview();
+    case RowKind::Folder:
+    case RowKind::None:
+        break;
+    }
+    return nullptr;
+}
+
+std::unique_ptr<shell::PreviewController> VireoApplianceController::settingsPreview()
+{
+    auto asset = std::make_shared<shell::XmlMediaAsset>();
+    const QString icon = ScreenResources::iconURL();
+    asset->setValue(QStringLiteral("mediaURL"), icon);
+    asset->setValue(QStringLiteral("previewURL"), icon);
+    asset->setValue(QStringLiteral("mediaType"), static_cast<int>(shell::MediaType::photo));
+    asset->setValue(QStringLiteral("copyright"), VTVMediaAsset::copyrightLine());
+    auto preview = std::make_unique<shell::MetadataPreviewController>(scene());
+    preview->setAsset(std::move(asset));
+    preview->setShowsMetadataImmediately(true);
+    return preview;
+}
+
+std::shared_ptr<VTVMediaAsset> VireoApplianceController::assetForFile(long index)
+{
+    if (index < 0 || index >= movieCount())
+        return nullptr;
+    if (!m_pAssetList) {
+        m_pAssetList = std::make_unique<std::shared_ptr<VTVMediaAsset>[]>(kInitialAssetSlots);
+        m_nAssetListSize = kInitialAssetSlots;
+    }
+    if (index >= m_nAssetListSize)
+        growAssetList(index);
+    std::shared_ptr<VTVMediaAsset>& slot = m_pAssetList[index];
+    if (!slot) {
+        const QString path = m_pDirectory + QLatin1Char('/') + m_pFileList->at(index);
+        slot = std::make_shared<VTVMediaAsset>(QUrl::fromLocalFile(path));
+    }
+    return slot;
+}
+
+// Doubles until `index` fits; the movie count bounds `index`, so this cannot overflow.
+void VireoApplianceController::growAssetList(long index)
+{
+    qint32 size = m_nAssetListSize;
+    while (size <= index)
+        size *= 2;
+    auto grown = std::make_unique<std::shared_ptr<VTVMediaAsset>[]>(size);
+    std::move(m_pAssetList.get(), m_pAssetList.get() + m_nAssetListSize, grown.get());
+    m_pAssetList = std::move(grown);
+    m_nAssetListSize = size;
+}
+
+int VireoApplianceController::assetsMade() const
+{
+    if (!m_pAssetList)
+        return 0;
+    return int(std::count_if(m_pAssetList.get(), m_pAssetList.get() + m_nAssetListSize,
+        [](const std::shared_ptr<VTVMediaAsset>& asset) { return asset != nullptr; }));
+}
+
+void VireoApplianceController::clearAssets()
+{
+    m_pAssetList.reset();
+    m_nAssetListSize = 0;
+}
+
+std::optional<QStringList> VireoApplianceController::listEntries() const
+{
+    QStringList entries = FileSystem::entryNames(m_pDirectory);
+    if (entries.isEmpty() && !isReadableFolder(m_pDirectory)) {
+        qCDebug(lcLibrary).noquote() << "Warning: cannot list folder:" << m_pDirectory;
+        return std::nullopt;
+    }
+    return entries;
+}
+
+void VireoApplianceController::refreshList()
+{
+    m_bNeedsReload = false;
+    clearAssets();
+    if (m_nBottomDividerIndex > 0) {
+        list().removeDividerAtIndex(m_nBottomDividerIndex);
+        m_nBottomDividerIndex = -1;
+    }
+    const std::optional<QStringList> entries = listEntries();
+    m_pFileList.reset();
+    m_pDirectoryList = QStringList();
+    m_pDirectoryList.reserve(kInitialFolderCapacity);
+    if (entries)
+        sortEntries(*entries);
+    placeDivider();
+}
+
+// Both lists keep the listing order; a folder with a movie's extension is in both.
+void VireoApplianceController::sortEntries(const QStringList& entries)
+{
+    QStringList movies;
+    bool isFolder = false;
+    for (const QString& name : entries) {
+        if (isMovieName(name))
+            movies.append(name);
+        const QString path = m_pDirectory + QLatin1Char('/') + name;
+        takeFolderVerdict(path, isFolder);
+        if (isFolder)
+            m_pDirectoryList.append(path);
+    }
+    m_pFileList = std::move(movies);
+}
+
+// On the top menu only, just above "Settings"; none when "Settings" is the only row.
+void VireoApplianceController::placeDivider()
+{
+    if (!m_bIsMainMenu)
+        return;
+    m_nBottomDividerIndex = qint32(movieCount() + folderCount());
+    if (m_nBottomDividerIndex != 0)
+        list().addDividerAtIndex(m_nBottomDividerIndex);
+}
+
+std::optional<shell::MediaType> VireoApplianceController::mediaPreviewMissingMediaType() const
+{
+    return std::nullopt;
+}
+
+bool VireoApplianceController::mediaPreviewShouldShowMetadata() const
+{
+    return true;
+}
+
+bool VireoApplianceController::mediaPreviewShouldShowMetadataImmediately() const
+{
+    return false;
+}
+
+QVariant VireoApplianceController::fetchStats(const QVariant& request) const
+{
+    Q_UNUSED(request);
+    return {};
+}
+
+void VireoApplianceController::clearAllDownloads()
+{
+    qCDebug(lcLibrary).noquote() << "clearAllDownloads";
+}
+
+void VireoApplianceController::cancelDownloads()
+{
+    qCDebug(lcLibrary).noquote() << "cancelDownloads" << m_pDirectory;
+}
+
+void VireoApplianceController::wasPopped()
+{
+    m_bNeedsReload = true;
+    shell::MediaMenuController::wasPopped();
+}
+
+void VireoApplianceController::willBePushed()
+{
+    if (m_bNeedsReload) {
+        refreshList();
+        list().reload();
+    }
+    shell::MediaMenuController::willBePushed();
+}
+
+void VireoApplianceController::willBeExhumed()
+{
+    const quint32 lastSyncTime = getLastSyncTimeForAllPairs();
+    if (lastSyncTime != m_nLastSyncTime) {
+        m_nLastSyncTime = lastSyncTime;
+        refreshList();
+    }
+    shell::MediaMenuController::willBeExhumed();
+}
