@@ -1,0 +1,19 @@
+#include "vtvplugin/appliance/ApplianceConfig.h"
+
+#include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/screens/ScreenResources.h"
+
+QString ApplianceConfig::copyrightLine()
+{
+    return VTVMediaAsset::copyrightLine();
+}
+
+QString ApplianceConfig::softwareVersion()
+{
+    return ScreenResources::softwareVersion();
+}
+
+const shell::Bundle& ApplianceConfig::bundle()
+{
+    return ScreenResources::bundle();
+}

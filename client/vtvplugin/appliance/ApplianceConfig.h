@@ -1,0 +1,23 @@
+#pragma once
+
+#include "toolkit/appliance/Bundle.h"
+
+#include <QString>
+
+// The one place that names the appliance's configuration. The copyright line and the
+// software version live in the layers below (the media asset and the screens answer
+// them too) and are forwarded from there, so that no two places can disagree.
+class ApplianceConfig {
+public:
+    ApplianceConfig() = delete;
+
+    // The service's reverse-domain id; the plugin's metadata repeats it.
+    static QString moduleKey() { return QStringLiteral("net.vireomovies.appliance"); }
+    static QString moduleIconName() { return QStringLiteral("ApplianceIcon.png"); }
+    // The key of the appliance's name in the bundle's default strings table.
+    static QString moduleNameKey() { return QStringLiteral("Vireo Movies"); }
+
+    static QString copyrightLine();
+    static QString softwareVersion();
+    static const shell::Bundle& bundle();
+};
