@@ -1,0 +1,322 @@
+#include "toolkit/appliance/NotificationCenter.h"
+#include "toolkit/media/XmlMediaAsset.h"
+#include "toolkit/player/SimulatedVideoPlayer.h"
+#include "toolkit/player/VideoPlayerController.h"
+#include "toolkit/scene/Scene.h"
+#include "toolkit/stack/ControllerStack.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QJsonArray>
+
+#include <vector>
+
+namespace {
+
+using shell::RemoteAction;
+using shell::SimulatedVideoPlayer;
+using shell::VideoPlayer;
+using shell::VideoPlayerController;
+using State = VideoPlayerController::State;
+
+// Remembers every bookmark the player hands over.
+class RecordingAsset : public shell::XmlMediaAsset {
+public:
+    void setBookmarkTimeInMS(int ms) override
+    {
+        handedOver.push_back(ms);
+        XmlMediaAsset::setBookmarkTimeInMS(ms);
+    }
+    std::vector<int> handedOver;
+};
+
+struct Movie {
+    bool allowsResume = true;
+    bool played = false;
+    int bookmarkMS = 0;
+    int durationSeconds = 3600;
+    const char* url = "file:///movies/Film.m4v";
+};
+
+// A menu with a player pushed over it, as the screens do it.
+class PlayerTest : public ::testing::Test {
+protected:
+    void push(const Movie& movie)
+    {
+        stack.pushController(std::make_unique<shell::LayerController>(scene));
+        asset = std::make_shared<RecordingAsset>();
+        asset->setValue("mediaURL", movie.url);
+        asset->setValue("duration", movie.durationSeconds);
+        asset->setValue("hasBeenPlayed", movie.played);
+        asset->setValue("bookmarkTimeInMS", movie.bookmarkMS);
+        auto simulated = std::make_unique<SimulatedVideoPlayer>();
+        player = simulated.get();
+        player->setMedia(asset, nullptr);
+        auto made = std::make_unique<VideoPlayerController>(scene);
+        controller = made.get();
+        controller->setVideoPlayer(std::move(simulated));
+        controller->setAllowsResume(movie.allowsResume);
+        stack.pushController(std::move(made));
+    }
+    bool onTop() const { return stack.count() == 2; }
+    void press(RemoteAction action) { stack.handleAction(action); }
+    // Plays on in steps of one second, as a real clock would report it.
+    void playFor(qint64 ms)
+    {
+        for (qint64 played = 0; played < ms; played += 1000)
+            player->advance(1000);
+    }
+    QString describedState() const
+    {
+        return controller->describe()["player"].toObject()["state"].toString();
+    }
+    bool waitUntilPopped()
+    {
+        QDeadlineTimer deadline(5000);
+        while (onTop() && !deadline.hasExpired())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+        return !onTop();
+    }
+
+    shell::Scene scene;
+    shell::ControllerStack stack;
+    std::shared_ptr<RecordingAsset> asset;
+    SimulatedVideoPlayer* player = nullptr;
+    VideoPlayerController* controller = nullptr;
+};
+
+using Bookmarks = std::vector<int>;
+
+TEST_F(PlayerTest, resumePromptChoosesWhereToStart)
+{
+    struct Row {
+        const char* name;
+        std::vector<RemoteAction> moves;
+        int focus;
+        qint64 startMS;
+    };
+    const Row rows[] = {
+        { "resume is focused", {}, 0, 95'000 },
+        { "start from the beginning", { RemoteAction::Down }, 1, 0 },
+        { "back up to resume", { RemoteAction::Down, RemoteAction::Up }, 0, 95'000 },
+        { "no wrap at the bottom", { RemoteAction::Down, RemoteAction::Down }, 1, 0 },
+        { "no wrap at the top", { RemoteAction::Up }, 0, 95'000 },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        push({ .played = true, .bookmarkMS = 95'000 });
+        EXPECT_EQ(controller->state(), State::Prompt);
+        EXPECT_TRUE(controller->resumeOffered());
+        EXPECT_EQ(player->startedAtMS(), -1);
+        const QJsonArray prompt = controller->describe()["rows"].toArray();
+        ASSERT_EQ(prompt.size(), 2);
+        EXPECT_EQ(prompt[0].toObject()["title"], "Resume Playing");
+        EXPECT_EQ(prompt[1].toObject()["title"], "Start from Beginning");
+
+        for (const RemoteAction move : row.moves)
+            press(move);
+        EXPECT_EQ(controller->describe()["focus"].toInt(), row.focus);
+        press(RemoteAction::Select);
+        EXPECT_EQ(player->startedAtMS(), row.startMS);
+        EXPECT_EQ(player->state(), VideoPlayer::State::Playing);
+        EXPECT_EQ(controller->state(), State::Playing);
+        EXPECT_TRUE(controller->describe()["rows"].toArray().isEmpty());
+        EXPECT_TRUE(asset->handedOver.empty());
+        stack.popController();
+        stack.popController();
+    }
+}
+
+TEST_F(PlayerTest, withoutPromptPlaybackStartsAtZeroOncePushed)
+{
+    struct Row {
+        const char* name;
+        bool allowsResume;
+        bool played;
+    };
+    const Row rows[] = {
+        { "resume not allowed", false, true },
+        { "never played", true, false },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        push({ .allowsResume = row.allowsResume, .played = row.played, .bookmarkMS = 95'000 });
+        EXPECT_FALSE(controller->resumeOffered());
+        EXPECT_EQ(player->startedAtMS(), 0);
+        EXPECT_EQ(describedState(), "playing");
+        stack.popController();
+        stack.popController();
+    }
+}
+
+TEST_F(PlayerTest, menuOnThePromptLeavesTheBookmarkAlone)
+{
+    push({ .played = true, .bookmarkMS = 95'000 });
+    press(RemoteAction::Menu);
+    EXPECT_FALSE(onTop());
+    EXPECT_EQ(player->startedAtMS(), -1);
+    shell::NotificationCenter::defaultCenter().postNotification(
+        shell::NotificationCenter::applicationWillTerminate());
+    EXPECT_TRUE(asset->handedOver.empty());
+    EXPECT_EQ(asset->bookmarkTimeInMS(), 95'000);
+}
+
+TEST_F(PlayerTest, arrowsSeek)
+{
+    struct Row {
+        const char* name;
+        int fromMS;
+        RemoteAction action;
+        qint64 toMS;
+    };
+    const Row rows[] = {
+        { "left goes back 10 s", 600'000, RemoteAction::Left, 590'000 },
+        { "right goes on 10 s", 600'000, RemoteAction::Right, 610'000 },
+        { "up goes on a minute", 600'000, RemoteAction::Up, 660'000 },
+        { "down goes back a minute", 600'000, RemoteAction::Down, 540'000 },
+        { "not before the start", 5'000, RemoteAction::Left, 0 },
+        { "a minute back from 30 s", 30'000, RemoteAction::Down, 0 },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        push({ .played = true, .bookmarkMS = row.fromMS });
+        press(RemoteAction::Select);
+        press(row.action);
+        EXPECT_EQ(player->positionMS(), row.toMS);
+        EXPECT_EQ(controller->describe()["player"].toObject()["positionMS"].toInteger(), row.toMS);
+        stack.popController();
+        stack.popController();
+    }
+}
+
+TEST_F(PlayerTest, playPauseTogglesAndSeeksWorkWhilePaused)
+{
+    push({});
+    int changes = 0;
+    QObject::connect(controller, &shell::LayerController::changed, [&] { ++changes; });
+    press(RemoteAction::PlayPause);
+    EXPECT_EQ(player->state(), VideoPlayer::State::Paused);
+    EXPECT_EQ(describedState(), "paused");
+    EXPECT_GE(changes, 1);
+    playFor(5'000);
+    EXPECT_EQ(player->positionMS(), 0);
+    press(RemoteAction::Right);
+    EXPECT_EQ(player->positionMS(), 10'000);
+    press(RemoteAction::PlayPause);
+    EXPECT_EQ(player->state(), VideoPlayer::State::Playing);
+    EXPECT_EQ(describedState(), "playing");
+}
+
+TEST_F(PlayerTest, bookmarkEveryTenSecondsAndOnceAtTheEnd)
+{
+    struct Row {
+        const char* name;
+        std::function<void()> finish;
+        bool popped;
+    };
+    const Row rows[] = {
+        { "menu", [this] { press(RemoteAction::Menu); }, true },
+        { "popped by the stack", [this] { stack.popController(); }, true },
+        { "shell terminating",
+            [] {
+                shell::NotificationCenter::defaultCenter().postNotification(
+                    shell::NotificationCenter::applicationWillTerminate());
+            },
+            false },
+        { "error", [this] { player->fail("Decoder failed"); }, false },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        push({});
+        playFor(35'000);
+        EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 30'000 }));
+        row.finish();
+        EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 30'000, 35'000 }));
+        EXPECT_EQ(onTop(), !row.popped);
+
+        // Nothing after the last word: no second notice, pop or player event counts.
+        shell::NotificationCenter::defaultCenter().postNotification(
+            shell::NotificationCenter::applicationWillTerminate());
+        player->advance(20'000);
+        stack.popController();
+        EXPECT_EQ(asset->handedOver.size(), 4u);
+        stack.popController();
+    }
+}
+
+TEST_F(PlayerTest, seeksCountTowardsTheBookmarkInterval)
+{
+    push({ .played = true, .bookmarkMS = 600'000 });
+    press(RemoteAction::Select);
+    playFor(9'000);
+    EXPECT_TRUE(asset->handedOver.empty());
+    press(RemoteAction::Down);
+    press(RemoteAction::Right);
+    press(RemoteAction::Right);
+    EXPECT_EQ(asset->handedOver, Bookmarks({ 549'000, 559'000, 569'000 }));
+}
+
+TEST_F(PlayerTest, endOfMediaHandsOverAndPopsBack)
+{
+    push({ .durationSeconds = 25 });
+    playFor(25'000);
+    EXPECT_FALSE(onTop());
+    EXPECT_EQ(controller->state(), State::Ended);
+    // The final bookmark is the end itself; the asset's own rules decide what it keeps.
+    EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 25'000 }));
+}
+
+TEST_F(PlayerTest, errorShowsThenDismissesByActionOrTimer)
+{
+    struct Row {
+        const char* name;
+        bool byTimer;
+    };
+    const Row rows[] = { { "by action", false }, { "by timer", true } };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        push({});
+        controller->setErrorDismissDelayMS(row.byTimer ? 10 : 60'000);
+        playFor(12'000);
+        player->fail("Decoder failed\nat frame 288 of stream 0");
+        EXPECT_EQ(controller->errorText(), "Decoder failed");
+        const QJsonObject described = controller->describe()["player"].toObject();
+        EXPECT_EQ(described["state"], "error");
+        EXPECT_EQ(described["error"], "Decoder failed");
+        EXPECT_TRUE(onTop());
+        if (row.byTimer)
+            EXPECT_TRUE(waitUntilPopped());
+        else
+            press(RemoteAction::Right);
+        EXPECT_FALSE(onTop());
+        EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 12'000 }));
+        stack.popController();
+    }
+}
+
+TEST_F(PlayerTest, errorBeforePlaybackHandsNothingOver)
+{
+    push({ .played = true, .bookmarkMS = 95'000 });
+    player->fail("Cannot open");
+    EXPECT_EQ(describedState(), "error");
+    press(RemoteAction::Select);
+    EXPECT_FALSE(onTop());
+    EXPECT_TRUE(asset->handedOver.empty());
+}
+
+TEST_F(PlayerTest, mediaThatCannotBeSetShowsTheErrorAtOnce)
+{
+    push({ .url = "" });
+    controller->setErrorDismissDelayMS(10);
+    EXPECT_EQ(controller->state(), State::Error);
+    EXPECT_FALSE(controller->errorText().isEmpty());
+    EXPECT_EQ(player->startedAtMS(), -1);
+    shell::NotificationCenter::defaultCenter().postNotification(
+        shell::NotificationCenter::applicationWillTerminate());
+    EXPECT_TRUE(waitUntilPopped());
+    EXPECT_TRUE(asset->handedOver.empty());
+}
+
+} // namespace
