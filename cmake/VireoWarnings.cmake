@@ -3,9 +3,10 @@ add_compile_options(-Wall -Wextra)
 
 # One GoogleTest executable per source in SOURCES, named after the file and linked against
 # LIBS. The sources are listed rather than globbed so that a half-written or stray
-# tst_*.cpp in a test folder never changes what the build compiles and runs.
+# tst_*.cpp in a test folder never changes what the build compiles and runs. With GUI,
+# the tests run inside a QGuiApplication (offscreen), for fonts, images and timers.
 function(vireo_add_tests)
-  cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
+  cmake_parse_arguments(ARG "GUI" "" "LIBS;SOURCES" ${ARGN})
   if(ARG_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "vireo_add_tests: unexpected arguments: ${ARG_UNPARSED_ARGUMENTS}")
   endif()
@@ -15,7 +16,11 @@ function(vireo_add_tests)
   foreach(_src IN LISTS ARG_SOURCES)
     get_filename_component(_name "${_src}" NAME_WE)
     add_executable(${_name} "${_src}")
-    target_link_libraries(${_name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gmock GTest::gtest_main)
+    if(ARG_GUI)
+      target_link_libraries(${_name} PRIVATE ${ARG_LIBS} vireo_guitest_main GTest::gtest GTest::gmock)
+    else()
+      target_link_libraries(${_name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gmock GTest::gtest_main)
+    endif()
     gtest_discover_tests(${_name} DISCOVERY_TIMEOUT 60
       PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_LOGGING_RULES=*.debug=true")
   endforeach()

@@ -1,0 +1,7 @@
+#include "toolkit/media/MediaPreviewDelegate.h"
+
+namespace shell {
+
+MediaPreviewDelegate::~MediaPreviewDelegate() = default;
+
+} // namespace shell

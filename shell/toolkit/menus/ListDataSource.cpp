@@ -1,0 +1,7 @@
+#include "toolkit/menus/ListDataSource.h"
+
+namespace shell {
+
+ListDataSource::~ListDataSource() = default;
+
+} // namespace shell

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+namespace shell {
+
+class MenuItem;
+class PreviewController;
+
+// What a menu's list asks of whoever fills it; screens are their own data source.
+// Rows are 0-based; a row outside 0 .. itemCount() - 1 has no item, no title and no
+// preview, and selecting it does nothing.
+class ListDataSource {
+public:
+    virtual ~ListDataSource();
+
+    virtual long itemCount() = 0;
+    virtual std::unique_ptr<MenuItem> itemForRow(long row) = 0;
+    virtual QString titleForRow(long row) = 0;
+    // The first row whose title is `title`, -1 when none is.
+    virtual long rowForTitle(const QString& title) = 0;
+    virtual void itemSelected(long row) = 0;
+    // Null for no preview.
+    virtual std::unique_ptr<PreviewController> previewControllerForItem(long row) = 0;
+
+protected:
+    ListDataSource() = default;
+};
+
+} // namespace shell

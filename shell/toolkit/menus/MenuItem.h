@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+namespace shell {
+
+// One row of a menu list: a folder row (with the arrow that says it opens another
+// screen), a plain text row, or an adorned row whose title sits on its text item.
+class MenuItem {
+public:
+    enum class Kind { Folder, Plain, Adorned };
+
+    // The text part of a row.
+    class TextItem {
+    public:
+        QString title() const { return m_title; }
+        void setTitle(const QString& title) { m_title = title; }
+
+    private:
+        QString m_title;
+    };
+
+    static std::unique_ptr<MenuItem> folderMenuItem();
+    static std::unique_ptr<MenuItem> menuItem();
+    static std::unique_ptr<MenuItem> adornedMenuItem();
+
+    Kind kind() const { return m_kind; }
+    // "folder", "plain" or "adorned".
+    QString kindName() const;
+    bool hasArrow() const { return m_kind == Kind::Folder; }
+
+    QString title() const { return m_text.title(); }
+    void setTitle(const QString& title) { m_text.setTitle(title); }
+    TextItem& textItem() { return m_text; }
+
+private:
+    explicit MenuItem(Kind kind)
+        : m_kind(kind)
+    {
+    }
+
+    const Kind m_kind;
+    TextItem m_text;
+};
+
+} // namespace shell

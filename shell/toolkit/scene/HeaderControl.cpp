@@ -1,0 +1,12 @@
+#include "toolkit/scene/HeaderControl.h"
+
+namespace shell {
+
+HeaderControl::HeaderControl()
+    : Control(Kind::Header)
+{
+}
+
+HeaderControl::~HeaderControl() = default;
+
+} // namespace shell

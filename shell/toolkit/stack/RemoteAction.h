@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+#include <optional>
+
+namespace shell {
+
+// What the remote (or the keyboard standing in for it) can ask of the top controller.
+enum class RemoteAction {
+    Up,
+    Down,
+    Left,
+    Right,
+    Select,
+    Menu,
+    PlayPause,
+};
+
+// "up", "down", "left", "right", "select", "menu", "playpause"; nothing for any other text.
+std::optional<RemoteAction> remoteActionFromName(QStringView name);
+QString remoteActionName(RemoteAction action);
+
+} // namespace shell
