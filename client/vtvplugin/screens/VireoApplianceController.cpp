@@ -13,6 +13,7 @@
 #include "vtvplugin/platform/HomeFolder.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/screens/ScreenResources.h"
+#include "vtvplugin/screens/VireoConfigController.h"
 
 #include <QUrl>
 
@@ -224,7 +225,12 @@ void VireoApplianceController::playMovie(long index)
     stack()->pushController(std::move(controller));
 }
 
-void VireoApplianceController::pushSettings() { }
+void VireoApplianceController::pushSettings()
+{
+    if (!stack())
+        return;
+    stack()->pushController(std::make_unique<VireoConfigController>(scene()));
+}
 
 std::unique_ptr<shell::PreviewController> VireoApplianceController::previewControllerForItem(
     long row)
