@@ -1,0 +1,25 @@
+#pragma once
+
+#include "toolkit/appliance/Bundle.h"
+
+#include <QImage>
+#include <QString>
+
+// What the screens take from the appliance's own resources: its bundle (strings
+// table and icon, under ":/vireo-movies") and the software version it reports.
+class ScreenResources {
+public:
+    ScreenResources() = delete;
+
+    static const shell::Bundle& bundle();
+
+    // The icon's resource name and type, as the screens ask for it.
+    static QString iconName() { return QStringLiteral("ApplianceIcon"); }
+    static QString iconType() { return QStringLiteral("png"); }
+    // "qrc:/vireo-movies/ApplianceIcon.png", null when the resource is missing.
+    static QString iconURL();
+    // Null image when the resource is missing.
+    static QImage icon();
+
+    static QString softwareVersion() { return QStringLiteral("0.96.16.118"); }
+};
