@@ -122,7 +122,8 @@ void VideoPlayerController::prepare()
         enterError(m_player->errorString());
         return;
     }
-    m_resumeOffered = m_allowsResume && asset->hasBeenPlayed();
+    // A movie watched to its end keeps "played" but no resume point: nothing to offer.
+    m_resumeOffered = m_allowsResume && asset->hasBeenPlayed() && asset->bookmarkTimeInMS() > 0;
     if (m_resumeOffered) {
         m_promptFocus = 0;
         setState(State::Prompt);
@@ -269,6 +270,9 @@ void VideoPlayerController::handOverBookmark(qint64 ms)
     qCDebug(lcPlayer).noquote() << "Bookmark" << ms << "ms" << asset->mediaURL();
     m_lastHandedOverMS = ms;
     asset->setBookmarkTimeInMS(int(std::clamp<qint64>(ms, 0, INT_MAX)));
+    // The menu that made the asset keeps it: choosing the movie again must offer the
+    // point just stored, not what the asset read before playback.
+    asset->setHasBeenPlayed(true);
 }
 
 qint64 VideoPlayerController::currentPositionMS() const

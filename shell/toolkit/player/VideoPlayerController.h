@@ -10,9 +10,10 @@
 namespace shell {
 
 // Plays one asset full screen.
-//   - With resume allowed and an asset that has been played, it first offers "Resume
-//     Playing" (focused) and "Start from Beginning"; Menu there pops it and leaves the
-//     bookmark alone. Otherwise playback starts at 0 once the controller is on top.
+//   - With resume allowed and an asset that has been played and has a resume point,
+//     it first offers "Resume Playing" (focused) and "Start from Beginning"; Menu there
+//     pops it and leaves the bookmark alone. Otherwise playback starts at 0 once the
+//     controller is on top. Handing a position over marks the asset played.
 //   - Playing: PlayPause toggles, Left/Right seek 10 s, Up/Down seek 60 s, Menu stops
 //     and pops.
 //   - The position goes to the asset's setBookmarkTimeInMS exactly once when playback

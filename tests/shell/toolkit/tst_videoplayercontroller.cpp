@@ -135,14 +135,18 @@ TEST_F(PlayerTest, withoutPromptPlaybackStartsAtZeroOncePushed)
         const char* name;
         bool allowsResume;
         bool played;
+        int bookmarkMS;
     };
     const Row rows[] = {
-        { "resume not allowed", false, true },
-        { "never played", true, false },
+        { "resume not allowed", false, true, 95'000 },
+        { "never played", true, false, 95'000 },
+        { "played to the end", true, true, 0 },
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        push({ .allowsResume = row.allowsResume, .played = row.played, .bookmarkMS = 95'000 });
+        push({ .allowsResume = row.allowsResume,
+            .played = row.played,
+            .bookmarkMS = row.bookmarkMS });
         EXPECT_FALSE(controller->resumeOffered());
         EXPECT_EQ(player->startedAtMS(), 0);
         EXPECT_EQ(describedState(), "playing");
