@@ -40,7 +40,8 @@ QSizeF TextControl::renderedSize() const
             break;
     }
     layout.endLayout();
-    return QSizeF(widest, std::max(lines, 1) * metrics.lineSpacing());
+    // The same height as one unwrapped line when the text fits on one.
+    return QSizeF(widest, metrics.height() + (std::max(lines, 1) - 1) * metrics.lineSpacing());
 }
 
 } // namespace shell
