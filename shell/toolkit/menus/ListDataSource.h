@@ -10,8 +10,8 @@ class MenuItem;
 class PreviewController;
 
 // What a menu's list asks of whoever fills it; screens are their own data source.
-// Rows are 0-based; a row outside 0 .. itemCount() - 1 has no item, no title and no
-// preview, and selecting it does nothing.
+// Rows are 0-based. The toolkit only asks about rows 0 .. itemCount() - 1; what a
+// source answers for other rows is its own affair.
 class ListDataSource {
 public:
     virtual ~ListDataSource();

@@ -9,7 +9,8 @@ namespace shell {
 //   - A newly pushed menu starts on row 0 (or no row when the list is empty).
 //   - Up and Down move the focus one row, without wrapping at either end.
 //   - Coming back to the top, the list re-reads its data source and keeps the focus,
-//     clamped to its last row if the list got shorter.
+//     clamped to its last row if the list got shorter; the focus lands there again,
+//     so the row's preview is asked afresh.
 //   - Select calls itemSelected(focus) of the data source; Menu is left to the stack.
 //   - Whenever the focus lands on a row, focusLanded(row) runs.
 class MenuController : public LayerController {
