@@ -47,7 +47,8 @@ struct Layout {
         layout.y = float(safe.y());
         layout.width = float(safe.width());
         layout.height = float(safe.height());
-        layout.rowHeight = float(theme.listRowHeight());
+        // The panel's rows are settings rows, as on the about screen, not list rows.
+        layout.rowHeight = float(theme.settingsAboutRowHeight());
         layout.left = layout.x + 0.55f * layout.width;
         layout.panelWidth = layout.x + layout.width - layout.left;
         layout.iconX = 0.78f * layout.x;
@@ -82,7 +83,7 @@ void placeValue(shell::TextControl& value, const Layout& layout, float y, float 
 
 VireoSyncingController::VireoSyncingController(shell::Scene& scene)
     : shell::MediaMenuController(scene)
-    , m_fAboutHeight(kAboutRows * float(shell::Theme::shared().listRowHeight()))
+    , m_fAboutHeight(kAboutRows * float(shell::Theme::shared().settingsAboutRowHeight()))
 {
     addIcon();
     addHelpText();

@@ -195,7 +195,7 @@ TEST_F(SettingsScreensTest, SyncingLaysOutIconHelpPanelAndARaisedList)
     const float x = float(safe.x()), y = float(safe.y());
     const float left = x + 0.55f * float(safe.width());
     const float safeRight = x + float(safe.width());
-    const float rowHeight = float(m_theme.listRowHeight());
+    const float rowHeight = float(m_theme.settingsAboutRowHeight());
     const float aboutHeight = 6 * rowHeight;
     const float side = (left - 0.78f * x) * 0.82f;
     const float iconY = y + float(safe.height()) - side;
