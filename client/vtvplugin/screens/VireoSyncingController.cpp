@@ -132,11 +132,15 @@ void VireoSyncingController::addPanel()
     for (int i = 0; i < kPanelRows; ++i) {
         const float y
             = layout.y + m_fAboutHeight - 2 * layout.rowHeight - float(i) * layout.rowHeight;
+        // One line each: once laid out, a control with more lines allowed would wrap
+        // the next pair's texts at the width of the previous ones.
         auto label = std::make_unique<shell::TextControl>();
         label->setText(kBlank, theme.settingsAboutLabelStyle());
+        label->setMaximumLines(1);
         placeLabel(*label, layout, y, layout.rowHeight);
         auto value = std::make_unique<shell::TextControl>();
         value->setText(kBlank, theme.settingsAboutValueStyle());
+        value->setMaximumLines(1);
         placeValue(*value, layout, y, layout.rowHeight);
         m_pControls.push_back(static_cast<shell::TextControl*>(addControl(std::move(label))));
         m_pControls.push_back(static_cast<shell::TextControl*>(addControl(std::move(value))));

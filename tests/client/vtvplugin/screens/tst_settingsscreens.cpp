@@ -19,6 +19,7 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -55,6 +56,14 @@ QList<QStringList> rowTexts(const shell::LayerController& screen, std::size_t fi
 float right(const QRectF& frame)
 {
     return float(frame.x()) + float(frame.width());
+}
+
+// What a text takes on one line, measured on a control that was never laid out.
+QSizeF oneLine(const shell::TextControl& shown)
+{
+    shell::TextControl fresh;
+    fresh.setText(shown.text(), shown.style());
+    return fresh.renderedSize();
 }
 
 } // namespace
@@ -267,6 +276,17 @@ TEST_F(SettingsScreensTest, SyncingPanelShowsTheFocusedPairOnce)
         const QRectF value = textAt(*syncing, 3).frame();
         EXPECT_EQ(name.height(), value.height());
         EXPECT_FLOAT_EQ(right(value), float(m_theme.titleSafeFrame().right()));
+        // Texts of several words ("Paired On", the dates) are not wrapped at the width
+        // of what the row showed before.
+        for (std::size_t i = 2; i < 10; ++i) {
+            SCOPED_TRACE(i);
+            const shell::TextControl& text = textAt(*syncing, i);
+            EXPECT_FLOAT_EQ(float(text.frame().width()), float(oneLine(text).width()));
+            const std::size_t label = i - i % 2;
+            EXPECT_FLOAT_EQ(float(text.frame().height()),
+                float(std::max(oneLine(textAt(*syncing, label)).height(),
+                    oneLine(textAt(*syncing, label + 1)).height())));
+        }
     }
     releasePairInfoList(pairs, count);
 
