@@ -1,9 +1,16 @@
 #pragma once
 
 #include "toolkit/appliance/Bundle.h"
+#include "toolkit/media/PreviewController.h"
 
 #include <QImage>
 #include <QString>
+
+#include <memory>
+
+namespace shell {
+class Scene;
+}
 
 // What the screens take from the appliance's own resources: its bundle (strings
 // table and icon, under ":/vireo-movies") and the software version it reports.
@@ -22,4 +29,8 @@ public:
     static QImage icon();
 
     static QString softwareVersion() { return QStringLiteral("0.96.16.118"); }
+
+    // The preview of rows that stand for the appliance itself (Settings and its rows):
+    // the icon as a photo, with the maker's copyright line, shown at once.
+    static std::unique_ptr<shell::PreviewController> appliancePreview(shell::Scene& scene);
 };

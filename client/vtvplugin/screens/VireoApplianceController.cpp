@@ -1,8 +1,6 @@
 #include "vtvplugin/screens/VireoApplianceController.h"
 
-#include "toolkit/media/MetadataPreviewController.h"
 #include "toolkit/media/PreviewFactory.h"
-#include "toolkit/media/XmlMediaAsset.h"
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/player/VideoPlayerController.h"
 #include "toolkit/player/VideoPlayerFactory.h"
@@ -177,12 +175,7 @@ std::unique_ptr<shell::MenuItem> VireoApplianceController::itemForRow(long row)
 
 long VireoApplianceController::rowForTitle(const QString& title)
 {
-    const long count = itemCount();
-    for (long row = 0; row < count; ++row) {
-        if (titleForRow(row) == title)
-            return row;
-    }
-    return -1;
+    return firstRowTitled(title);
 }
 
 void VireoApplianceController::itemSelected(long row)
@@ -240,26 +233,12 @@ std::unique_ptr<shell::PreviewController> VireoApplianceController::previewContr
         return shell::PreviewFactory::previewControllerForAsset(
             assetForFile(row - folderCount()), this, scene());
     case RowKind::Settings:
-        return settingsPreview();
+        return ScreenResources::appliancePreview(scene());
     case RowKind::Folder:
     case RowKind::None:
         break;
     }
     return nullptr;
-}
-
-std::unique_ptr<shell::PreviewController> VireoApplianceController::settingsPreview()
-{
-    auto asset = std::make_shared<shell::XmlMediaAsset>();
-    const QString icon = ScreenResources::iconURL();
-    asset->setValue(QStringLiteral("mediaURL"), icon);
-    asset->setValue(QStringLiteral("previewURL"), icon);
-    asset->setValue(QStringLiteral("mediaType"), static_cast<int>(shell::MediaType::photo));
-    asset->setValue(QStringLiteral("copyright"), VTVMediaAsset::copyrightLine());
-    auto preview = std::make_unique<shell::MetadataPreviewController>(scene());
-    preview->setAsset(std::move(asset));
-    preview->setShowsMetadataImmediately(true);
-    return preview;
 }
 
 std::shared_ptr<VTVMediaAsset> VireoApplianceController::assetForFile(long index)

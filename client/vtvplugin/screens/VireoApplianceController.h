@@ -79,7 +79,6 @@ private:
     void pushFolder(long index);
     void playMovie(long index);
     void pushSettings();
-    std::unique_ptr<shell::PreviewController> settingsPreview();
 
     QString m_pDirectory;
     std::optional<QStringList> m_pFileList;

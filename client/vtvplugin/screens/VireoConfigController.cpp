@@ -1,10 +1,7 @@
 #include "vtvplugin/screens/VireoConfigController.h"
 
-#include "toolkit/media/MetadataPreviewController.h"
-#include "toolkit/media/XmlMediaAsset.h"
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/stack/ControllerStack.h"
-#include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/screens/ScreenResources.h"
 #include "vtvplugin/screens/VireoAboutController.h"
 #include "vtvplugin/screens/VireoSyncingController.h"
@@ -79,12 +76,7 @@ std::unique_ptr<shell::MenuItem> VireoConfigController::itemForRow(long row)
 
 long VireoConfigController::rowForTitle(const QString& title)
 {
-    const long count = itemCount();
-    for (long row = 0; row < count; ++row) {
-        if (titleForRow(row) == title)
-            return row;
-    }
-    return -1;
+    return firstRowTitled(title);
 }
 
 void VireoConfigController::itemSelected(long row)
@@ -105,16 +97,7 @@ void VireoConfigController::push(std::unique_ptr<shell::LayerController> control
 std::unique_ptr<shell::PreviewController> VireoConfigController::previewControllerForItem(long row)
 {
     Q_UNUSED(row);
-    auto asset = std::make_shared<shell::XmlMediaAsset>();
-    const QString icon = ScreenResources::iconURL();
-    asset->setValue(QStringLiteral("mediaURL"), icon);
-    asset->setValue(QStringLiteral("previewURL"), icon);
-    asset->setValue(QStringLiteral("mediaType"), static_cast<int>(shell::MediaType::photo));
-    asset->setValue(QStringLiteral("copyright"), VTVMediaAsset::copyrightLine());
-    auto preview = std::make_unique<shell::MetadataPreviewController>(scene());
-    preview->setAsset(std::move(asset));
-    preview->setShowsMetadataImmediately(true);
-    return preview;
+    return ScreenResources::appliancePreview(scene());
 }
 
 std::optional<shell::MediaType> VireoConfigController::mediaPreviewMissingMediaType() const

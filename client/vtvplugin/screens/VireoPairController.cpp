@@ -66,11 +66,7 @@ std::unique_ptr<shell::MenuItem> VireoPairController::itemForRow(long row)
 
 long VireoPairController::rowForTitle(const QString& title)
 {
-    for (long row = 0; row < kRowCount; ++row) {
-        if (titleForRow(row) == title)
-            return row;
-    }
-    return -1;
+    return firstRowTitled(title);
 }
 
 // Whatever the answer, the question is closed; only "Yes" touches the library. A

@@ -211,11 +211,7 @@ std::unique_ptr<shell::MenuItem> VireoSyncingController::itemForRow(long row)
 
 long VireoSyncingController::rowForTitle(const QString& title)
 {
-    for (long row = 0; row < m_nPairCount; ++row) {
-        if (titleForRow(row) == title)
-            return row;
-    }
-    return -1;
+    return firstRowTitled(title);
 }
 
 void VireoSyncingController::itemSelected(long row)

@@ -4,4 +4,14 @@ namespace shell {
 
 ListDataSource::~ListDataSource() = default;
 
+long ListDataSource::firstRowTitled(const QString& title)
+{
+    const long count = itemCount();
+    for (long row = 0; row < count; ++row) {
+        if (titleForRow(row) == title)
+            return row;
+    }
+    return -1;
+}
+
 } // namespace shell

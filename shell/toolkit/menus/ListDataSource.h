@@ -27,6 +27,10 @@ public:
 
 protected:
     ListDataSource() = default;
+
+    // The first row of 0 .. itemCount() - 1 whose title is `title`, -1 when none is:
+    // the answer most sources give to rowForTitle.
+    long firstRowTitled(const QString& title);
 };
 
 } // namespace shell
