@@ -3,6 +3,11 @@
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/screens/ScreenResources.h"
 
+QString ApplianceConfig::moduleKey()
+{
+    return QStringLiteral(VIREO_MOVIES_MODULE_KEY);
+}
+
 QString ApplianceConfig::copyrightLine()
 {
     return VTVMediaAsset::copyrightLine();

@@ -11,8 +11,9 @@ class ApplianceConfig {
 public:
     ApplianceConfig() = delete;
 
-    // The service's reverse-domain id; the plugin's metadata repeats it.
-    static QString moduleKey() { return QStringLiteral("net.vireomovies.appliance"); }
+    // The service's reverse-domain id, set with the build (the plugin's metadata
+    // carries the same value).
+    static QString moduleKey();
     static QString moduleIconName() { return QStringLiteral("ApplianceIcon.png"); }
     // The key of the appliance's name in the bundle's default strings table.
     static QString moduleNameKey() { return QStringLiteral("Vireo Movies"); }
