@@ -1,0 +1,270 @@
+#include "video/MpvController.h"
+
+#include "video/MpvHandle.h"
+#include "video/MpvLog.h"
+#include "video/MpvProperties.h"
+
+#include <QThread>
+
+#include <cmath>
+#include <cstring>
+
+namespace mediashell {
+
+namespace {
+
+    qint64 toMS(double seconds)
+    {
+        return std::llround(seconds * 1000.0);
+    }
+
+    QByteArray toSeconds(qint64 ms)
+    {
+        return QByteArray::number(double(ms) / 1000.0, 'f', 3);
+    }
+
+    mpv_node stringNode(const char* text)
+    {
+        mpv_node node {};
+        node.format = MPV_FORMAT_STRING;
+        node.u.string = const_cast<char*>(text);
+        return node;
+    }
+
+    void logMessage(const mpv_event_log_message& message)
+    {
+        const QString text = QString::fromUtf8(message.prefix) + QStringLiteral(": ")
+            + QString::fromUtf8(message.text).trimmed();
+        if (message.log_level <= MPV_LOG_LEVEL_ERROR)
+            qCWarning(lcMpv).noquote() << text;
+        else if (message.log_level <= MPV_LOG_LEVEL_WARN)
+            qCInfo(lcMpv).noquote() << text;
+        else
+            qCDebug(lcMpv).noquote() << text;
+    }
+
+} // namespace
+
+std::unique_ptr<MpvController> MpvController::create(const MpvOutput& output)
+{
+    std::shared_ptr<MpvHandle> handle = MpvHandle::create();
+    if (!handle)
+        return nullptr;
+    std::unique_ptr<MpvController> controller(new MpvController(std::move(handle), output));
+    if (!controller->configure())
+        return nullptr;
+    controller->m_events.reset(QThread::create([raw = controller.get()] { raw->readEvents(); }));
+    controller->m_events->setObjectName(QStringLiteral("mpv events"));
+    controller->m_events->start();
+    return controller;
+}
+
+MpvController::MpvController(std::shared_ptr<MpvHandle> handle, const MpvOutput& output)
+    : m_handle(std::move(handle))
+    , m_output(output)
+    , m_outputReady(!output.video)
+{
+}
+
+MpvController::~MpvController()
+{
+    // A render context may keep the core alive a little longer: it must not go on
+    // playing meanwhile.
+    m_handle->commandAsync(kUntracked, { mpv::command::stop });
+    if (m_events) {
+        m_quitting = true;
+        mpv_wakeup(m_handle->get());
+        m_events->wait();
+    }
+}
+
+bool MpvController::configure()
+{
+    using namespace mpv::option;
+    using namespace mpv::value;
+    const struct {
+        const char* name;
+        const char* value;
+    } options[] = {
+        { config, no },
+        { loadScripts, no },
+        { osc, no },
+        { terminal, no },
+        { inputDefaultBindings, no },
+        { inputVoKeyboard, no },
+        { osdLevel, "0" },
+        { osdOnSeek, no },
+        { ytdl, no },
+        { audioDisplay, no },
+        { keepOpen, yes },
+        { idle, yes },
+        { vo, m_output.video ? libmpv : null },
+        { hwdec, m_output.hwdec.constData() },
+        { gpuHwdecInterop, no },
+        { videoTimingOffset, "0" },
+    };
+    for (const auto& option : options)
+        m_handle->setOption(option.name, option.value);
+    if (!m_output.audio)
+        m_handle->setOption(ao, null);
+    mpv_request_log_messages(m_handle->get(), mpv::logLevel);
+    if (!m_handle->initialize())
+        return false;
+    return m_handle->observe(mpv::property::timePos, MPV_FORMAT_DOUBLE)
+        && m_handle->observe(mpv::property::duration, MPV_FORMAT_DOUBLE)
+        && m_handle->observe(mpv::property::eofReached, MPV_FORMAT_FLAG)
+        && m_handle->observe(mpv::property::idleActive, MPV_FORMAT_FLAG);
+}
+
+quint64 MpvController::nextRequest(bool isLoad)
+{
+    m_lastRequest += 2;
+    return m_lastRequest | (isLoad ? 1 : 0);
+}
+
+quint64 MpvController::load(const QString& target, qint64 startMS)
+{
+    m_pendingLoad = PendingLoad { target.toUtf8(), startMS, nextRequest(true) };
+    const quint64 request = m_pendingLoad->request;
+    if (m_outputReady)
+        issueLoad();
+    else
+        qCDebug(lcMpv) << "Waiting for a render context before opening" << target;
+    return request;
+}
+
+void MpvController::issueLoad()
+{
+    const PendingLoad load = *std::exchange(m_pendingLoad, std::nullopt);
+    const QByteArray start = toSeconds(load.startMS);
+    mpv_node optionValues[] = { stringNode(start.constData()) };
+    char* optionKeys[] = { const_cast<char*>(mpv::option::start) };
+    mpv_node_list optionList { 1, optionValues, optionKeys };
+    mpv_node options {};
+    options.format = MPV_FORMAT_NODE_MAP;
+    options.u.list = &optionList;
+
+    using namespace mpv::command;
+    mpv_node values[] = { stringNode(loadfile), stringNode(load.target.constData()),
+        stringNode(replace), options };
+    char* keys[] = { const_cast<char*>(name), const_cast<char*>(url), const_cast<char*>(flags),
+        const_cast<char*>(mpv::command::options) };
+    mpv_node_list list { 4, values, keys };
+    mpv_node command {};
+    command.format = MPV_FORMAT_NODE_MAP;
+    command.u.list = &list;
+
+    qCDebug(lcMpv).noquote() << "Opening" << load.target << "at" << start << "s";
+    if (!m_handle->commandAsync(load.request, loadfile, command))
+        emit failed(tr("The video cannot be opened."));
+}
+
+void MpvController::setPaused(bool paused)
+{
+    m_handle->setFlagAsync(kUntracked, mpv::property::pause, paused);
+}
+
+quint64 MpvController::seek(qint64 ms)
+{
+    const quint64 request = nextRequest(false);
+    if (!m_handle->commandAsync(request,
+            { mpv::command::seek, toSeconds(ms).constData(), mpv::command::absoluteExact }))
+        emit settled(request);
+    return request;
+}
+
+void MpvController::stop()
+{
+    m_pendingLoad.reset();
+    m_handle->commandAsync(kUntracked, { mpv::command::stop });
+}
+
+void MpvController::renderOutputReady()
+{
+    m_outputReady = true;
+    if (m_pendingLoad)
+        issueLoad();
+}
+
+void MpvController::readEvents()
+{
+    while (!m_quitting) {
+        const mpv_event* const event = mpv_wait_event(m_handle->get(), -1);
+        if (event->event_id == MPV_EVENT_SHUTDOWN)
+            break;
+        dispatch(*event);
+    }
+}
+
+void MpvController::dispatch(const mpv_event& event)
+{
+    switch (event.event_id) {
+    case MPV_EVENT_PROPERTY_CHANGE:
+        onPropertyChange(event);
+        break;
+    case MPV_EVENT_END_FILE:
+        onEndFile(event);
+        break;
+    case MPV_EVENT_COMMAND_REPLY:
+    case MPV_EVENT_SET_PROPERTY_REPLY:
+        onCommandReply(event);
+        break;
+    case MPV_EVENT_FILE_LOADED:
+        emit fileLoaded();
+        break;
+    case MPV_EVENT_PLAYBACK_RESTART:
+        if (m_accepted != kUntracked)
+            emit settled(std::exchange(m_accepted, kUntracked));
+        break;
+    case MPV_EVENT_LOG_MESSAGE:
+        logMessage(*static_cast<const mpv_event_log_message*>(event.data));
+        break;
+    default:
+        break;
+    }
+}
+
+void MpvController::onPropertyChange(const mpv_event& event)
+{
+    const auto& property = *static_cast<const mpv_event_property*>(event.data);
+    if (property.format == MPV_FORMAT_NONE)
+        return;
+    if (property.format == MPV_FORMAT_DOUBLE) {
+        const qint64 ms = toMS(*static_cast<const double*>(property.data));
+        if (std::strcmp(property.name, mpv::property::timePos) == 0)
+            emit positionChanged(ms);
+        else if (std::strcmp(property.name, mpv::property::duration) == 0)
+            emit durationChanged(ms);
+    } else if (property.format == MPV_FORMAT_FLAG && *static_cast<const int*>(property.data)) {
+        // Both mean the end; idle only comes without keep-open (or after a stop, which
+        // the receiver knows about).
+        emit endReached();
+    }
+}
+
+void MpvController::onEndFile(const mpv_event& event)
+{
+    const auto& end = *static_cast<const mpv_event_end_file*>(event.data);
+    // The end of one entry of a playlist is no end of playback; the last one is kept
+    // open and reported by eof-reached.
+    if (end.reason == MPV_END_FILE_REASON_ERROR)
+        emit failed(tr("The video cannot be played: %1.").arg(MpvHandle::errorText(end.error)));
+}
+
+void MpvController::onCommandReply(const mpv_event& event)
+{
+    const quint64 request = event.reply_userdata;
+    if (event.error >= 0) {
+        if (request != kUntracked)
+            m_accepted = request;
+        return;
+    }
+    const QString reason = MpvHandle::errorText(event.error);
+    qCWarning(lcMpv).noquote() << "mpv refused a request:" << reason;
+    if (request & 1)
+        emit failed(tr("The video cannot be opened: %1.").arg(reason));
+    else if (request != kUntracked)
+        emit settled(request);
+}
+
+} // namespace mediashell

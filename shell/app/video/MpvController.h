@@ -1,0 +1,95 @@
+#pragma once
+
+#include "video/MpvOutput.h"
+
+#include <QObject>
+#include <QString>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+
+struct mpv_event;
+class QThread;
+
+namespace mediashell {
+
+class MpvHandle;
+
+// One mpv core and the thread that reads its events. Commands go out asynchronously
+// from the main thread; what mpv reports comes back as this object's signals, emitted
+// on the event thread and so queued to receivers on the main thread. Positions are
+// milliseconds.
+class MpvController : public QObject {
+    Q_OBJECT
+public:
+    // Null (and a log line) when libmpv cannot start.
+    static std::unique_ptr<MpvController> create(const MpvOutput& output);
+    // Stops playback, joins the event thread and lets go of the core; a render
+    // context still holding the core destroys it once it is freed itself.
+    ~MpvController() override;
+
+    const std::shared_ptr<MpvHandle>& handle() const { return m_handle; }
+    // Whether frames are meant for an MpvVideoItem (vo=libmpv).
+    bool rendersVideo() const { return m_output.video; }
+
+    // Opens `target` (a local path or a URL) and plays it from `startMS`. With video
+    // on, mpv can only open a file once a render context exists: the load waits for
+    // renderOutputReady(). Returns the request that settled() names once playback
+    // runs from the new position.
+    quint64 load(const QString& target, qint64 startMS);
+    void setPaused(bool paused);
+    // Exact, so a resume point is met to the frame; returns the request as load().
+    quint64 seek(qint64 ms);
+    // Stops and unloads.
+    void stop();
+
+    // From the renderer (queued): frames have somewhere to go now, or never will.
+    void renderOutputReady();
+
+signals:
+    void positionChanged(qint64 ms);
+    void durationChanged(qint64 ms);
+    void fileLoaded();
+    // Playback runs from where `request` (a load or a seek) asked; positions reported
+    // before this may predate it.
+    void settled(quint64 request);
+    // The end of the media (kept open on its last frame), or mpv idle after a file.
+    void endReached();
+    // A short text: the file is broken, a codec is missing, the command was refused.
+    void failed(const QString& reason);
+
+private:
+    // Replies to requests nobody waits for; settling ones are numbered upwards, with
+    // the lowest bit marking a load.
+    static constexpr quint64 kUntracked = 0;
+    quint64 nextRequest(bool isLoad);
+
+    MpvController(std::shared_ptr<MpvHandle> handle, const MpvOutput& output);
+    bool configure();
+    void issueLoad();
+
+    // These run on the event thread.
+    void readEvents();
+    void dispatch(const mpv_event& event);
+    void onPropertyChange(const mpv_event& event);
+    void onEndFile(const mpv_event& event);
+    void onCommandReply(const mpv_event& event);
+
+    const std::shared_ptr<MpvHandle> m_handle;
+    const MpvOutput m_output;
+    std::unique_ptr<QThread> m_events;
+    std::atomic_bool m_quitting = false;
+    bool m_outputReady = false;
+    quint64 m_lastRequest = 0;
+    // Event thread: the latest load or seek mpv has taken in, until playback restarts.
+    quint64 m_accepted = kUntracked;
+    struct PendingLoad {
+        QByteArray target;
+        qint64 startMS = 0;
+        quint64 request = 0;
+    };
+    std::optional<PendingLoad> m_pendingLoad;
+};
+
+} // namespace mediashell

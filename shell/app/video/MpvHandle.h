@@ -1,0 +1,45 @@
+#pragma once
+
+#include <mpv/client.h>
+
+#include <QString>
+
+#include <memory>
+
+namespace mediashell {
+
+// Owns one mpv core (mpv_create .. mpv_terminate_destroy). Shared: a render context
+// keeps the handle it renders for alive, so the core is always destroyed after it.
+// libmpv's client API is thread-safe; the handle is used from the main thread and the
+// event thread alike.
+class MpvHandle {
+public:
+    // A fresh, uninitialised core; null when libmpv cannot create one.
+    static std::shared_ptr<MpvHandle> create();
+    ~MpvHandle();
+    MpvHandle(const MpvHandle&) = delete;
+    MpvHandle& operator=(const MpvHandle&) = delete;
+
+    mpv_handle* get() const { return m_handle; }
+
+    // Before initialize(); false (and a log line) for an option this mpv rejects.
+    bool setOption(const char* name, const char* value);
+    bool initialize();
+
+    // Queued in the core; the reply comes as MPV_EVENT_COMMAND_REPLY with `id`.
+    // `command` is a node map of named arguments; `what` names it in the log.
+    bool commandAsync(quint64 id, const char* what, mpv_node& command);
+    bool commandAsync(quint64 id, std::initializer_list<const char*> arguments);
+    bool setFlagAsync(quint64 id, const char* name, bool on);
+    bool observe(const char* name, mpv_format format);
+
+    static QString errorText(int error);
+
+private:
+    explicit MpvHandle(mpv_handle* handle);
+    bool check(int result, const char* what, const char* name) const;
+
+    mpv_handle* const m_handle;
+};
+
+} // namespace mediashell

@@ -1,0 +1,3 @@
+#include "video/MpvLog.h"
+
+Q_LOGGING_CATEGORY(lcMpv, "vireo.shell.mpv")

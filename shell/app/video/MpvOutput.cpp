@@ -1,0 +1,25 @@
+#include "video/MpvOutput.h"
+
+#include "video/MpvLog.h"
+
+#include <QtGlobal>
+
+namespace mediashell {
+
+MpvOutput MpvOutput::fromEnvironment()
+{
+    MpvOutput output;
+    const QByteArray kind = qgetenv("VIREO_MPV_OUTPUT");
+    if (kind == "headless")
+        output = headless();
+    else if (kind == "silent")
+        output.audio = false;
+    else if (!kind.isEmpty())
+        qCWarning(lcMpv).noquote() << "Unknown VIREO_MPV_OUTPUT, using the screen:" << kind;
+    const QByteArray hwdec = qgetenv("VIREO_MPV_HWDEC");
+    if (!hwdec.isEmpty())
+        output.hwdec = hwdec;
+    return output;
+}
+
+} // namespace mediashell

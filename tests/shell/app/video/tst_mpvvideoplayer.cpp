@@ -1,0 +1,269 @@
+#include "TestClips.h"
+#include "WaitUntil.h"
+
+#include "toolkit/media/XmlMediaAsset.h"
+#include "toolkit/player/VideoPlayerController.h"
+#include "toolkit/scene/Scene.h"
+#include "toolkit/stack/ControllerStack.h"
+#include "video/MpvVideoPlayer.h"
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QUrl>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+using mediashell::MpvOutput;
+using mediashell::MpvVideoPlayer;
+using State = shell::VideoPlayer::State;
+
+std::shared_ptr<shell::XmlMediaAsset> assetFor(const QString& mediaURL, int seconds = 30)
+{
+    auto asset = std::make_shared<shell::XmlMediaAsset>();
+    asset->setValue("mediaURL", mediaURL);
+    asset->setValue("duration", seconds);
+    return asset;
+}
+
+// Everything a player said, in order.
+struct Recorder {
+    explicit Recorder(MpvVideoPlayer& player)
+    {
+        QObject::connect(&player, &shell::VideoPlayer::stateChanged,
+            [this](State state) { states.push_back(state); });
+        QObject::connect(&player, &shell::VideoPlayer::positionChanged,
+            [this](qint64 ms) { positions.push_back(ms); });
+        QObject::connect(&player, &shell::VideoPlayer::errorOccurred,
+            [this](const QString& message) { errors.push_back(message); });
+    }
+    std::vector<State> states;
+    std::vector<qint64> positions;
+    QStringList errors;
+};
+
+// A headless player (no window, no sound card) on a 30 s clip made for each test.
+class MpvPlayerTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(MpvVideoPlayer::isAvailable());
+        movie = clips.movie(30);
+        ASSERT_FALSE(movie.isNull()) << clips.error().toStdString();
+        player = std::make_unique<MpvVideoPlayer>(MpvOutput::headless());
+        recorder = std::make_unique<Recorder>(*player);
+    }
+    void open(const QString& path)
+    {
+        QString error;
+        ASSERT_TRUE(player->setMedia(assetFor(QUrl::fromLocalFile(path).toString()), &error))
+            << error.toStdString();
+    }
+    bool playsPast(qint64 ms, int within = 5'000)
+    {
+        return waitUntil([&] { return player->positionMS() >= ms; }, within);
+    }
+    // Lets the event loop run for `ms` whatever happens.
+    void idle(int ms)
+    {
+        waitUntil([] { return false; }, ms);
+    }
+
+    TestClips clips;
+    QString movie;
+    std::unique_ptr<MpvVideoPlayer> player;
+    std::unique_ptr<Recorder> recorder;
+};
+
+TEST_F(MpvPlayerTest, positionFollowsPlayPauseAndSeeks)
+{
+    open(movie);
+    player->play();
+    EXPECT_EQ(player->state(), State::Playing);
+    ASSERT_TRUE(playsPast(1'500));
+    EXPECT_NEAR(double(player->durationMS()), 30'000.0, 200.0);
+    EXPECT_TRUE(std::is_sorted(recorder->positions.begin(), recorder->positions.end()));
+    // Reported often enough for a clock on screen.
+    EXPECT_GE(recorder->positions.size(), 2u);
+
+    player->pause();
+    EXPECT_EQ(player->state(), State::Paused);
+    idle(300);
+    const qint64 held = player->positionMS();
+    idle(800);
+    EXPECT_EQ(player->positionMS(), held);
+
+    player->seekToMS(20'000);
+    EXPECT_EQ(player->positionMS(), 20'000);
+    player->play();
+    ASSERT_TRUE(playsPast(20'500));
+    EXPECT_LT(player->positionMS(), 23'000);
+
+    player->seekToMS(5'000);
+    ASSERT_TRUE(waitUntil([&] { return player->positionMS() < 8'000; }, 3'000));
+    ASSERT_TRUE(playsPast(5'300));
+    EXPECT_LT(player->positionMS(), 8'000);
+
+    player->stop();
+    EXPECT_EQ(player->state(), State::Stopped);
+    EXPECT_EQ(player->positionMS(), 0);
+    EXPECT_TRUE(recorder->errors.isEmpty());
+}
+
+TEST_F(MpvPlayerTest, seekBeforePlayStartsThere)
+{
+    open(movie);
+    player->seekToMS(15'000);
+    recorder->positions.clear();
+    player->play();
+    ASSERT_TRUE(playsPast(15'500));
+    // Never a glimpse of the beginning on the way.
+    for (const qint64 ms : recorder->positions)
+        EXPECT_GE(ms, 15'000);
+}
+
+TEST_F(MpvPlayerTest, theEndIsEndedAndPlayStartsOver)
+{
+    open(movie);
+    player->seekToMS(28'500);
+    player->play();
+    ASSERT_TRUE(waitUntil([&] { return player->state() == State::Ended; }, 8'000));
+    EXPECT_EQ(recorder->states.back(), State::Ended);
+    EXPECT_EQ(player->positionMS(), player->durationMS());
+
+    player->play();
+    EXPECT_EQ(player->state(), State::Playing);
+    ASSERT_TRUE(waitUntil(
+        [&] { return player->positionMS() > 200 && player->positionMS() < 5'000; }, 5'000));
+    EXPECT_EQ(player->state(), State::Playing);
+}
+
+TEST_F(MpvPlayerTest, aBrokenFileIsAnErrorAndNothingElse)
+{
+    const QString broken = clips.brokenMovie();
+    ASSERT_FALSE(broken.isNull());
+    open(broken);
+    player->play();
+    ASSERT_TRUE(waitUntil([&] { return !recorder->errors.isEmpty(); }, 10'000));
+    EXPECT_EQ(player->state(), State::Error);
+    EXPECT_EQ(recorder->states.back(), State::Error);
+    EXPECT_EQ(recorder->errors.size(), 1);
+    EXPECT_EQ(player->errorString(), recorder->errors.front());
+    EXPECT_FALSE(player->errorString().contains(u'\n'));
+
+    // A broken player stays broken, quietly; a good movie afterwards plays.
+    player->play();
+    player->seekToMS(1'000);
+    EXPECT_EQ(player->state(), State::Error);
+    idle(300);
+    EXPECT_EQ(recorder->errors.size(), 1);
+    open(movie);
+    player->play();
+    EXPECT_TRUE(playsPast(500));
+}
+
+TEST_F(MpvPlayerTest, mediaItCannotReachIsRefusedUpFront)
+{
+    struct Row {
+        const char* name;
+        QString mediaURL;
+    };
+    const Row rows[] = {
+        { "no address", QString() },
+        { "a missing file", QUrl::fromLocalFile(clips.path("Gone.m4v")).toString() },
+        { "a folder", QUrl::fromLocalFile(clips.path({})).toString() },
+        { "another protocol", QStringLiteral("ftp://example.com/Film.m4v") },
+        { "mpv's own protocols", QStringLiteral("lavfi://testsrc") },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        QString error;
+        EXPECT_FALSE(player->setMedia(assetFor(row.mediaURL), &error));
+        EXPECT_FALSE(error.isEmpty());
+        EXPECT_EQ(player->errorString(), error);
+        EXPECT_EQ(player->state(), State::Error);
+        player->play();
+        EXPECT_EQ(player->state(), State::Error);
+    }
+    QString error;
+    EXPECT_FALSE(player->setMedia(nullptr, &error));
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_TRUE(player->setMedia(assetFor(QStringLiteral("https://example.com/Film.m4v")), &error));
+    EXPECT_EQ(player->state(), State::Stopped);
+}
+
+TEST_F(MpvPlayerTest, destructionIsCleanWhetherLoadingOrPlaying)
+{
+    // Bounds rather than goals: a destructor that hangs on the event thread fails here
+    // instead of stalling the run.
+    constexpr qint64 kHangMS = 5'000;
+    for (const bool wait : { false, true }) {
+        SCOPED_TRACE(wait ? "playing" : "loading");
+        auto doomed = std::make_unique<MpvVideoPlayer>(MpvOutput::headless());
+        ASSERT_TRUE(doomed->setMedia(assetFor(QUrl::fromLocalFile(movie).toString()), nullptr));
+        int signalsAfter = 0;
+        QObject receiver;
+        doomed->play();
+        if (wait) {
+            ASSERT_TRUE(waitUntil([&] { return doomed->positionMS() >= 500; }, 5'000));
+        }
+        QObject::connect(
+            doomed.get(), &shell::VideoPlayer::positionChanged, &receiver, [&] { ++signalsAfter; });
+        QElapsedTimer timer;
+        timer.start();
+        doomed.reset();
+        EXPECT_LT(timer.elapsed(), kHangMS);
+        idle(300);
+        EXPECT_EQ(signalsAfter, 0);
+    }
+}
+
+// Remembers every bookmark the player controller hands over.
+class RecordingAsset : public shell::XmlMediaAsset {
+public:
+    void setBookmarkTimeInMS(int ms) override
+    {
+        handedOver.push_back(ms);
+        XmlMediaAsset::setBookmarkTimeInMS(ms);
+    }
+    std::vector<int> handedOver;
+};
+
+TEST_F(MpvPlayerTest, theToolkitsControllerResumesAndKeepsTheBookmark)
+{
+    shell::Scene scene;
+    shell::ControllerStack stack;
+    stack.pushController(std::make_unique<shell::LayerController>(scene));
+    auto asset = std::make_shared<RecordingAsset>();
+    asset->setValue("mediaURL", QUrl::fromLocalFile(movie).toString());
+    asset->setValue("duration", 30);
+    asset->setValue("hasBeenPlayed", true);
+    asset->setValue("bookmarkTimeInMS", 15'000);
+    ASSERT_TRUE(player->setMedia(asset, nullptr));
+    MpvVideoPlayer* const mpv = player.get();
+    auto made = std::make_unique<shell::VideoPlayerController>(scene);
+    shell::VideoPlayerController* const controller = made.get();
+    controller->setVideoPlayer(std::move(player));
+    controller->setAllowsResume(true);
+    stack.pushController(std::move(made));
+    ASSERT_EQ(controller->state(), shell::VideoPlayerController::State::Prompt);
+
+    stack.handleAction(shell::RemoteAction::Select);
+    ASSERT_TRUE(waitUntil([&] { return mpv->positionMS() > 15'000; }, 5'000));
+    QElapsedTimer played;
+    played.start();
+    idle(3'000);
+    const qint64 expected = 15'000 + played.elapsed();
+    stack.handleAction(shell::RemoteAction::Menu);
+
+    EXPECT_EQ(stack.count(), 1);
+    ASSERT_FALSE(asset->handedOver.empty());
+    EXPECT_NEAR(asset->handedOver.back(), double(expected), 1'000.0);
+    EXPECT_EQ(asset->bookmarkTimeInMS(), asset->handedOver.back());
+    EXPECT_TRUE(asset->hasBeenPlayed());
+}
+
+} // namespace
