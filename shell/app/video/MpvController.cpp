@@ -68,10 +68,10 @@ MpvController::MpvController(std::shared_ptr<MpvHandle> handle, const MpvOutput&
 
 MpvController::~MpvController()
 {
-    // A render context may keep the core alive a little longer: it must not go on
-    // playing meanwhile.
-    m_handle->commandAsync(kUntracked, { mpv::command::stop });
     if (m_events) {
+        // A render context may keep the core alive a little longer: it must not go on
+        // playing meanwhile.
+        m_handle->commandAsync(kUntracked, { mpv::command::stop });
         m_quitting = true;
         mpv_wakeup(m_handle->get());
         m_events->wait();
@@ -169,7 +169,7 @@ quint64 MpvController::seek(qint64 ms)
     const quint64 request = nextRequest(false);
     if (!m_handle->commandAsync(request,
             { mpv::command::seek, toSeconds(ms).constData(), mpv::command::absoluteExact }))
-        emit settled(request);
+        emit settled(request, -1);
     return request;
 }
 
@@ -213,8 +213,7 @@ void MpvController::dispatch(const mpv_event& event)
         emit fileLoaded();
         break;
     case MPV_EVENT_PLAYBACK_RESTART:
-        if (m_accepted != kUntracked)
-            emit settled(std::exchange(m_accepted, kUntracked));
+        onPlaybackRestart();
         break;
     case MPV_EVENT_LOG_MESSAGE:
         logMessage(*static_cast<const mpv_event_log_message*>(event.data));
@@ -264,7 +263,18 @@ void MpvController::onCommandReply(const mpv_event& event)
     if (request & 1)
         emit failed(tr("The video cannot be opened: %1.").arg(reason));
     else if (request != kUntracked)
-        emit settled(request);
+        emit settled(request, -1);
+}
+
+void MpvController::onPlaybackRestart()
+{
+    if (m_accepted == kUntracked)
+        return;
+    double seconds = 0;
+    const bool known
+        = mpv_get_property(m_handle->get(), mpv::property::timePos, MPV_FORMAT_DOUBLE, &seconds)
+        >= 0;
+    emit settled(std::exchange(m_accepted, kUntracked), known ? toMS(seconds) : -1);
 }
 
 } // namespace mediashell

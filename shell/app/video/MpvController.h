@@ -51,9 +51,9 @@ signals:
     void positionChanged(qint64 ms);
     void durationChanged(qint64 ms);
     void fileLoaded();
-    // Playback runs from where `request` (a load or a seek) asked; positions reported
-    // before this may predate it.
-    void settled(quint64 request);
+    // Playback runs again after `request` (a load or a seek), from `ms` (-1 when mpv
+    // cannot tell); positions reported before this may predate it.
+    void settled(quint64 request, qint64 ms);
     // The end of the media (kept open on its last frame), or mpv idle after a file.
     void endReached();
     // A short text: the file is broken, a codec is missing, the command was refused.
@@ -75,6 +75,7 @@ private:
     void onPropertyChange(const mpv_event& event);
     void onEndFile(const mpv_event& event);
     void onCommandReply(const mpv_event& event);
+    void onPlaybackRestart();
 
     const std::shared_ptr<MpvHandle> m_handle;
     const MpvOutput m_output;

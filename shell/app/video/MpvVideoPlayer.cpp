@@ -9,11 +9,15 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <cstdlib>
 #include <optional>
 
 namespace mediashell {
 
 namespace {
+
+    // Key frames and rounding put the start of a file a little off the asked position.
+    constexpr qint64 kStartToleranceMS = 1'000;
 
     // Where mpv should read the asset from: a local path or an http(s) URL. mpv
     // understands many more protocols (some reach far beyond a file); the library only
@@ -64,7 +68,7 @@ public:
     void onPosition(qint64 ms);
     void onDuration(qint64 ms);
     void onFileLoaded();
-    void onSettled(quint64 request);
+    void onSettled(quint64 request, qint64 ms);
     void onEnd();
     void onFailed(const QString& reason);
 
@@ -81,6 +85,10 @@ public:
     bool fileReady = false;
     // Positions from mpv predate the latest load or seek until it settles.
     std::optional<quint64> awaited;
+    // The load still to be checked against where it asked to start: a playlist's
+    // entries do not take the playlist's start.
+    std::optional<quint64> loadRequest;
+    qint64 loadStartMS = 0;
     std::optional<qint64> seekOnceLoaded;
     QString error;
 };
@@ -91,7 +99,8 @@ void MpvVideoPlayer::Private::connectController()
     connect(c, &MpvController::positionChanged, &q, [this](qint64 ms) { onPosition(ms); });
     connect(c, &MpvController::durationChanged, &q, [this](qint64 ms) { onDuration(ms); });
     connect(c, &MpvController::fileLoaded, &q, [this] { onFileLoaded(); });
-    connect(c, &MpvController::settled, &q, [this](quint64 request) { onSettled(request); });
+    connect(c, &MpvController::settled, &q,
+        [this](quint64 request, qint64 ms) { onSettled(request, ms); });
     connect(c, &MpvController::endReached, &q, [this] { onEnd(); });
     connect(c, &MpvController::failed, &q, [this](const QString& reason) { onFailed(reason); });
 }
@@ -122,6 +131,7 @@ void MpvVideoPlayer::Private::unload()
     loaded = false;
     fileReady = false;
     awaited.reset();
+    loadRequest.reset();
     seekOnceLoaded.reset();
 }
 
@@ -146,14 +156,22 @@ void MpvVideoPlayer::Private::onFileLoaded()
     if (!loaded)
         return;
     fileReady = true;
-    if (seekOnceLoaded)
+    if (seekOnceLoaded) {
+        loadRequest.reset();
         beginSettling(mpv->seek(*std::exchange(seekOnceLoaded, std::nullopt)));
+    }
 }
 
-void MpvVideoPlayer::Private::onSettled(quint64 request)
+void MpvVideoPlayer::Private::onSettled(quint64 request, qint64 ms)
 {
-    if (awaited == request)
-        awaited.reset();
+    if (awaited != request)
+        return;
+    awaited.reset();
+    if (std::exchange(loadRequest, std::nullopt) == request && ms >= 0
+        && std::abs(ms - loadStartMS) > kStartToleranceMS) {
+        qCDebug(lcMpv) << "Started at" << ms << "ms instead of" << loadStartMS << "ms: seeking";
+        beginSettling(mpv->seek(loadStartMS));
+    }
 }
 
 void MpvVideoPlayer::Private::onEnd()
@@ -226,7 +244,9 @@ void MpvVideoPlayer::play()
         d->beginSettling(d->mpv->seek(0));
     } else if (!d->loaded) {
         d->loaded = true;
-        d->beginSettling(d->mpv->load(d->location, d->position));
+        d->loadStartMS = d->position;
+        d->loadRequest = d->mpv->load(d->location, d->position);
+        d->beginSettling(*d->loadRequest);
     }
     d->mpv->setPaused(false);
     d->setState(State::Playing);
