@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 namespace mediashell {
 
@@ -30,6 +31,31 @@ namespace {
         node.u.string = const_cast<char*>(text);
         return node;
     }
+
+    // An mpv_node map over borrowed keys and values, alive as long as this object.
+    class NodeMap {
+    public:
+        NodeMap(std::initializer_list<std::pair<const char*, mpv_node>> entries)
+        {
+            for (const auto& [key, value] : entries) {
+                m_keys.push_back(const_cast<char*>(key));
+                m_values.push_back(value);
+            }
+            m_list = { int(m_values.size()), m_values.data(), m_keys.data() };
+        }
+        mpv_node node()
+        {
+            mpv_node map {};
+            map.format = MPV_FORMAT_NODE_MAP;
+            map.u.list = &m_list;
+            return map;
+        }
+
+    private:
+        std::vector<char*> m_keys;
+        std::vector<mpv_node> m_values;
+        mpv_node_list m_list {};
+    };
 
     void logMessage(const mpv_event_log_message& message)
     {
@@ -64,6 +90,12 @@ MpvController::MpvController(std::shared_ptr<MpvHandle> handle, const MpvOutput&
     , m_output(output)
     , m_outputReady(!output.video)
 {
+    m_renderWait.setSingleShot(true);
+    m_renderWait.setInterval(kRenderWaitMS);
+    connect(&m_renderWait, &QTimer::timeout, this, [this] {
+        m_pendingLoad.reset();
+        emit failed(tr("There is nowhere to show the video."));
+    });
 }
 
 MpvController::~MpvController()
@@ -126,37 +158,32 @@ quint64 MpvController::load(const QString& target, qint64 startMS)
 {
     m_pendingLoad = PendingLoad { target.toUtf8(), startMS, nextRequest(true) };
     const quint64 request = m_pendingLoad->request;
-    if (m_outputReady)
+    if (m_outputReady) {
         issueLoad();
-    else
+    } else if (!m_outputError.isNull()) {
+        m_pendingLoad.reset();
+        failLater(m_outputError);
+    } else {
         qCDebug(lcMpv) << "Waiting for a render context before opening" << target;
+        m_renderWait.start();
+    }
     return request;
 }
 
 void MpvController::issueLoad()
 {
+    m_renderWait.stop();
     const PendingLoad load = *std::exchange(m_pendingLoad, std::nullopt);
     const QByteArray start = toSeconds(load.startMS);
-    mpv_node optionValues[] = { stringNode(start.constData()) };
-    char* optionKeys[] = { const_cast<char*>(mpv::option::start) };
-    mpv_node_list optionList { 1, optionValues, optionKeys };
-    mpv_node options {};
-    options.format = MPV_FORMAT_NODE_MAP;
-    options.u.list = &optionList;
-
-    using namespace mpv::command;
-    mpv_node values[] = { stringNode(loadfile), stringNode(load.target.constData()),
-        stringNode(replace), options };
-    char* keys[] = { const_cast<char*>(name), const_cast<char*>(url), const_cast<char*>(flags),
-        const_cast<char*>(mpv::command::options) };
-    mpv_node_list list { 4, values, keys };
-    mpv_node command {};
-    command.format = MPV_FORMAT_NODE_MAP;
-    command.u.list = &list;
-
     qCDebug(lcMpv).noquote() << "Opening" << load.target << "at" << start << "s";
-    if (!m_handle->commandAsync(load.request, loadfile, command))
-        emit failed(tr("The video cannot be opened."));
+    // Named arguments, with the start as an option of this file only.
+    NodeMap options({ { mpv::option::start, stringNode(start.constData()) } });
+    NodeMap command({ { mpv::command::name, stringNode(mpv::command::loadfile) },
+        { mpv::command::url, stringNode(load.target.constData()) },
+        { mpv::command::flags, stringNode(mpv::command::replace) },
+        { mpv::command::options, options.node() } });
+    if (!m_handle->commandAsync(load.request, mpv::command::loadfile, command.node()))
+        failLater(tr("The video cannot be opened."));
 }
 
 void MpvController::setPaused(bool paused)
@@ -169,18 +196,37 @@ quint64 MpvController::seek(qint64 ms)
     const quint64 request = nextRequest(false);
     if (!m_handle->commandAsync(request,
             { mpv::command::seek, toSeconds(ms).constData(), mpv::command::absoluteExact }))
-        emit settled(request, -1);
+        QMetaObject::invokeMethod(
+            this, [this, request] { emit settled(request, -1); }, Qt::QueuedConnection);
     return request;
 }
 
 void MpvController::stop()
 {
     m_pendingLoad.reset();
+    m_renderWait.stop();
     m_handle->commandAsync(kUntracked, { mpv::command::stop });
+}
+
+void MpvController::failLater(const QString& reason)
+{
+    QMetaObject::invokeMethod(
+        this, [this, reason] { emit failed(reason); }, Qt::QueuedConnection);
+}
+
+void MpvController::renderOutputFailed(const QString& reason)
+{
+    m_outputError = reason;
+    if (m_pendingLoad) {
+        m_pendingLoad.reset();
+        m_renderWait.stop();
+        emit failed(reason);
+    }
 }
 
 void MpvController::renderOutputReady()
 {
+    m_outputError.clear();
     m_outputReady = true;
     if (m_pendingLoad)
         issueLoad();

@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 #include <atomic>
 #include <memory>
@@ -25,6 +26,8 @@ class MpvController : public QObject {
 public:
     // Null (and a log line) when libmpv cannot start.
     static std::unique_ptr<MpvController> create(const MpvOutput& output);
+
+    static constexpr int kRenderWaitMS = 5'000;
     // Stops playback, joins the event thread and lets go of the core; a render
     // context still holding the core destroys it once it is freed itself.
     ~MpvController() override;
@@ -35,7 +38,8 @@ public:
 
     // Opens `target` (a local path or a URL) and plays it from `startMS`. With video
     // on, mpv can only open a file once a render context exists: the load waits for
-    // renderOutputReady(). Returns the request that settled() names once playback
+    // renderOutputReady(); with no video item after kRenderWaitMS, or one that cannot
+    // render, the load fails. Returns the request that settled() names once playback
     // runs from the new position.
     quint64 load(const QString& target, qint64 startMS);
     void setPaused(bool paused);
@@ -44,8 +48,11 @@ public:
     // Stops and unloads.
     void stop();
 
-    // From the renderer (queued): frames have somewhere to go now, or never will.
+    // From the renderer (queued): frames have somewhere to go now, or cannot have.
     void renderOutputReady();
+    void renderOutputFailed(const QString& reason);
+    // Tests shorten the wait for a render context.
+    void setRenderWaitMS(int ms) { m_renderWait.setInterval(ms); }
 
 signals:
     void positionChanged(qint64 ms);
@@ -68,6 +75,8 @@ private:
     MpvController(std::shared_ptr<MpvHandle> handle, const MpvOutput& output);
     bool configure();
     void issueLoad();
+    // Emits failed(reason) from the event loop, never inside the caller's own call.
+    void failLater(const QString& reason);
 
     // These run on the event thread.
     void readEvents();
@@ -82,6 +91,7 @@ private:
     std::unique_ptr<QThread> m_events;
     std::atomic_bool m_quitting = false;
     bool m_outputReady = false;
+    QString m_outputError;
     quint64 m_lastRequest = 0;
     // Event thread: the latest load or seek mpv has taken in, until playback restarts.
     quint64 m_accepted = kUntracked;
@@ -91,6 +101,7 @@ private:
         quint64 request = 0;
     };
     std::optional<PendingLoad> m_pendingLoad;
+    QTimer m_renderWait;
 };
 
 } // namespace mediashell

@@ -48,7 +48,7 @@ bool MpvHandle::initialize()
     return check(mpv_initialize(m_handle), "Starting", "mpv");
 }
 
-bool MpvHandle::commandAsync(quint64 id, const char* what, mpv_node& command)
+bool MpvHandle::commandAsync(quint64 id, const char* what, mpv_node command)
 {
     return check(mpv_command_node_async(m_handle, id, &command), "Command", what);
 }

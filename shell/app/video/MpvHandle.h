@@ -28,7 +28,7 @@ public:
 
     // Queued in the core; the reply comes as MPV_EVENT_COMMAND_REPLY with `id`.
     // `command` is a node map of named arguments; `what` names it in the log.
-    bool commandAsync(quint64 id, const char* what, mpv_node& command);
+    bool commandAsync(quint64 id, const char* what, mpv_node command);
     bool commandAsync(quint64 id, std::initializer_list<const char*> arguments);
     bool setFlagAsync(quint64 id, const char* name, bool on);
     bool observe(const char* name, mpv_format format);

@@ -35,12 +35,15 @@ void MpvVideoRenderer::attach(MpvVideoItem& item, MpvController& controller)
     if (m_context) {
         QObject::connect(m_context.get(), &MpvRenderContext::frameReady, &item, &QQuickItem::update,
             Qt::QueuedConnection);
-    } else {
-        qCWarning(lcMpv).noquote() << error;
-        m_refused = controller.handle();
+        QMetaObject::invokeMethod(
+            &controller, &MpvController::renderOutputReady, Qt::QueuedConnection);
+        return;
     }
-    // Without a renderer mpv still plays the sound: better than waiting for ever.
-    QMetaObject::invokeMethod(&controller, &MpvController::renderOutputReady, Qt::QueuedConnection);
+    qCWarning(lcMpv).noquote() << error;
+    m_refused = controller.handle();
+    QMetaObject::invokeMethod(
+        &controller, [&controller, error] { controller.renderOutputFailed(error); },
+        Qt::QueuedConnection);
 }
 
 void MpvVideoRenderer::render()

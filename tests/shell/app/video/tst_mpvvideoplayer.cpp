@@ -5,6 +5,7 @@
 #include "toolkit/player/VideoPlayerController.h"
 #include "toolkit/scene/Scene.h"
 #include "toolkit/stack/ControllerStack.h"
+#include "video/MpvController.h"
 #include "video/MpvVideoPlayer.h"
 
 #include <gtest/gtest.h>
@@ -224,6 +225,21 @@ TEST_F(MpvPlayerTest, mediaItCannotReachIsRefusedUpFront)
     EXPECT_FALSE(error.isEmpty());
     EXPECT_TRUE(player->setMedia(assetFor(QStringLiteral("https://example.com/Film.m4v")), &error));
     EXPECT_EQ(player->state(), State::Stopped);
+}
+
+TEST_F(MpvPlayerTest, aPlayerForTheScreenWithNoVideoItemFailsInsteadOfWaiting)
+{
+    MpvVideoPlayer unseen(MpvOutput { .audio = false });
+    ASSERT_TRUE(unseen.controller());
+    unseen.controller()->setRenderWaitMS(300);
+    Recorder said(unseen);
+    ASSERT_TRUE(unseen.setMedia(assetFor(QUrl::fromLocalFile(movie).toString()), nullptr));
+    unseen.play();
+    EXPECT_EQ(unseen.state(), State::Playing);
+    ASSERT_TRUE(waitUntil([&] { return !said.errors.isEmpty(); }, 5'000));
+    EXPECT_EQ(unseen.state(), State::Error);
+    EXPECT_EQ(said.errors.size(), 1);
+    EXPECT_EQ(unseen.positionMS(), 0);
 }
 
 TEST_F(MpvPlayerTest, destructionIsCleanWhetherLoadingOrPlaying)
