@@ -84,8 +84,11 @@ void compare(
         const qint64 a = before.toDateTime().toMSecsSinceEpoch();
         const qint64 b = after.toDateTime().toMSecsSinceEpoch();
         const qint64 diff = a > b ? a - b : b - a;
-        if (a != b && diff >= dateSlackMs)
+        if (a != b && diff >= dateSlackMs) {
+            std::fprintf(stderr, "date %lld ms became %lld ms\n", static_cast<long long>(a),
+                static_cast<long long>(b));
             fail("date moved", where);
+        }
         return;
     }
     case QMetaType::QVariantList: {

@@ -104,7 +104,14 @@ QVariant dateFromNode(plist_t node)
     // The microseconds come from a double; rounding keeps .456 from reading as .455.
     const qint64 millis = (usec + 500) / 1000;
     const qint64 fraction = sec < 0 ? -millis : millis;
-    const qint64 msecs = (kPlistEpochOffset + sec) * 1000 + fraction;
+    // Rounding can carry a date at an end of the range one second past it, where
+    // writing it back would hold it at the end: keep it there from the start, so a
+    // date reads the same after every save.
+    const qint64 first = std::numeric_limits<int32_t>::min();
+    const qint64 last = std::numeric_limits<int32_t>::max();
+    const qint64 plistMsecs
+        = std::clamp(qint64(sec) * 1000 + fraction, first * 1000, last * 1000 + 999);
+    const qint64 msecs = kPlistEpochOffset * 1000 + plistMsecs;
     return QDateTime::fromMSecsSinceEpoch(msecs, QTimeZone::utc());
 }
 

@@ -137,6 +137,18 @@ TEST_F(PlistFileTest, hostileBinaryFilesNeitherAbortNorMisread)
         map));
     EXPECT_FALSE(map.contains(u"when"_s));
 
+    // A hair before the first second libplist can hold: read at that second, and read
+    // the same after it is saved again.
+    ASSERT_TRUE(PlistCodec::decode(
+        QByteArray::fromHex("62706c6973743030d10102547768656e33c1e00000001fffff080b10000000000000"
+                            "0101000000000000000300000000000000000000000000000019"),
+        map));
+    const QDateTime first = map.value(u"when"_s).toDateTime();
+    EXPECT_EQ(first, QDateTime(QDate(1932, 12, 13), QTime(20, 45, 52), QTimeZone::utc()));
+    QVariantMap again;
+    ASSERT_TRUE(PlistCodec::decode(PlistCodec::encode(map), again));
+    EXPECT_EQ(again.value(u"when"_s).toDateTime(), first);
+
     if (python().isEmpty())
         GTEST_SKIP() << "python3 not installed";
     runPython("import plistlib, sys, datetime\n"
