@@ -164,7 +164,7 @@ quint64 MpvController::load(const QString& target, qint64 startMS)
         m_pendingLoad.reset();
         failLater(m_outputError);
     } else {
-        qCDebug(lcMpv) << "Waiting for a render context before opening" << target;
+        qCDebug(lcMpv).noquote() << "Waiting for a render context before opening" << target;
         m_renderWait.start();
     }
     return request;

@@ -2,6 +2,8 @@
 #include "WaitUntil.h"
 
 #include "toolkit/media/XmlMediaAsset.h"
+#include "video/MpvController.h"
+#include "video/MpvHandle.h"
 #include "video/MpvVideoItem.h"
 #include "video/MpvVideoPlayer.h"
 
@@ -72,12 +74,13 @@ TEST(MpvVideoItem, rendersThePlayersFramesUprightAndLetsGoOfAPlayerThatDies)
     EXPECT_TRUE(drawn) << "top " << std::hex << frame.pixel(160, 40) << " bottom "
                        << frame.pixel(160, 200);
 
+    // The render context holds the core; the player going away must free both.
+    const std::weak_ptr<mediashell::MpvHandle> core = player->controller()->handle();
     player.reset();
     EXPECT_EQ(item->player(), nullptr);
-    // A few frames without the player: the renderer frees its context and the core.
-    waitUntil([] { return false; }, 500);
-    frame = window.grabWindow();
-    EXPECT_FALSE(frame.isNull());
+    EXPECT_FALSE(core.expired());
+    EXPECT_TRUE(waitUntil([&] { return core.expired(); }, 5'000));
+    EXPECT_FALSE(window.grabWindow().isNull());
 }
 
 } // namespace
