@@ -81,3 +81,33 @@ QString TestClips::brokenMovie()
     file.write(bytes);
     return out;
 }
+
+QString TestClips::movieWithoutDecoder()
+{
+    const QString made = ffmpeg(QStringLiteral("Unknown codec source.mkv"),
+        lavfiInput(QStringLiteral("testsrc=size=160x120:rate=10:duration=3"))
+            + QStringList { QStringLiteral("-c:v"), QStringLiteral("libx264"),
+                QStringLiteral("-preset"), QStringLiteral("ultrafast") });
+    if (made.isNull())
+        return {};
+    QFile source(made);
+    if (!source.open(QIODevice::ReadOnly)) {
+        m_error = source.errorString();
+        return {};
+    }
+    // The codec ID is a plain string in the track header: same length, unknown name.
+    QByteArray bytes = source.readAll();
+    const QByteArray known = "V_MPEG4/ISO/AVC";
+    if (!bytes.contains(known)) {
+        m_error = QStringLiteral("no H.264 codec ID in the Matroska file");
+        return {};
+    }
+    bytes.replace(known, "V_VIREO/NOCODEC");
+    const QString out = path(QStringLiteral("Unknown codec.mkv"));
+    QFile file(out);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        m_error = file.errorString();
+        return {};
+    }
+    return out;
+}

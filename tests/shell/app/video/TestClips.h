@@ -16,6 +16,8 @@ public:
     QString redOverBlue(int seconds);
     // Random bytes under a movie's name.
     QString brokenMovie();
+    // A well-formed Matroska file whose only stream is in a codec nobody decodes.
+    QString movieWithoutDecoder();
 
     QString error() const { return m_error; }
     QString path(const QString& name) const { return m_dir.filePath(name); }

@@ -173,25 +173,36 @@ TEST_F(MpvPlayerTest, playlistsPlayTheirEntries)
     }
 }
 
-TEST_F(MpvPlayerTest, aBrokenFileIsAnErrorAndNothingElse)
+TEST_F(MpvPlayerTest, filesMpvCannotPlayAreAnErrorAndNothingElse)
 {
-    const QString broken = clips.brokenMovie();
-    ASSERT_FALSE(broken.isNull());
-    open(broken);
-    player->play();
-    ASSERT_TRUE(waitUntil([&] { return !recorder->errors.isEmpty(); }, 10'000));
-    EXPECT_EQ(player->state(), State::Error);
-    EXPECT_EQ(recorder->states.back(), State::Error);
-    EXPECT_EQ(recorder->errors.size(), 1);
-    EXPECT_EQ(player->errorString(), recorder->errors.front());
-    EXPECT_FALSE(player->errorString().contains(u'\n'));
+    struct Row {
+        const char* name;
+        QString path;
+    };
+    const Row rows[] = {
+        { "random bytes", clips.brokenMovie() },
+        { "a codec without a decoder", clips.movieWithoutDecoder() },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ASSERT_FALSE(row.path.isNull()) << clips.error().toStdString();
+        recorder->errors.clear();
+        open(row.path);
+        player->play();
+        ASSERT_TRUE(waitUntil([&] { return !recorder->errors.isEmpty(); }, 10'000));
+        EXPECT_EQ(player->state(), State::Error);
+        EXPECT_EQ(recorder->states.back(), State::Error);
+        EXPECT_EQ(player->errorString(), recorder->errors.front());
+        EXPECT_FALSE(player->errorString().contains(u'\n'));
 
-    // A broken player stays broken, quietly; a good movie afterwards plays.
-    player->play();
-    player->seekToMS(1'000);
-    EXPECT_EQ(player->state(), State::Error);
-    idle(300);
-    EXPECT_EQ(recorder->errors.size(), 1);
+        // A broken player stays broken, quietly.
+        player->play();
+        player->seekToMS(1'000);
+        EXPECT_EQ(player->state(), State::Error);
+        idle(300);
+        EXPECT_EQ(recorder->errors.size(), 1);
+    }
+    // A good movie afterwards plays.
     open(movie);
     player->play();
     EXPECT_TRUE(playsPast(500));
