@@ -24,10 +24,10 @@ class MpvHandle;
 class MpvController : public QObject {
     Q_OBJECT
 public:
+    static constexpr int kRenderWaitMS = 5'000;
+
     // Null (and a log line) when libmpv cannot start.
     static std::unique_ptr<MpvController> create(const MpvOutput& output);
-
-    static constexpr int kRenderWaitMS = 5'000;
     // Stops playback, joins the event thread and lets go of the core; a render
     // context still holding the core destroys it once it is freed itself.
     ~MpvController() override;
