@@ -27,8 +27,9 @@ function(vireo_add_tests)
     if(ARG_GUI)
       set(_labels gui)
     endif()
+    # LABELS first: gtest_discover_tests hands the ENVIRONMENT list on as separate words.
     gtest_discover_tests(${_name} DISCOVERY_TIMEOUT 60
-      PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_LOGGING_RULES=*.debug=true"
-                 LABELS "${_labels}")
+      PROPERTIES LABELS "${_labels}"
+                 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_LOGGING_RULES=*.debug=true")
   endforeach()
 endfunction()
