@@ -23,13 +23,13 @@ function(vireo_add_tests)
     endif()
     # GUI tests paint, scale images and lay out text, which Qt hands to threads of its
     # own pool; the tsan preset leaves them out (label "gui"), as Qt is not built for it.
+    # The label goes first: test discovery hands the ENVIRONMENT list on as separate words.
     set(_labels "")
     if(ARG_GUI)
-      set(_labels gui)
+      set(_labels LABELS gui)
     endif()
-    # LABELS first: gtest_discover_tests hands the ENVIRONMENT list on as separate words.
     gtest_discover_tests(${_name} DISCOVERY_TIMEOUT 60
-      PROPERTIES LABELS "${_labels}"
+      PROPERTIES ${_labels}
                  ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_LOGGING_RULES=*.debug=true")
   endforeach()
 endfunction()
