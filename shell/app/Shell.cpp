@@ -1,0 +1,311 @@
+#include "Shell.h"
+
+#include "ImageStore.h"
+#include "PacedSimulatedPlayer.h"
+#include "ScriptRunner.h"
+#include "ShellLog.h"
+#include "ShellMenu.h"
+#include "ShellView.h"
+#include "UnixSignals.h"
+
+#include "video/MpvVideoItem.h"
+#include "video/MpvVideoPlayer.h"
+
+#include "toolkit/appliance/ApplianceLoader.h"
+#include "toolkit/appliance/NotificationCenter.h"
+#include "toolkit/player/VideoPlayerFactory.h"
+#include "toolkit/scene/Scene.h"
+#include "toolkit/stack/ControllerStack.h"
+#include "toolkit/stack/Sentinel.h"
+#include "vtvplugin/platform/HomeFolder.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLoggingCategory>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <QScreen>
+#include <QSet>
+#include <QtQml/qqmlextensionplugin.h>
+
+#include <cstdio>
+
+Q_IMPORT_QML_PLUGIN(Vireo_ShellPlugin)
+
+namespace mediashell {
+
+namespace {
+
+    // Inside `folder` (or the folder itself), both made canonical where they exist.
+    bool isInside(const QString& path, const QString& folder)
+    {
+        const QString canonicalPath = QFileInfo(path).canonicalFilePath();
+        const QString canonicalFolder = QFileInfo(folder).canonicalFilePath();
+        if (canonicalPath.isEmpty() || canonicalFolder.isEmpty())
+            return false;
+        return canonicalPath == canonicalFolder
+            || canonicalPath.startsWith(canonicalFolder + QLatin1Char('/'));
+    }
+
+} // namespace
+
+Shell::Shell(const ShellOptions& options, QObject* parent)
+    : QObject(parent)
+    , m_options(options)
+    , m_keys(KeyMap::load(options.keysFile, KeyMap::userFile()))
+    , m_images(std::make_shared<ImageStore>())
+{
+}
+
+Shell::~Shell()
+{
+    terminate();
+}
+
+QStringList Shell::applianceFolders(const ShellOptions& options)
+{
+    QStringList folders;
+    for (const QString& dir : options.applianceDirs)
+        folders.append(QDir(dir).absolutePath());
+    const QString programDir = QCoreApplication::applicationDirPath();
+    if (isInside(programDir, QStringLiteral(MEDIASHELL_BUILD_DIR)))
+        folders.append(QStringLiteral(MEDIASHELL_BUILD_APPLIANCE_DIR));
+    folders.append(QDir::cleanPath(
+        programDir + QLatin1Char('/') + QStringLiteral(MEDIASHELL_INSTALLED_APPLIANCE_DIR)));
+    // The same folder twice loads its plugins once.
+    QStringList unique;
+    QSet<QString> seen;
+    for (const QString& folder : folders) {
+        const QString canonical = QFileInfo(folder).canonicalFilePath();
+        const QString identity = canonical.isEmpty() ? QDir::cleanPath(folder) : canonical;
+        if (!seen.contains(identity)) {
+            seen.insert(identity);
+            unique.append(folder);
+        }
+    }
+    return unique;
+}
+
+void Shell::installVideoPlayer()
+{
+    if (qEnvironmentVariable("MEDIASHELL_VIDEO") == u"simulated") {
+        qCInfo(lcShell) << "MEDIASHELL_VIDEO=simulated: playing with the simulated player";
+    } else if (MpvVideoPlayer::isAvailable()) {
+        qCDebug(lcShell) << "Playing with libmpv";
+        shell::VideoPlayerFactory::setCreator([] { return std::make_unique<MpvVideoPlayer>(); });
+        return;
+    } else {
+        qCWarning(lcShell) << "libmpv cannot be started here: playing with the simulated "
+                              "player (no picture, a clock only)";
+    }
+    shell::VideoPlayerFactory::setCreator([] { return std::make_unique<PacedSimulatedPlayer>(); });
+}
+
+void Shell::loadAppliances()
+{
+    if (m_stack)
+        return;
+    std::vector<ShellMenu::Entry> entries;
+    QSet<QString> keys;
+    const QStringList folders = applianceFolders(m_options);
+    for (const QString& folder : folders) {
+        qCDebug(lcShell).noquote() << "Appliance folder" << folder;
+        auto loader = std::make_unique<shell::ApplianceLoader>();
+        loader->loadFolder(folder);
+        for (const auto& failure : loader->failures()) {
+            const QString path = QDir(folder).filePath(failure.fileName);
+            qCWarning(lcShell).noquote()
+                << "Skipping the appliance plugin" << path << "-" << failure.reason;
+            m_failures.append(path + QStringLiteral(": ") + failure.reason);
+        }
+        for (const auto& entry : loader->appliances()) {
+            if (keys.contains(entry.key)) {
+                qCDebug(lcShell).noquote() << "Appliance" << entry.key << "in" << folder
+                                           << "is already loaded; keeping the first";
+                continue;
+            }
+            keys.insert(entry.key);
+            entries.push_back({ entry.appliance.get(), entry.name, entry.sortOrder });
+        }
+        m_loaders.push_back(std::move(loader));
+    }
+    if (entries.empty())
+        qCWarning(lcShell).noquote() << "No appliances in" << folders.join(QStringLiteral(", "));
+
+    m_scene = std::make_unique<shell::Scene>();
+    m_stack = std::make_unique<shell::ControllerStack>();
+    shell::Sentinel::shared().setObjectForKey(m_stack.get(), shell::Sentinel::controllerStackKey());
+    auto menu = std::make_unique<ShellMenu>(*m_scene, std::move(entries));
+    m_menu = menu.get();
+    m_stack->pushController(std::move(menu));
+
+    m_view = std::make_unique<ShellView>(m_images);
+    m_view->setScene(m_scene.get());
+    m_view->setStack(m_stack.get());
+}
+
+bool Shell::showWindow(QString* error)
+{
+    loadAppliances();
+    m_engine = std::make_unique<QQmlApplicationEngine>();
+    // Qt 6.4 does not look there by itself.
+    m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    m_engine->addImageProvider(ImageStore::providerId(), new ImageStoreProvider(m_images));
+    m_engine->setInitialProperties(
+        { { QStringLiteral("shell"), QVariant::fromValue<QObject*>(m_view.get()) } });
+    m_engine->load(QUrl(QStringLiteral("qrc:/qt/qml/Vireo/Shell/Main.qml")));
+    const QList<QObject*> roots = m_engine->rootObjects();
+    m_window = roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(roots.first());
+    if (!m_window) {
+        if (error)
+            *error = QStringLiteral("the shell's QML did not load");
+        return false;
+    }
+    m_window->installEventFilter(this);
+    m_window->setTitle(QStringLiteral("mediashell"));
+    if (m_options.windowed) {
+        m_window->resize(m_options.windowSize());
+        m_window->show();
+    } else {
+        // The screen's size first: a living-room box may run no window manager to
+        // honour the full-screen request.
+        if (QScreen* screen = m_window->screen())
+            m_window->setGeometry(screen->geometry());
+        m_window->showFullScreen();
+    }
+    return true;
+}
+
+void Shell::performAction(shell::RemoteAction action)
+{
+    if (!m_stack || m_terminated)
+        return;
+    qCDebug(lcShell).noquote() << "Action" << shell::remoteActionName(action);
+    m_stack->handleAction(action);
+    if (m_view)
+        m_view->actionHandled(action);
+}
+
+bool Shell::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_window && event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (m_keys.actionForKey(key->key())) {
+            if (const auto action = m_keys.actionForEvent(*key))
+                performAction(*action);
+            return true;
+        }
+        qCDebug(lcKeys) << "Key" << Qt::hex << key->key() << "is bound to nothing";
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void Shell::terminate()
+{
+    if (m_terminated)
+        return;
+    m_terminated = true;
+    qCDebug(lcShell) << "Terminating";
+    shell::NotificationCenter::defaultCenter().postNotification(
+        shell::NotificationCenter::applicationWillTerminate());
+    // The window first: nothing draws a controller (or its player) that is going.
+    if (m_window)
+        m_window->removeEventFilter(this);
+    m_engine.reset();
+    if (m_view)
+        m_view->setStack(nullptr);
+    m_menu = nullptr;
+    m_stack.reset();
+    shell::Sentinel::shared().removeObjectForKey(shell::Sentinel::controllerStackKey());
+    m_view.reset();
+    m_scene.reset();
+    m_loaders.clear();
+}
+
+int runShell(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    const ParsedOptions parsed = CommandLine::parse(arguments);
+    if (parsed.action == ParsedOptions::Action::Exit) {
+        std::fputs(parsed.text.toLocal8Bit().constData(), stdout);
+        return 0;
+    }
+    if (parsed.action == ParsedOptions::Action::Fail) {
+        std::fputs(parsed.text.toLocal8Bit().constData(), stderr);
+        return 2;
+    }
+    const ShellOptions& options = parsed.options;
+
+    QLoggingCategory::setFilterRules(options.verbose ? QStringLiteral("vireo.*.debug=true")
+                                                     : QStringLiteral("vireo.*.debug=false"));
+    if (!options.home.isEmpty())
+        HomeFolder::set(options.home);
+    // mpv renders through OpenGL; the window must be made for it.
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
+
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationName(QStringLiteral("mediashell"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(MEDIASHELL_VERSION));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("mediashell"));
+    MpvVideoItem::registerQmlType();
+    Shell::installVideoPlayer();
+
+    const auto writeError = [](const QString& message) {
+        std::fputs(
+            QStringLiteral("mediashell: %1\n").arg(message).toLocal8Bit().constData(), stderr);
+        std::fflush(stderr);
+    };
+
+    Shell mediaShell(options);
+    std::unique_ptr<ScriptRunner> runner;
+    if (!options.script.isEmpty()) {
+        ScriptRunner::Hooks hooks;
+        hooks.perform
+            = [&mediaShell](shell::RemoteAction action) { mediaShell.performAction(action); };
+        hooks.describe = [&mediaShell] {
+            return mediaShell.stack() ? mediaShell.stack()->describeTop() : QJsonObject();
+        };
+        hooks.writeLine = [](const QByteArray& line) {
+            std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
+            std::fflush(stdout);
+        };
+        hooks.writeError = writeError;
+        runner = std::make_unique<ScriptRunner>(
+            options.script, options.dump, options.screenshotsDir, std::move(hooks));
+        QString error;
+        if (!runner->prepare(&error)) {
+            writeError(error);
+            return 2;
+        }
+    }
+
+    QString error;
+    if (!mediaShell.showWindow(&error)) {
+        writeError(error);
+        return 1;
+    }
+    if (!mediaShell.failures().isEmpty())
+        qCDebug(lcShell) << mediaShell.failures().size() << "appliance plugin(s) did not load";
+
+    UnixSignals signalWatcher;
+    QObject::connect(&signalWatcher, &UnixSignals::received, &app, [](int number) {
+        qCDebug(lcShell) << "Quitting on signal" << number;
+        QCoreApplication::exit(0);
+    });
+    if (runner) {
+        QObject::connect(runner.get(), &ScriptRunner::finished, &app,
+            [](int status) { QCoreApplication::exit(status); });
+        runner->start(mediaShell.window());
+    }
+
+    const int status = app.exec();
+    mediaShell.terminate();
+    runner.reset();
+    return status;
+}
+
+} // namespace mediashell

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "KeyMap.h"
+#include "ShellOptions.h"
+
+#include "toolkit/stack/RemoteAction.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+class QQmlApplicationEngine;
+#include <QQuickWindow>
+
+namespace shell {
+class ApplianceLoader;
+class ControllerStack;
+class Scene;
+}
+
+namespace mediashell {
+
+class ImageStore;
+class ShellMenu;
+class ShellView;
+
+// The running shell: the appliances loaded from their plugin folders, the controller
+// stack with the shell's top menu at its bottom, the QML window that shows the top
+// controller and the keys that drive it.
+//
+// Quitting (terminate(), also run by the destructor): the shell posts
+// NotificationCenter::applicationWillTerminate() (a playing movie hands over its
+// resume point), closes the window, then tears the stack down, then unloads the
+// appliances.
+class Shell : public QObject {
+    Q_OBJECT
+public:
+    explicit Shell(const ShellOptions& options, QObject* parent = nullptr);
+    ~Shell() override;
+
+    // Loads the appliances and builds the stack; no window yet (tests drive the
+    // stack without one).
+    void loadAppliances();
+    // Loads the QML and shows the window; false with the reason when it cannot.
+    bool showWindow(QString* error);
+    void terminate();
+
+    // The plugin folders, searched in this order (a key found twice keeps the first):
+    // the --appliances folders, the build tree's appliances folder when the program
+    // runs from the build tree, and the installed folder next to the program.
+    static QStringList applianceFolders(const ShellOptions& options);
+    // Chooses the player every screen gets: mpv when libmpv can start (and
+    // MEDIASHELL_VIDEO is not "simulated"), else the simulated player, with a
+    // warning.
+    static void installVideoPlayer();
+
+    // An action for the top controller, as from the remote.
+    void performAction(shell::RemoteAction action);
+
+    shell::ControllerStack* stack() const { return m_stack.get(); }
+    shell::Scene* scene() const { return m_scene.get(); }
+    ShellMenu* topMenu() const { return m_menu; }
+    ShellView* view() const { return m_view.get(); }
+    QQuickWindow* window() const { return m_window.data(); }
+    const KeyMap& keyMap() const { return m_keys; }
+    // "file: reason" for each plugin that did not load.
+    QStringList failures() const { return m_failures; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    ShellOptions m_options;
+    KeyMap m_keys;
+    // Members go in reverse order: the window, then the stack, then the appliances.
+    std::vector<std::unique_ptr<shell::ApplianceLoader>> m_loaders;
+    QStringList m_failures;
+    std::unique_ptr<shell::Scene> m_scene;
+    std::unique_ptr<shell::ControllerStack> m_stack;
+    ShellMenu* m_menu = nullptr;
+    std::shared_ptr<ImageStore> m_images;
+    std::unique_ptr<ShellView> m_view;
+    std::unique_ptr<QQmlApplicationEngine> m_engine;
+    QPointer<QQuickWindow> m_window;
+    bool m_terminated = false;
+};
+
+// The whole program: `mediashell` is main() over this.
+int runShell(int argc, char** argv);
+
+} // namespace mediashell

@@ -1,0 +1,6 @@
+#include "Shell.h"
+
+int main(int argc, char** argv)
+{
+    return mediashell::runShell(argc, argv);
+}

@@ -1,0 +1,62 @@
+import QtQuick
+
+// An image fitted into the item (aspect kept, standing on `imageBottom`
+// from the top), with its mirror image fading out below it: `reflection` is the
+// mirror's opacity at its top (0: none), `reflectionOffset` the gap as a fraction of
+// the image's height.
+Item {
+    id: root
+
+    property alias source: picture.source
+    property real reflection: 0.0
+    property real reflectionOffset: 0.0
+    // How much of the image the reflection shows, from its bottom edge.
+    property real reflectionHeight: 0.35
+    property color fadeColor: "black"
+    // Where the image's bottom edge stands, from the item's top.
+    property real imageBottom: height
+    readonly property real fitScale: picture.implicitWidth > 0 && picture.implicitHeight > 0
+        ? Math.min(width / picture.implicitWidth, imageBottom / picture.implicitHeight) : 0
+
+    Image {
+        id: picture
+
+        width: implicitWidth * root.fitScale
+        height: implicitHeight * root.fitScale
+        x: (root.width - width) / 2
+        y: root.imageBottom - height
+        asynchronous: false
+        cache: false
+        smooth: true
+        mipmap: true
+    }
+
+    Item {
+        id: mirror
+
+        visible: root.reflection > 0 && picture.status === Image.Ready
+        x: picture.x
+        y: picture.y + picture.height * (1 + root.reflectionOffset)
+        width: picture.width
+        height: picture.height * root.reflectionHeight
+        clip: true
+
+        Image {
+            width: picture.width
+            height: picture.height
+            source: picture.source
+            cache: false
+            smooth: true
+            mipmap: true
+            opacity: root.reflection
+            transform: Scale { origin.y: picture.height / 2; yScale: -1 }
+        }
+        Rectangle {
+            anchors.fill: parent
+            gradient: Gradient {
+                GradientStop { position: 0.0; color: Qt.rgba(root.fadeColor.r, root.fadeColor.g, root.fadeColor.b, 0.0) }
+                GradientStop { position: 1.0; color: root.fadeColor }
+            }
+        }
+    }
+}
