@@ -10,6 +10,8 @@
 #include "vtvplugin/library/JUtils.h"
 #include "vtvplugin/platform/HomeFolder.h"
 
+#include "RatioReporter.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QByteArray>
@@ -210,45 +212,6 @@ void BM_SetupLinksTenThousandthMovie(benchmark::State& state)
         state.SkipWithError("unexpected title");
 }
 BENCHMARK(BM_SetupLinksTenThousandthMovie)->Unit(benchmark::kMillisecond);
-
-// Prints as usual and keeps each run's real time per iteration for the ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    // Colours only on a terminal, so that saved runs stay plain text.
-    RatioReporter()
-        : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular)
-    {
-    }
-
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred)
-                m_times[run.benchmark_name()]
-                    = { run.GetAdjustedRealTime(), run.GetAdjustedCPUTime() };
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    void printRatio(const char* label, const std::string& measured, const std::string& baseline,
-        double goal) const
-    {
-        const auto m = m_times.find(measured);
-        const auto b = m_times.find(baseline);
-        if (m == m_times.end() || b == m_times.end() || b->second.first <= 0
-            || b->second.second <= 0)
-            return;
-        // On a shared machine the wall clock also measures the neighbours; the CPU time
-        // (user + system) is what the code itself costs.
-        const double realRatio = m->second.first / b->second.first;
-        const double cpuRatio = m->second.second / b->second.second;
-        std::printf("%-36s cpu %.3fx, real %.3fx (goal <= %.1fx) %s\n", label, cpuRatio, realRatio,
-            goal, cpuRatio <= goal ? "met" : "MISSED");
-    }
-
-private:
-    std::map<std::string, std::pair<double, double>> m_times; // real, cpu
-};
 
 } // namespace
 
