@@ -13,3 +13,5 @@ Q_DECLARE_LOGGING_CATEGORY(lcPlist)
 Q_DECLARE_LOGGING_CATEGORY(lcLibrary)
 // Media assets and their metadata files.
 Q_DECLARE_LOGGING_CATEGORY(lcAsset)
+// The trailer feed: the endpoint, the download and the parse of its replies.
+Q_DECLARE_LOGGING_CATEGORY(lcTrailers)
