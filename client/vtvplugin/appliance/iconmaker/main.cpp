@@ -1,6 +1,8 @@
-// Draws the appliance's icon at build time, so the repository holds how it looks
-// rather than a binary: a film strip's edges around a large play button, in shapes
-// bold enough to read from across a living room.
+// Draws the appliances' icons at build time, so the repository holds how they look
+// rather than binaries, in shapes bold enough to read from across a living room:
+//   Vireo Movies    a film strip's edges around a large play button, on night blue
+//   Vireo Trailers  a film strip across a wine-red tile, its middle frame lit with a
+//                   play symbol: the lists of short clips, told apart at a glance
 
 #include <QColor>
 #include <QImage>
@@ -29,14 +31,32 @@ const QColor kAmber(0xf5, 0xc5, 0x42);
 const QColor kHole(0x0a, 0x17, 0x3d);
 const QColor kWhite(0xfa, 0xfa, 0xf7);
 
-void paintBackground(QPainter& painter)
+const QColor kWineTop(0xb3, 0x1b, 0x3a);
+const QColor kWineBottom(0x4a, 0x06, 0x19);
+const QColor kStrip(0x17, 0x13, 0x16);
+constexpr qreal kStripHeight = 232;
+constexpr int kHolesAcross = 7;
+constexpr int kFrames = 3;
+constexpr qreal kFrameGap = 16;
+
+void paintBackground(QPainter& painter, const QColor& top, const QColor& bottom)
 {
-    QLinearGradient night(0, 0, 0, kSide);
-    night.setColorAt(0, kNightTop);
-    night.setColorAt(1, kNightBottom);
+    QLinearGradient gradient(0, 0, 0, kSide);
+    gradient.setColorAt(0, top);
+    gradient.setColorAt(1, bottom);
     QPainterPath tile;
     tile.addRoundedRect(QRectF(0, 0, kSide, kSide), kCorner, kCorner);
-    painter.fillPath(tile, night);
+    painter.fillPath(tile, gradient);
+}
+
+// A play triangle of height `size` around `centre`, shifted right so that it looks
+// centred, as play symbols are drawn.
+QPolygonF playTriangle(const QPointF& centre, qreal size)
+{
+    const qreal shift = size * 0.18;
+    return QPolygonF({ QPointF(centre.x() - size / 2 + shift, centre.y() - size * 0.58),
+        QPointF(centre.x() - size / 2 + shift, centre.y() + size * 0.58),
+        QPointF(centre.x() + size / 2 + shift, centre.y()) });
 }
 
 // One amber band with its sprocket holes, `left` being the band's left side.
@@ -70,41 +90,92 @@ void paintPlayButton(QPainter& painter)
     painter.setBrush(kWhite);
     painter.drawEllipse(centre, kButtonRadius, kButtonRadius);
 
-    // Shifted right so that the triangle looks centred, as play symbols are drawn.
-    const qreal size = kButtonRadius * 0.95;
-    const qreal shift = size * 0.18;
-    const QPolygonF triangle({ QPointF(centre.x() - size / 2 + shift, centre.y() - size * 0.58),
-        QPointF(centre.x() - size / 2 + shift, centre.y() + size * 0.58),
-        QPointF(centre.x() + size / 2 + shift, centre.y()) });
     painter.setBrush(kNightBottom);
-    painter.drawPolygon(triangle);
+    painter.drawPolygon(playTriangle(centre, kButtonRadius * 0.95));
 }
 
-QImage paintIcon()
+void paintMoviesIcon(QPainter& painter)
+{
+    paintBackground(painter, kNightTop, kNightBottom);
+    paintFilmEdge(painter, kEdgeInset);
+    paintFilmEdge(painter, kSide - kEdgeInset - kEdgeWidth);
+    paintPlayButton(painter);
+}
+
+// One row of sprocket holes across the strip, centred on `y`.
+void paintHolesAcross(QPainter& painter, const QRectF& strip, qreal y)
+{
+    const qreal pitch = strip.width() / kHolesAcross;
+    const qreal hole = pitch * 0.42;
+    painter.setBrush(kWhite);
+    for (int i = 0; i < kHolesAcross; ++i) {
+        const qreal x = strip.left() + pitch * (i + 0.5);
+        painter.drawRoundedRect(QRectF(x - hole / 2, y - hole * 0.4, hole, hole * 0.8), 6, 6);
+    }
+}
+
+// The strip's frames, side by side; the middle one is lit and holds the play symbol.
+void paintFrames(QPainter& painter, const QRectF& strip)
+{
+    const qreal band = strip.height() * 0.2;
+    const QRectF inner = strip.adjusted(kFrameGap, band, -kFrameGap, -band);
+    const qreal width = (inner.width() - (kFrames - 1) * kFrameGap) / kFrames;
+    for (int i = 0; i < kFrames; ++i) {
+        const QRectF frame(
+            inner.left() + i * (width + kFrameGap), inner.top(), width, inner.height());
+        const bool lit = i == kFrames / 2;
+        painter.setBrush(lit ? kAmber : kAmber.darker(260));
+        painter.drawRoundedRect(frame, 10, 10);
+        if (lit) {
+            painter.setBrush(kStrip);
+            painter.drawPolygon(playTriangle(frame.center(), frame.height() * 0.55));
+        }
+    }
+}
+
+void paintTrailersIcon(QPainter& painter)
+{
+    paintBackground(painter, kWineTop, kWineBottom);
+    // The tile's rounded corners clip the strip that runs across it.
+    QPainterPath tile;
+    tile.addRoundedRect(QRectF(0, 0, kSide, kSide), kCorner, kCorner);
+    painter.setClipPath(tile);
+    const QRectF strip(0, (kSide - kStripHeight) / 2, kSide, kStripHeight);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(kStrip);
+    painter.drawRect(strip);
+    const qreal band = strip.height() * 0.2;
+    paintHolesAcross(painter, strip, strip.top() + band / 2);
+    paintHolesAcross(painter, strip, strip.bottom() - band / 2);
+    paintFrames(painter, strip);
+}
+
+QImage paintIcon(bool trailers)
 {
     QImage icon(kSide, kSide, QImage::Format_ARGB32_Premultiplied);
     icon.fill(Qt::transparent);
     QPainter painter(&icon);
     painter.setRenderHint(QPainter::Antialiasing);
-    paintBackground(painter);
-    paintFilmEdge(painter, kEdgeInset);
-    paintFilmEdge(painter, kSide - kEdgeInset - kEdgeWidth);
-    paintPlayButton(painter);
+    if (trailers)
+        paintTrailersIcon(painter);
+    else
+        paintMoviesIcon(painter);
     return icon;
 }
 
 } // namespace
 
-// Usage: vireo_iconmaker OUTPUT.png
+// Usage: vireo_iconmaker [--trailers] OUTPUT.png
 int main(int argc, char** argv)
 {
     QTextStream err(stderr);
-    if (argc != 2) {
-        err << "usage: vireo_iconmaker OUTPUT.png\n";
+    const bool trailers = argc == 3 && QLatin1String(argv[1]) == QLatin1String("--trailers");
+    if (argc != 2 && !trailers) {
+        err << "usage: vireo_iconmaker [--trailers] OUTPUT.png\n";
         return 2;
     }
-    const QString output = QString::fromLocal8Bit(argv[1]);
-    if (!paintIcon().save(output, "PNG")) {
+    const QString output = QString::fromLocal8Bit(argv[argc - 1]);
+    if (!paintIcon(trailers).save(output, "PNG")) {
         err << "vireo_iconmaker: cannot write " << output << '\n';
         return 1;
     }
