@@ -1,0 +1,215 @@
+#include "vtvplugin/trailers/TrailerFeedParser.h"
+
+#include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/VtvLog.h"
+
+#include <QUrl>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+const QString kString = QStringLiteral("string");
+const QString kFault = QStringLiteral("fault");
+const QString kVideo = QStringLiteral("video");
+
+// Leading white space, an optional sign, decimal digits; 0 without digits, clamped to
+// the 32-bit range. How the service's numbers have always been read.
+qint32 leadingInt(const QString& text)
+{
+    qsizetype i = 0;
+    while (i < text.size() && text.at(i).isSpace())
+        ++i;
+    bool negative = false;
+    if (i < text.size() && (text.at(i) == QLatin1Char('-') || text.at(i) == QLatin1Char('+')))
+        negative = text.at(i++) == QLatin1Char('-');
+    const qint64 limit = qint64(std::numeric_limits<qint32>::max()) + 1;
+    qint64 value = 0;
+    for (; i < text.size() && text.at(i).unicode() >= '0' && text.at(i).unicode() <= '9'; ++i)
+        value = std::min(limit, value * 10 + (text.at(i).unicode() - '0'));
+    value = negative ? -value : std::min(value, limit - 1);
+    return static_cast<qint32>(value);
+}
+
+} // namespace
+
+TrailerFeedParser::TrailerFeedParser(AssetSink sink)
+    : m_sink(std::move(sink))
+{
+}
+
+const QString& TrailerFeedParser::payload() const
+{
+    return m_pXMLPayload ? *m_pXMLPayload : m_payloadTaken;
+}
+
+bool TrailerFeedParser::parseReply(const QByteArray& reply, QString* error)
+{
+    m_pXMLPayload.emplace();
+    m_pXMLPayload->reserve(32768);
+    m_bReadingPayload = false;
+    m_bXMLFault = false;
+    QString description;
+    if (parse(reply, &description))
+        return true;
+    // The fault report shows what went wrong instead of a half-read text.
+    m_bXMLFault = true;
+    *m_pXMLPayload = description;
+    if (error)
+        *error = description;
+    return false;
+}
+
+bool TrailerFeedParser::parsePayload(QString* error)
+{
+    m_payloadTaken = m_pXMLPayload.value_or(QString());
+    m_pXMLPayload.reset();
+    clearVideo();
+    m_currentElement.clear();
+    m_currentText.clear();
+    return parse(m_payloadTaken.toUtf8(), error);
+}
+
+bool TrailerFeedParser::parse(const QByteArray& document, QString* error)
+{
+    m_overflow.clear();
+    QString description;
+    ExpatParser parser(*this);
+    const bool parsed = parser.parse(document, &description);
+    if (parsed && m_overflow.isEmpty())
+        return true;
+    if (parsed)
+        description = m_overflow;
+    qCDebug(lcTrailers).noquote() << "XML Parser error:" << description;
+    if (error)
+        *error = description;
+    return false;
+}
+
+void TrailerFeedParser::overflow(const QString& what)
+{
+    if (m_overflow.isEmpty())
+        m_overflow = what;
+}
+
+void TrailerFeedParser::startElement(const QString& name)
+{
+    if (m_pXMLPayload)
+        replyStartElement(name);
+    else
+        listStartElement(name);
+}
+
+void TrailerFeedParser::characters(const QString& text)
+{
+    if (m_pXMLPayload)
+        replyCharacters(text);
+    else
+        listCharacters(text);
+}
+
+void TrailerFeedParser::endElement(const QString& name)
+{
+    if (!m_pXMLPayload)
+        listEndElement(name);
+}
+
+void TrailerFeedParser::replyStartElement(const QString& name)
+{
+    m_bReadingPayload = name == kString;
+    if (name == kFault)
+        m_bXMLFault = true;
+}
+
+void TrailerFeedParser::replyCharacters(const QString& text)
+{
+    if (!m_bReadingPayload)
+        return;
+    if (m_pXMLPayload->size() + text.size() > kMaxPayloadChars) {
+        overflow(QStringLiteral("reply payload longer than %1 characters").arg(kMaxPayloadChars));
+        return;
+    }
+    m_pXMLPayload->append(text);
+}
+
+void TrailerFeedParser::listStartElement(const QString& name)
+{
+    // Text before a child element belongs to the element it stood in.
+    storeField(m_currentText.trimmed());
+    m_currentText.clear();
+    if (name == kVideo)
+        clearVideo();
+    m_currentElement = name;
+}
+
+void TrailerFeedParser::listCharacters(const QString& text)
+{
+    if (m_currentElement.isEmpty())
+        return;
+    m_listChars += text.size();
+    if (m_listChars > kMaxListChars) {
+        overflow(QStringLiteral("trailer list longer than %1 characters").arg(kMaxListChars));
+        return;
+    }
+    m_currentText += text;
+}
+
+void TrailerFeedParser::listEndElement(const QString& name)
+{
+    storeField(m_currentText.trimmed());
+    m_currentText.clear();
+    m_currentElement.clear();
+    if (name == kVideo)
+        finishVideo();
+}
+
+void TrailerFeedParser::storeField(const QString& text)
+{
+    if (text.isEmpty())
+        return;
+    const QString& element = m_currentElement;
+    if (element == QLatin1String("videoID"))
+        m_pVideoID = text;
+    else if (element == QLatin1String("title"))
+        m_pTitle = text;
+    else if (element == QLatin1String("description"))
+        m_pDescription = text;
+    else if (element == QLatin1String("trailerURL"))
+        m_pTrailerURL = text;
+    else if (element == QLatin1String("lrgThumbnailURL"))
+        m_pThumbnailURL = text;
+    else if (element == QLatin1String("trailerDuration"))
+        m_nTrailerDuration = leadingInt(text);
+    else if (element == QLatin1String("trailerSize"))
+        m_nTrailerSize = leadingInt(text);
+}
+
+void TrailerFeedParser::finishVideo()
+{
+    const bool complete = !m_pTrailerURL.isEmpty() && !m_pVideoID.isEmpty() && !m_pTitle.isEmpty();
+    if (complete && ++m_videoCount > kMaxVideos)
+        overflow(QStringLiteral("trailer list longer than %1 videos").arg(kMaxVideos));
+    if (complete && m_overflow.isEmpty()) {
+        // The service names the stream without its container suffix.
+        const QUrl url(m_pTrailerURL + QStringLiteral("x.flv"));
+        // The asset appends its own file name to the thumbnail text it is given, so
+        // it gets a copy of its own.
+        QString thumbnail = m_pThumbnailURL;
+        m_sink(std::make_shared<VTVMediaAsset>(url, m_pVideoID, m_nTrailerDuration, m_nTrailerSize,
+            m_pTitle, thumbnail, m_pDescription));
+    }
+    // A skipped video leaves nothing behind for the next one.
+    clearVideo();
+}
+
+void TrailerFeedParser::clearVideo()
+{
+    m_pVideoID.clear();
+    m_pTitle.clear();
+    m_pDescription.clear();
+    m_pThumbnailURL.clear();
+    m_pTrailerURL.clear();
+    m_nTrailerDuration = 0;
+    m_nTrailerSize = 0;
+}

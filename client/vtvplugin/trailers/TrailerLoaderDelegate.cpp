@@ -1,0 +1,3 @@
+#include "vtvplugin/trailers/TrailerLoaderDelegate.h"
+
+TrailerLoaderDelegate::~TrailerLoaderDelegate() = default;

@@ -1,0 +1,165 @@
+#include "FeedTestServer.h"
+
+#include <QHostAddress>
+#include <QTcpSocket>
+#include <QTimer>
+
+namespace {
+
+constexpr qint64 kChunkBytes = 64 * 1024;
+constexpr char kReceived[] = "feedtestserver.received";
+
+QByteArray statusLine(int status)
+{
+    return "HTTP/1.1 " + QByteArray::number(status) + (status == 200 ? " OK\r\n" : " Error\r\n");
+}
+
+// The request in `data` once its head and a body of its Content-Length are complete.
+bool takeRequest(const QByteArray& data, FeedTestServer::Request& request)
+{
+    const qsizetype headEnd = data.indexOf("\r\n\r\n");
+    if (headEnd < 0)
+        return false;
+    request.head = data.left(headEnd + 2);
+    const qsizetype bodyLength = request.header("content-length").toLongLong();
+    if (data.size() < headEnd + 4 + bodyLength)
+        return false;
+    request.body = data.mid(headEnd + 4, bodyLength);
+    const QList<QByteArray> words = request.head.left(request.head.indexOf("\r\n")).split(' ');
+    request.method = words.value(0);
+    request.path = words.value(1);
+    return true;
+}
+
+} // namespace
+
+QByteArray FeedTestServer::Request::header(const QByteArray& name) const
+{
+    for (const QByteArray& line : head.split('\n').mid(1)) {
+        const qsizetype colon = line.indexOf(':');
+        if (colon > 0 && line.left(colon).trimmed().toLower() == name.toLower())
+            return line.mid(colon + 1).trimmed();
+    }
+    return {};
+}
+
+FeedTestServer::FeedTestServer()
+{
+    m_server.listen(QHostAddress::LocalHost, 0);
+    connect(&m_server, &QTcpServer::newConnection, this, &FeedTestServer::onConnection);
+}
+
+FeedTestServer::~FeedTestServer() = default;
+
+QUrl FeedTestServer::url() const
+{
+    return QUrl(QStringLiteral("http://127.0.0.1:%1/xmlrpc/").arg(m_server.serverPort()));
+}
+
+quint16 FeedTestServer::closedPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    return probe.serverPort();
+}
+
+void FeedTestServer::answer(const QByteArray& body, int status, const QByteArray& extraHeaders)
+{
+    m_mode = Mode::Answer;
+    m_body = body;
+    m_status = status;
+    m_extraHeaders = extraHeaders;
+}
+
+void FeedTestServer::staySilent()
+{
+    m_mode = Mode::Silent;
+}
+
+void FeedTestServer::trickle(std::chrono::milliseconds interval)
+{
+    m_mode = Mode::Trickle;
+    m_interval = interval;
+}
+
+void FeedTestServer::stream(qint64 bytes, qint64 announced)
+{
+    m_mode = Mode::Stream;
+    m_streamBytes = bytes;
+    m_announced = announced;
+}
+
+void FeedTestServer::onConnection()
+{
+    while (QTcpSocket* socket = m_server.nextPendingConnection()) {
+        socket->setParent(this);
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onReadable(socket); });
+        connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    }
+}
+
+void FeedTestServer::onReadable(QTcpSocket* socket)
+{
+    if (socket->property(kReceived).toBool()) {
+        socket->readAll();
+        return;
+    }
+    QByteArray data = socket->property("feedtestserver.data").toByteArray() + socket->readAll();
+    socket->setProperty("feedtestserver.data", data);
+    Request request;
+    if (!takeRequest(data, request))
+        return;
+    socket->setProperty(kReceived, true);
+    m_requests.append(request);
+    respond(socket);
+}
+
+void FeedTestServer::respond(QTcpSocket* socket)
+{
+    switch (m_mode) {
+    case Mode::Answer:
+        socket->write(statusLine(m_status)
+            + "Content-Type: text/xml\r\nContent-Length: " + QByteArray::number(m_body.size())
+            + "\r\nConnection: close\r\n" + m_extraHeaders + "\r\n" + m_body);
+        socket->disconnectFromHost();
+        return;
+    case Mode::Silent:
+        return;
+    case Mode::Trickle: {
+        socket->write(statusLine(200) + "Content-Length: 1000000\r\n\r\n<");
+        auto* timer = new QTimer(socket);
+        connect(timer, &QTimer::timeout, socket, [socket] { socket->write(" "); });
+        timer->start(m_interval);
+        return;
+    }
+    case Mode::Stream:
+        m_bodyBytesSent = 0;
+        m_bodyBytesQueued = 0;
+        m_clientHungUp = false;
+        socket->write(statusLine(200)
+            + (m_announced >= 0 ? "Content-Length: " + QByteArray::number(m_announced) + "\r\n"
+                                : QByteArray())
+            + "Connection: close\r\n\r\n");
+        connect(socket, &QTcpSocket::bytesWritten, this, [this, socket] { sendMore(socket); });
+        connect(socket, &QTcpSocket::disconnected, this,
+            [this] { m_clientHungUp = m_bodyBytesQueued < m_streamBytes; });
+        sendMore(socket);
+        return;
+    }
+}
+
+// Keeps at most one chunk waiting in the socket, so what counts as sent is what the
+// client's side took.
+void FeedTestServer::sendMore(QTcpSocket* socket)
+{
+    m_bodyBytesSent = m_bodyBytesQueued - socket->bytesToWrite();
+    if (socket->bytesToWrite() > 0 || socket->state() != QAbstractSocket::ConnectedState)
+        return;
+    if (m_bodyBytesQueued >= m_streamBytes) {
+        socket->disconnectFromHost();
+        return;
+    }
+    const qint64 size = std::min(kChunkBytes, m_streamBytes - m_bodyBytesQueued);
+    socket->write(QByteArray(size, 'x'));
+    m_bodyBytesQueued += size;
+}

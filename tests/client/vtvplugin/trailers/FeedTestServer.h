@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QObject>
+#include <QTcpServer>
+#include <QUrl>
+
+#include <chrono>
+
+class QTcpSocket;
+
+// A deliberately crude HTTP server on a free loopback port, for tests of the trailer
+// loader: it records each request as it arrived on the wire and answers in one of
+// several ways, well-behaved or hostile. Runs on the test's own event loop.
+class FeedTestServer : public QObject {
+    Q_OBJECT
+public:
+    struct Request {
+        QByteArray method;
+        QByteArray path;
+        QByteArray head; // request line and headers, as sent
+        QByteArray body;
+        // The value of the first header of that name (any case); null when absent.
+        QByteArray header(const QByteArray& name) const;
+    };
+
+    FeedTestServer();
+    ~FeedTestServer() override;
+
+    // The address to post to: http://127.0.0.1:PORT/xmlrpc/
+    QUrl url() const;
+    // A loopback port nobody listens on.
+    static quint16 closedPort();
+
+    // Each request gets this status and body (plus any extra header lines, each ending
+    // in "\r\n"), then the connection closes.
+    void answer(const QByteArray& body, int status = 200, const QByteArray& extraHeaders = {});
+    // Reads the request and never answers.
+    void staySilent();
+    // Sends headers promising a long body, then one byte per interval for ever.
+    void trickle(std::chrono::milliseconds interval);
+    // Streams `bytes` of filler as fast as the client reads, then closes. The length
+    // announced is `announced`; none when negative.
+    void stream(qint64 bytes, qint64 announced);
+
+    const QList<Request>& requests() const { return m_requests; }
+    // Body bytes the client's side has taken off our hands so far.
+    qint64 bodyBytesSent() const { return m_bodyBytesSent; }
+    // The client hung up before the whole answer was sent.
+    bool clientHungUp() const { return m_clientHungUp; }
+
+private:
+    enum class Mode { Answer, Silent, Trickle, Stream };
+
+    void onConnection();
+    void onReadable(QTcpSocket* socket);
+    void respond(QTcpSocket* socket);
+    void sendMore(QTcpSocket* socket);
+
+    QTcpServer m_server;
+    Mode m_mode = Mode::Answer;
+    QByteArray m_body;
+    int m_status = 200;
+    QByteArray m_extraHeaders;
+    std::chrono::milliseconds m_interval { 0 };
+    qint64 m_streamBytes = 0;
+    qint64 m_announced = -1;
+    QList<Request> m_requests;
+    qint64 m_bodyBytesSent = 0;
+    qint64 m_bodyBytesQueued = 0;
+    bool m_clientHungUp = false;
+};
