@@ -91,15 +91,17 @@ TEST_F(ShellMenuTest, RowsComeFromTheLoadedPluginsInSortOrder)
     shell.loadAppliances();
     ShellMenu* menu = shell.topMenu();
     ASSERT_NE(menu, nullptr);
-    // Zulu (1), Alpha and Beta (2, by name), then Vireo Movies (10) from the build tree.
-    EXPECT_EQ(titles(*menu), QStringList({ "Zulu", "Alpha", "Beta", "Vireo Movies" }));
+    // Zulu (1), Alpha and Beta (2, by name), then Vireo Movies (10) and Vireo Trailers
+    // (20) from the build tree.
+    EXPECT_EQ(
+        titles(*menu), QStringList({ "Zulu", "Alpha", "Beta", "Vireo Movies", "Vireo Trailers" }));
     for (long row = 0; row < menu->itemCount(); ++row) {
         const auto item = menu->itemForRow(row);
         ASSERT_NE(item, nullptr);
         EXPECT_EQ(item->kind(), shell::MenuItem::Kind::Folder);
         EXPECT_TRUE(item->hasArrow());
     }
-    EXPECT_EQ(menu->itemForRow(4), nullptr);
+    EXPECT_EQ(menu->itemForRow(5), nullptr);
     EXPECT_EQ(menu->rowForTitle("Beta"), 2);
 
     const QJsonObject described = shell.stack()->describeTop();
@@ -110,13 +112,23 @@ TEST_F(ShellMenuTest, RowsComeFromTheLoadedPluginsInSortOrder)
     for (const QJsonValue& row : described.value("rows").toArray())
         EXPECT_EQ(row.toObject().value("kind").toString(), "folder");
 
-    // Vireo Movies brings its icon, for the row and the preview.
-    EXPECT_FALSE(menu->iconForRow(3).isNull());
+    // Each Vireo appliance brings its own icon, for the row and the preview.
     EXPECT_TRUE(menu->iconForRow(0).isNull());
-    menu->setFocusedRow(3);
-    const QJsonObject preview = menu->describe().value("preview").toObject();
-    EXPECT_EQ(preview.value("title").toString(), "Vireo Movies");
-    EXPECT_EQ(preview.value("image").toString(), ":/vireo-movies/ApplianceIcon.png");
+    EXPECT_FALSE(menu->iconForRow(3).isNull());
+    EXPECT_FALSE(menu->iconForRow(4).isNull());
+    EXPECT_NE(menu->iconForRow(3), menu->iconForRow(4));
+    const struct {
+        long row;
+        const char* title;
+        const char* image;
+    } vireo[] = { { 3, "Vireo Movies", ":/vireo-movies/ApplianceIcon.png" },
+        { 4, "Vireo Trailers", ":/vireo-trailers/ApplianceIcon.png" } };
+    for (const auto& c : vireo) {
+        menu->setFocusedRow(c.row);
+        const QJsonObject preview = menu->describe().value("preview").toObject();
+        EXPECT_EQ(preview.value("title").toString(), c.title);
+        EXPECT_EQ(preview.value("image").toString(), c.image);
+    }
 }
 
 TEST_F(ShellMenuTest, PluginsThatFailAreNamedAndSkipped)
@@ -132,7 +144,7 @@ TEST_F(ShellMenuTest, PluginsThatFailAreNamedAndSkipped)
         EXPECT_EQ(LogCapture::containing("Skipping the appliance plugin " + path).size(), 1)
             << broken;
     }
-    EXPECT_EQ(shell.topMenu()->itemCount(), 4);
+    EXPECT_EQ(shell.topMenu()->itemCount(), 5);
 }
 
 TEST_F(ShellMenuTest, FoldersComeInOrderAndEachOnce)
