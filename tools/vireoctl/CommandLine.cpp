@@ -14,9 +14,9 @@ struct CommandShape {
     QStringList required; // of those, the ones it cannot do without
 };
 
-const std::array<CommandShape, 10>& commands()
+const std::array<CommandShape, 11>& commands()
 {
-    static const std::array<CommandShape, 10> table = { {
+    static const std::array<CommandShape, 11> table = { {
         { "pair", 1, 1, { QStringLiteral("name"), QStringLiteral("time") },
             { QStringLiteral("name") } },
         { "add", 2, 2,
@@ -31,6 +31,7 @@ const std::array<CommandShape, 10>& commands()
         { "asset", 1, 1, {}, {} },
         { "cache", 1, 3, {}, {} },
         { "demo", 0, 0, { QStringLiteral("clips"), QStringLiteral("force") }, {} },
+        { "trailers", 1, 1, {}, {} },
     } };
     return table;
 }
@@ -228,6 +229,11 @@ QString CommandLine::usage()
         "      title clash, sync statistics. --clips makes 20 to 40 s playable clips with ffmpeg\n"
         "      instead of placeholder files. A home that already holds pairs is refused unless\n"
         "      --force, which unpairs and rebuilds only the demo's own pairs.\n"
+        "  trailers TYPE\n"
+        "      Loads one ranked trailer list from the trailer feed (VIREO_TRAILER_ENDPOINT, else\n"
+        "      the setting trailers/endpoint, else http://127.0.0.1:8642) and prints its\n"
+        "      trailers. TYPE: 0 Most Viewed, 1 Most Downloaded, 2 Top Rated, 3 Top Favorites.\n"
+        "      An empty list is no error; a refused, timed-out, malformed or fault reply is.\n"
         "\n"
         "Options:\n"
         "  --home DIR  work on the library under DIR (an existing folder whose absolute path\n"

@@ -7,6 +7,7 @@
 #include "LibraryAdmin.h"
 #include "PairReport.h"
 #include "PlaybackCacheAdmin.h"
+#include "TrailerReport.h"
 
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/HomeFolder.h"
@@ -96,6 +97,7 @@ int VireoCtl::dispatch()
         { QStringLiteral("asset"), &VireoCtl::asset },
         { QStringLiteral("cache"), &VireoCtl::cache },
         { QStringLiteral("demo"), &VireoCtl::demo },
+        { QStringLiteral("trailers"), &VireoCtl::trailers },
     };
     for (const auto& [name, handler] : handlers) {
         if (name == m_commandLine.command())
@@ -310,4 +312,18 @@ int VireoCtl::demo()
     if (!DemoLibrary::build(options, report, error))
         return fail(error);
     return succeed(report, DemoLibrary::text(report));
+}
+
+int VireoCtl::trailers()
+{
+    const QString word = m_commandLine.arguments().at(0);
+    static const QStringList types
+        = { QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3") };
+    if (!types.contains(word))
+        return usageError(QStringLiteral("trailer list type must be 0, 1, 2 or 3: ") + word);
+    TrailerReport report;
+    QString error;
+    if (!TrailerReport::load(word.toInt(), report, error))
+        return fail(QStringLiteral("cannot load the trailer list: ") + error);
+    return succeed(report.json(), report.text());
 }

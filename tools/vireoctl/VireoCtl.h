@@ -34,6 +34,7 @@ private:
     int cacheSet();
     int cacheCleanup();
     int demo();
+    int trailers();
 
     // Prints the JSON document or the text, as asked; returns Ok.
     int succeed(const QJsonValue& json, const QString& text);

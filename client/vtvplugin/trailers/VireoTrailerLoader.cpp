@@ -33,6 +33,11 @@ QNetworkRequest postRequest(const QUrl& url, std::chrono::milliseconds timeout)
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     request.setTransferTimeout(int(timeout.count()));
+    // The one header of our own, and only in name: Qt's HTTP stack sends this very type
+    // for a POST that gives none (as URL connections always have), but warns about it on
+    // every request. Naming it keeps the request byte for byte and the log quiet.
+    request.setHeader(
+        QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/x-www-form-urlencoded"));
     return request;
 }
 

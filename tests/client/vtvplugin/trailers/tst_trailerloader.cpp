@@ -146,7 +146,8 @@ TEST_F(TrailerLoaderTest, PostsTheSignedCallAndNothingElse)
             + "</string></value></member>\n"
               "</struct></value></param></params>\n"
               "</methodCall>");
-    // Only what Qt's HTTP stack sends of its own accord.
+    // Only what Qt's HTTP stack sends of its own accord for a POST.
+    EXPECT_EQ(request.header("content-type"), "application/x-www-form-urlencoded");
     for (const QByteArray& line : request.head.split('\n').mid(1)) {
         const QByteArray name = line.left(line.indexOf(':')).trimmed().toLower();
         EXPECT_TRUE(name.isEmpty() || name == "host" || name == "content-length"
