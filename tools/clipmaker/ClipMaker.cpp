@@ -7,6 +7,20 @@ namespace {
 
 constexpr int kTimeoutMs = 300000;
 
+QStringList commonArguments()
+{
+    return { QStringLiteral("-hide_banner"), QStringLiteral("-loglevel"), QStringLiteral("error"),
+        QStringLiteral("-nostdin"), QStringLiteral("-y") };
+}
+
+QStringList containerArguments(ClipMaker::Container container)
+{
+    if (container == ClipMaker::Container::Flv)
+        return { QStringLiteral("-f"), QStringLiteral("flv") };
+    return { QStringLiteral("-movflags"), QStringLiteral("+faststart"), QStringLiteral("-f"),
+        QStringLiteral("mp4") };
+}
+
 } // namespace
 
 QString ClipMaker::ffmpegPath()
@@ -15,24 +29,44 @@ QString ClipMaker::ffmpegPath()
 }
 
 QStringList ClipMaker::arguments(
-    const QString& videoSource, int toneHz, int seconds, const QString& output)
+    const QString& videoSource, int toneHz, int seconds, const QString& output, Container container)
 {
-    return { QStringLiteral("-hide_banner"), QStringLiteral("-loglevel"), QStringLiteral("error"),
-        QStringLiteral("-nostdin"), QStringLiteral("-y"), QStringLiteral("-f"),
-        QStringLiteral("lavfi"), QStringLiteral("-i"), videoSource, QStringLiteral("-f"),
-        QStringLiteral("lavfi"), QStringLiteral("-i"),
-        QStringLiteral("sine=frequency=%1:sample_rate=44100").arg(toneHz), QStringLiteral("-map"),
-        QStringLiteral("0:v"), QStringLiteral("-map"), QStringLiteral("1:a"), QStringLiteral("-t"),
-        QString::number(seconds), QStringLiteral("-c:v"), QStringLiteral("libx264"),
-        QStringLiteral("-preset"), QStringLiteral("veryfast"), QStringLiteral("-crf"),
-        QStringLiteral("28"), QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"),
-        QStringLiteral("-c:a"), QStringLiteral("aac"), QStringLiteral("-b:a"),
-        QStringLiteral("96k"), QStringLiteral("-movflags"), QStringLiteral("+faststart"),
-        QStringLiteral("-f"), QStringLiteral("mp4"), output };
+    return commonArguments()
+        + QStringList { QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+              videoSource, QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+              QStringLiteral("sine=frequency=%1:sample_rate=44100").arg(toneHz),
+              QStringLiteral("-map"), QStringLiteral("0:v"), QStringLiteral("-map"),
+              QStringLiteral("1:a"), QStringLiteral("-t"), QString::number(seconds),
+              QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"),
+              QStringLiteral("veryfast"), QStringLiteral("-crf"), QStringLiteral("28"),
+              QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"), QStringLiteral("-c:a"),
+              QStringLiteral("aac"), QStringLiteral("-b:a"), QStringLiteral("96k") }
+    + containerArguments(container) + QStringList { output };
 }
 
-bool ClipMaker::make(
-    const QString& videoSource, int toneHz, int seconds, const QString& output, QString& error)
+QStringList ClipMaker::stillsArguments(
+    const QString& videoSource, int count, const QString& outputPattern)
+{
+    return commonArguments()
+        + QStringList { QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+              videoSource, QStringLiteral("-frames:v"), QString::number(count),
+              QStringLiteral("-q:v"), QStringLiteral("4"), QStringLiteral("-f"),
+              QStringLiteral("image2"), outputPattern };
+}
+
+bool ClipMaker::make(const QString& videoSource, int toneHz, int seconds, const QString& output,
+    QString& error, Container container)
+{
+    return run(arguments(videoSource, toneHz, seconds, output, container), output, error);
+}
+
+bool ClipMaker::makeStills(
+    const QString& videoSource, int count, const QString& outputPattern, QString& error)
+{
+    return run(stillsArguments(videoSource, count, outputPattern), outputPattern, error);
+}
+
+bool ClipMaker::run(const QStringList& arguments, const QString& output, QString& error)
 {
     const QString ffmpeg = ffmpegPath();
     if (ffmpeg.isEmpty()) {
@@ -41,7 +75,7 @@ bool ClipMaker::make(
     }
     QProcess process;
     process.setProcessChannelMode(QProcess::SeparateChannels);
-    process.start(ffmpeg, arguments(videoSource, toneHz, seconds, output));
+    process.start(ffmpeg, arguments);
     if (!process.waitForStarted() || !process.waitForFinished(kTimeoutMs)) {
         process.kill();
         process.waitForFinished();

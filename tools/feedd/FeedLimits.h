@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QtGlobal>
+
+// What one client may ask of the service. Every request and connection may be hostile:
+// these bound the memory and the time it can hold.
+struct FeedLimits {
+    // A request body (the XML-RPC call) larger than this is refused with 413 before it
+    // is read.
+    qint64 maxBodyBytes = 1024 * 1024;
+    // The request line and headers; more is refused with 431.
+    qint64 maxHeadBytes = 16 * 1024;
+    // From its opening, or from the end of the previous response, a connection has this
+    // long to deliver a complete request; a response being streamed does not count.
+    int requestTimeoutMs = 10000;
+    // Connections open at once; one more is closed as soon as it is accepted.
+    int maxConnections = 256;
+    // After a refusal the service reads (and throws away) what the client still sends
+    // for at most this long, so that the client sees the refusal rather than a reset.
+    int lingerMs = 2000;
+};

@@ -1,0 +1,3 @@
+#include "FeeddLog.h"
+
+Q_LOGGING_CATEGORY(lcFeedd, "vireo.feedd")
