@@ -4,7 +4,7 @@
 // shell's top menu, the Vireo Trailers appliance, and a few ways to drive and read
 // them. Header-only: the test programs of this folder include it.
 
-#include "FeedService.h"
+#include "FeeddProcess.h"
 #include "TempHome.h"
 
 #include "toolkit/media/PreviewController.h"

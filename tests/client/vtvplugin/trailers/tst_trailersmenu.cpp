@@ -198,7 +198,7 @@ TEST_F(TrailersMenuTest, TheListsAreFolderRowsInTheirOrderAndEachEntryIsFresh)
 // time-out, and choosing it again asks the service again.
 TEST_F(TrailersMenuTest, AnUnreachableServiceSaysNoTrailersAvailableAndChoosingAgainRetries)
 {
-    const QString endpoint = FeedService::closedBase();
+    const QString endpoint = FeeddProcess::closedBase();
     ASSERT_FALSE(endpoint.isEmpty());
     setEndpoint(endpoint);
     VireoTrailerListsController* menu = enter();

@@ -1,8 +1,9 @@
 #pragma once
 
 // The local trailer feed service, vireo-feedd, run by a test over a demo library in a
-// temporary folder on a free loopback port. Its whole process group is killed when the
-// test is done with it, and should the test program die first. Header-only.
+// temporary folder (or over a library of the test's own) on a free loopback port. Its whole process
+// group is killed when the test is done with it, and should the test program die first. Making the
+// demo's clips takes seconds: a test program starts one service for all its tests. Header-only.
 
 #include <QElapsedTimer>
 #include <QHostAddress>
@@ -15,16 +16,23 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-class FeedService {
+class FeeddProcess {
 public:
-    static constexpr int kStartLimitMS = 10'000;
+    // The demo's clips are made by ffmpeg on first start.
+    static constexpr int kStartLimitMS = 60'000;
 
-    // `program`: the path of vireo-feedd.
-    explicit FeedService(const QString& program)
+    // `program`: the path of vireo-feedd. Without a `library` folder the service makes
+    // its demo library in a temporary folder of its own.
+    explicit FeeddProcess(const QString& program, const QString& library = {})
     {
+        QStringList arguments { QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"),
+            QStringLiteral("--library") };
+        if (library.isEmpty())
+            arguments << m_demoLibrary.path() << QStringLiteral("--demo");
+        else
+            arguments << library;
         m_process.setProgram(program);
-        m_process.setArguments({ QStringLiteral("--demo"), QStringLiteral("--library"),
-            m_library.path(), QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0") });
+        m_process.setArguments(arguments);
         m_process.setProcessChannelMode(QProcess::MergedChannels);
         m_process.setChildProcessModifier([] {
             ::setpgid(0, 0);
@@ -32,14 +40,14 @@ public:
         });
         m_process.start();
     }
-    ~FeedService()
+    ~FeeddProcess()
     {
         if (m_process.state() != QProcess::NotRunning && m_process.processId() > 0)
             ::kill(-pid_t(m_process.processId()), SIGKILL);
         m_process.waitForFinished(5000);
     }
-    FeedService(const FeedService&) = delete;
-    FeedService& operator=(const FeedService&) = delete;
+    FeeddProcess(const FeeddProcess&) = delete;
+    FeeddProcess& operator=(const FeeddProcess&) = delete;
 
     // "http://127.0.0.1:PORT" once the service says where it listens; null when it
     // does not within the limit.
@@ -69,7 +77,7 @@ public:
     }
 
 private:
-    QTemporaryDir m_library;
+    QTemporaryDir m_demoLibrary;
     QProcess m_process;
     QByteArray m_output;
 };
