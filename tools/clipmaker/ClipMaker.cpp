@@ -13,6 +13,20 @@ QStringList commonArguments()
         QStringLiteral("-nostdin"), QStringLiteral("-y") };
 }
 
+// The encoders of every clip.
+QStringList codecArguments()
+{
+    return { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"),
+        QStringLiteral("veryfast"), QStringLiteral("-crf"), QStringLiteral("28"),
+        QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"), QStringLiteral("-c:a"),
+        QStringLiteral("aac"), QStringLiteral("-b:a"), QStringLiteral("96k") };
+}
+
+QString formatName(ClipMaker::Container container)
+{
+    return container == ClipMaker::Container::Flv ? QStringLiteral("flv") : QStringLiteral("mp4");
+}
+
 QStringList containerArguments(ClipMaker::Container container)
 {
     if (container == ClipMaker::Container::Flv)
@@ -36,12 +50,32 @@ QStringList ClipMaker::arguments(
               videoSource, QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
               QStringLiteral("sine=frequency=%1:sample_rate=44100").arg(toneHz),
               QStringLiteral("-map"), QStringLiteral("0:v"), QStringLiteral("-map"),
-              QStringLiteral("1:a"), QStringLiteral("-t"), QString::number(seconds),
-              QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"),
-              QStringLiteral("veryfast"), QStringLiteral("-crf"), QStringLiteral("28"),
-              QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"), QStringLiteral("-c:a"),
-              QStringLiteral("aac"), QStringLiteral("-b:a"), QStringLiteral("96k") }
-    + containerArguments(container) + QStringList { output };
+              QStringLiteral("1:a"), QStringLiteral("-t"), QString::number(seconds) }
+    + codecArguments() + containerArguments(container) + QStringList { output };
+}
+
+QStringList ClipMaker::seriesArguments(const QString& videoSource, const QString& audioSource,
+    int count, int seconds, const QString& outputPattern, Container container)
+{
+    // A key frame at every cut, so that each clip plays from its first frame.
+    return commonArguments()
+        + QStringList { QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+              videoSource, QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+              audioSource, QStringLiteral("-map"), QStringLiteral("0:v"), QStringLiteral("-map"),
+              QStringLiteral("1:a"), QStringLiteral("-t"), QString::number(count * seconds) }
+    + codecArguments()
+        + QStringList { QStringLiteral("-force_key_frames"),
+              QStringLiteral("expr:gte(t,n_forced*%1)").arg(seconds), QStringLiteral("-f"),
+              QStringLiteral("segment"), QStringLiteral("-segment_time"), QString::number(seconds),
+              QStringLiteral("-segment_format"), formatName(container),
+              QStringLiteral("-reset_timestamps"), QStringLiteral("1"), outputPattern };
+}
+
+bool ClipMaker::makeSeries(const QString& videoSource, const QString& audioSource, int count,
+    int seconds, const QString& outputPattern, QString& error, Container container)
+{
+    return run(seriesArguments(videoSource, audioSource, count, seconds, outputPattern, container),
+        outputPattern, error);
 }
 
 QStringList ClipMaker::stillsArguments(

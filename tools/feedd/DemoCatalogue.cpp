@@ -5,12 +5,10 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QMutex>
 #include <QSaveFile>
 #include <QTemporaryDir>
 
 #include <array>
-#include <atomic>
 #include <thread>
 
 namespace {
@@ -18,38 +16,24 @@ namespace {
 struct DemoTrailer {
     const char* title;
     const char* description;
-    const char* video; // lavfi video graph
-    int toneHz;
 };
 
 constexpr int kSeconds = 3;
 
 // The titles carry the characters that need escaping, twice over in a reply.
 const std::array<DemoTrailer, DemoCatalogue::kTrailers> kDemo = { {
-    { "Harbour Lights", "**Staff pick** A lighthouse keeper's daughter charts one long winter.",
-        "testsrc2=size=320x180:rate=15", 440 },
-    { "Salt & Pepper", "Two rival cooks share one kitchen for a summer.",
-        "smptebars=size=320x180:rate=15", 494 },
-    { "The <Unseen> Room", "A locked door, a key that fits no lock.",
-        "mandelbrot=size=320x180:rate=15", 523 },
-    { "\"Paper\" Moons", "A printer's apprentice forges tickets to the moon.",
-        "rgbtestsrc=size=320x180:rate=15", 587 },
-    { "Winter Orchard", "An orchard keeper waits out the frost.",
-        "gradients=size=320x180:rate=15:speed=0.05", 659 },
-    { "Signal and Noise", "A radio operator hears a voice from a closed station.",
-        "cellauto=size=320x180:rate=15:rule=110", 698 },
-    { "Café Nocturne", "Night shifts at the last café open in the old town.",
-        "pal75bars=size=320x180:rate=15", 784 },
-    { "Glass Valley", "Glassblowers compete for a cathedral window.",
-        "testsrc=size=320x180:rate=15", 880 },
-    { "Night Ferry", "The last ferry of the season carries one passenger too many.",
-        "smptehdbars=size=320x180:rate=15,hue=H=2*PI*t/3", 330 },
-    { "Far & Away <Again>", "**Box office** The sequel nobody asked for, and everybody saw.",
-        "sierpinski=size=320x180:rate=15", 392 },
-    { "Tide Tables", "A harbour master's ledger holds one tide too many.",
-        "yuvtestsrc=size=320x180:rate=15", 262 },
-    { "Ψ-Files", "Strange signals over the northern sea.",
-        "life=size=320x180:rate=15:mold=10:ratio=0.1", 294 },
+    { "Harbour Lights", "**Staff pick** A lighthouse keeper's daughter charts one long winter." },
+    { "Salt & Pepper", "Two rival cooks share one kitchen for a summer." },
+    { "The <Unseen> Room", "A locked door, a key that fits no lock." },
+    { "\"Paper\" Moons", "A printer's apprentice forges tickets to the moon." },
+    { "Winter Orchard", "An orchard keeper waits out the frost." },
+    { "Signal and Noise", "A radio operator hears a voice from a closed station." },
+    { "Café Nocturne", "Night shifts at the last café open in the old town." },
+    { "Glass Valley", "Glassblowers compete for a cathedral window." },
+    { "Night Ferry", "The last ferry of the season carries one passenger too many." },
+    { "Far & Away <Again>", "**Box office** The sequel nobody asked for, and everybody saw." },
+    { "Tide Tables", "A harbour master's ledger holds one tide too many." },
+    { "Ψ-Files", "Strange signals over the northern sea." },
 } };
 
 // One order per list: strides prime to twelve give different permutations of all the
@@ -57,8 +41,13 @@ const std::array<DemoTrailer, DemoCatalogue::kTrailers> kDemo = { {
 constexpr std::array<int, 4> kStrides = { 1, 5, 7, 11 };
 constexpr std::array<int, 4> kStarts = { 0, 3, 6, 9 };
 
-// Stills of a changing picture: the first frames of a hue sweep over a test pattern.
-const char* const kStillsSource = "testsrc2=size=320x180:rate=12,hue=H=PI*n/6:s=1.5";
+// Starting ffmpeg costs more than encoding a few seconds of small video, so all the
+// clips come from one run, cut every kSeconds: a test pattern turned to another hue and
+// a tone a step higher for each clip. The thumbnails come from a second run: the first
+// frames of the same pattern in the same hues.
+const char* const kClipsVideo = "testsrc2=size=320x180:rate=15,hue=H=PI*floor(t/3)/6";
+const char* const kClipsAudio = "aevalsrc=0.2*sin(2*PI*(262+40*floor(t/3))*t):s=44100";
+const char* const kStillsVideo = "testsrc2=size=320x180:rate=15,hue=H=PI*n/6";
 
 QString idOf(int index)
 {
@@ -76,44 +65,40 @@ bool isMissingOrEmpty(const QString& folder)
                .isEmpty();
 }
 
-// The clips are the slow part: two ffmpeg runs at a time.
-bool makeClips(const QString& folder, QString& error)
+// ffmpeg numbers its outputs from 0 (clips) or 1 (stills); the catalogue names them by id.
+bool renumber(const QString& folder, const QString& prefix, int firstNumber, const QString& suffix,
+    QString& error)
 {
-    std::atomic<int> next { 0 };
-    QMutex mutex;
-    const auto work = [&] {
-        for (int i = next++; i < DemoCatalogue::kTrailers; i = next++) {
-            QString failure;
-            const QString output = folder + QLatin1Char('/') + idOf(i) + QStringLiteral(".flv");
-            if (!ClipMaker::make(QString::fromUtf8(kDemo[std::size_t(i)].video),
-                    kDemo[std::size_t(i)].toneHz, kSeconds, output, failure,
-                    ClipMaker::Container::Flv)) {
-                const QMutexLocker lock(&mutex);
-                error = failure;
-                next = DemoCatalogue::kTrailers;
-            }
-        }
-    };
-    std::thread helper(work);
-    work();
-    helper.join();
-    return error.isEmpty();
-}
-
-bool makeThumbnails(const QString& folder, QString& error)
-{
-    if (!ClipMaker::makeStills(QString::fromLatin1(kStillsSource), DemoCatalogue::kTrailers,
-            folder + QStringLiteral("/still-%02d.jpg"), error))
-        return false;
     for (int i = 0; i < DemoCatalogue::kTrailers; ++i) {
-        const QString still
-            = folder + QStringLiteral("/still-%1.jpg").arg(i + 1, 2, 10, QLatin1Char('0'));
-        if (!QFile::rename(still, folder + QLatin1Char('/') + idOf(i) + QStringLiteral(".jpg"))) {
-            error = QStringLiteral("ffmpeg wrote no still ") + still;
+        const QString made = folder + QLatin1Char('/') + prefix
+            + QStringLiteral("%1").arg(i + firstNumber, 2, 10, QLatin1Char('0')) + suffix;
+        if (!QFile::rename(made, folder + QLatin1Char('/') + idOf(i) + suffix)) {
+            error = QStringLiteral("ffmpeg did not write ") + made;
             return false;
         }
     }
     return true;
+}
+
+bool makeFiles(const QString& folder, QString& error)
+{
+    QString stillsError;
+    std::thread stills([&] {
+        ClipMaker::makeStills(QString::fromLatin1(kStillsVideo), DemoCatalogue::kTrailers,
+            folder + QStringLiteral("/still-%02d.jpg"), stillsError);
+    });
+    const bool clips = ClipMaker::makeSeries(QString::fromLatin1(kClipsVideo),
+        QString::fromLatin1(kClipsAudio), DemoCatalogue::kTrailers, kSeconds,
+        folder + QStringLiteral("/clip-%02d.flv"), error, ClipMaker::Container::Flv);
+    stills.join();
+    if (!clips)
+        return false;
+    if (!stillsError.isEmpty()) {
+        error = stillsError;
+        return false;
+    }
+    return renumber(folder, QStringLiteral("clip-"), 0, QStringLiteral(".flv"), error)
+        && renumber(folder, QStringLiteral("still-"), 1, QStringLiteral(".jpg"), error);
 }
 
 } // namespace
@@ -137,7 +122,7 @@ Catalogue DemoCatalogue::catalogue()
 
 bool DemoCatalogue::writeInto(const QString& staging, QString& error)
 {
-    if (!makeClips(staging, error) || !makeThumbnails(staging, error))
+    if (!makeFiles(staging, error))
         return false;
     // The catalogue states the real sizes of the clips.
     const Catalogue demo = catalogue();

@@ -1,0 +1,207 @@
+#pragma once
+
+// What the vireo-feedd tests share: the application object, a service running in
+// process on its own thread (so a test may use blocking sockets), a raw HTTP client,
+// and a library folder of made-up trailers. Header-only.
+
+#include "Catalogue.h"
+#include "FeedHttpServer.h"
+#include "FeedLimits.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QHash>
+#include <QLoggingCategory>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <memory>
+
+namespace feeddtest {
+
+inline QLoggingCategory::CategoryFilter& previousLogFilter()
+{
+    static QLoggingCategory::CategoryFilter filter = nullptr;
+    return filter;
+}
+
+// Qt's own HTTP debug log would drown the test output when the tests turn debug on.
+inline void quietQtHttpLog(QLoggingCategory* category)
+{
+    if (previousLogFilter())
+        previousLogFilter()(category);
+    if (qstrncmp(category->categoryName(), "qt.httpserver", 13) == 0)
+        category->setEnabled(QtDebugMsg, false);
+}
+
+inline QCoreApplication& application()
+{
+    static int argc = 1;
+    static char name[] = "tst_feedd";
+    static char* argv[] = { name, nullptr };
+    static QCoreApplication app(argc, argv);
+    static const bool quiet = [] {
+        previousLogFilter() = QLoggingCategory::installFilter(quietQtHttpLog);
+        return true;
+    }();
+    Q_UNUSED(quiet);
+    return app;
+}
+
+// A made-up trailer's media: distinct bytes at every offset, so a range can be checked.
+inline QByteArray mediaBytes(int index, qint64 size)
+{
+    QByteArray bytes(qsizetype(size), Qt::Uninitialized);
+    for (qsizetype i = 0; i < bytes.size(); ++i)
+        bytes[i] = char((i * 7 + index * 13 + i / 251) & 0xFF);
+    return bytes;
+}
+
+inline void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    file.write(bytes);
+}
+
+// `count` trailers "t00" ... with titles that need escaping, 40 KB of media each and a
+// thumbnail; list type T holds them rotated by T.
+inline void writeLibrary(const QString& folder, int count = 30)
+{
+    QList<FeedTrailer> trailers;
+    Catalogue::Lists lists;
+    for (int i = 0; i < count; ++i) {
+        const QString id = QStringLiteral("t%1").arg(i, 2, 10, QLatin1Char('0'));
+        trailers.append({ id, QStringLiteral("Title %1 & <%1> \"é\"").arg(i),
+            QStringLiteral("Line one of %1\nline two & more").arg(i), 60 + i, 40000 + i,
+            id + QStringLiteral(".flv"), id + QStringLiteral(".jpg") });
+        writeFile(
+            folder + QLatin1Char('/') + id + QStringLiteral(".flv"), mediaBytes(i, 40000 + i));
+        writeFile(folder + QLatin1Char('/') + id + QStringLiteral(".jpg"),
+            QByteArray("\xFF\xD8\xFF\xE0 thumbnail ") + id.toLatin1());
+    }
+    for (int type = 0; type < 4; ++type) {
+        for (int i = 0; i < count; ++i)
+            lists[std::size_t(type)].append((i + type) % count);
+    }
+    writeFile(
+        folder + QLatin1Char('/') + Catalogue::fileName(), Catalogue(trailers, lists).toJson());
+}
+
+// The service over a library folder, on 127.0.0.1 and a free port, in a thread of its
+// own.
+class ServerThread {
+public:
+    explicit ServerThread(const QString& library, const FeedLimits& limits = {})
+    {
+        application();
+        m_context->moveToThread(&m_thread);
+        m_thread.start();
+        QMetaObject::invokeMethod(
+            m_context.get(),
+            [&] {
+                QString error;
+                auto catalogue = Catalogue::load(library, error);
+                if (!catalogue)
+                    return;
+                m_server = std::make_unique<FeedHttpServer>(
+                    std::make_shared<const Catalogue>(std::move(*catalogue)),
+                    FileHandle::openFolder(library), limits);
+                if (!m_server->start(QHostAddress::LocalHost, 0, error))
+                    m_server.reset();
+            },
+            Qt::BlockingQueuedConnection);
+    }
+    ~ServerThread()
+    {
+        QMetaObject::invokeMethod(
+            m_context.get(), [&] { m_server.reset(); }, Qt::BlockingQueuedConnection);
+        m_thread.quit();
+        m_thread.wait();
+    }
+    ServerThread(const ServerThread&) = delete;
+    ServerThread& operator=(const ServerThread&) = delete;
+
+    bool isRunning() const { return m_server != nullptr; }
+    quint16 port() const { return m_server ? m_server->port() : 0; }
+    QString base() const { return QStringLiteral("http://127.0.0.1:%1").arg(port()); }
+    int openConnections()
+    {
+        int open = -1;
+        QMetaObject::invokeMethod(
+            m_context.get(), [&] { open = m_server->openConnections(); },
+            Qt::BlockingQueuedConnection);
+        return open;
+    }
+
+private:
+    QThread m_thread;
+    std::unique_ptr<QObject> m_context = std::make_unique<QObject>();
+    std::unique_ptr<FeedHttpServer> m_server;
+};
+
+struct HttpReply {
+    int status = 0; // 0: the connection closed without a complete reply
+    QHash<QByteArray, QByteArray> headers; // names in lower case
+    QByteArray body;
+};
+
+// One exchange over an open socket: `request` out, one reply (read to its
+// Content-Length) back, within `timeoutMs`.
+inline HttpReply exchange(QTcpSocket& socket, const QByteArray& request, int timeoutMs = 5000)
+{
+    HttpReply reply;
+    socket.write(request);
+    QElapsedTimer clock;
+    clock.start();
+    QByteArray data;
+    qsizetype headEnd = -1;
+    qint64 length = -1;
+    while (clock.elapsed() < timeoutMs) {
+        if (headEnd < 0 && (headEnd = data.indexOf("\r\n\r\n")) >= 0) {
+            const QList<QByteArray> lines = data.left(headEnd).split('\n');
+            reply.status = lines.first().split(' ').value(1).toInt();
+            for (qsizetype i = 1; i < lines.size(); ++i) {
+                const qsizetype colon = lines[i].indexOf(':');
+                reply.headers.insert(
+                    lines[i].left(colon).trimmed().toLower(), lines[i].mid(colon + 1).trimmed());
+            }
+            length = reply.headers.value("content-length", "0").toLongLong();
+        }
+        if (headEnd >= 0 && data.size() - headEnd - 4 >= length) {
+            reply.body = data.mid(headEnd + 4, qsizetype(length));
+            return reply;
+        }
+        if (!socket.waitForReadyRead(50) && socket.state() != QAbstractSocket::ConnectedState
+            && socket.bytesAvailable() == 0)
+            break;
+        data += socket.readAll();
+    }
+    return HttpReply {};
+}
+
+inline HttpReply exchange(quint16 port, const QByteArray& request, int timeoutMs = 5000)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    if (!socket.waitForConnected(timeoutMs))
+        return {};
+    return exchange(socket, request, timeoutMs);
+}
+
+inline QByteArray post(const QByteArray& body, const QByteArray& extraHeaders = {})
+{
+    return QByteArrayLiteral("POST /xmlrpc/ HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: ")
+        + QByteArray::number(body.size()) + "\r\n" + extraHeaders + "\r\n" + body;
+}
+
+inline QByteArray get(const QByteArray& path, const QByteArray& extraHeaders = {})
+{
+    return "GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" + extraHeaders + "\r\n";
+}
+
+} // namespace feeddtest

@@ -1,0 +1,406 @@
+// vireo-feedd in process on a free loopback port, driven over real sockets: the signed
+// list calls, faults, ranges, what is and is not served, and the limits on clients.
+
+#include "FeeddTestSupport.h"
+
+#include "reposit/svcxmlrpc/RXMLRPCObject.h"
+#include "vtvplugin/trailers/TrailerCredentials.h"
+#include "vtvplugin/trailers/TrailerRequest.h"
+#include "vtvplugin/trailers/TrailerTypes.h"
+
+#include <QFile>
+#include <QThread>
+
+#include <sys/stat.h>
+
+using namespace feeddtest;
+
+namespace {
+
+// The loader's body for `type`, with other limit and offset values (signed as sent)
+// or another key and secret.
+QByteArray call(int type, int limit = TrailerRequest::kLimit, int offset = TrailerRequest::kOffset,
+    const QString& key = TrailerCredentials::apiKey(),
+    const QString& secret = TrailerCredentials::signingSecret())
+{
+    const QString method = TrailerTypes::methodName(type);
+    TrailerRequest::Parameters signedValues = TrailerRequest::loaderParameters(key);
+    signedValues[1].second = QString::number(limit);
+    signedValues[2].second = QString::number(offset);
+    QByteArray body = TrailerRequest::body(
+        method, key, TrailerRequest::signature(method, signedValues, secret));
+    body.replace("<name>limit</name><value><int>25</int>",
+        "<name>limit</name><value><int>" + QByteArray::number(limit) + "</int>");
+    body.replace("<name>offset</name><value><int>0</int>",
+        "<name>offset</name><value><int>" + QByteArray::number(offset) + "</int>");
+    return body;
+}
+
+struct Video {
+    QString id, title, description, trailerURL, thumbnailURL;
+    int duration = -1;
+    int size = -1;
+};
+
+// The videos of a list reply as the codec's own reply parser reads them; `faultCode`
+// is set for a fault.
+QList<Video> videosOf(const QByteArray& reply, int& faultCode)
+{
+    RXMLRPCObject object;
+    QString error;
+    EXPECT_TRUE(object.parseReply(reply, error)) << error.toStdString() << reply.toStdString();
+    faultCode = object.isFault() ? object.faultCode() : 0;
+    QList<Video> videos;
+    const QVariant list = object.result().value(QStringLiteral("videos"));
+    if (!isXMLRPCStruct(list))
+        return videos;
+    for (const QVariant& entry : asXMLRPCStruct(list).values(QStringLiteral("video"))) {
+        const RXMLRPCStruct& v = asXMLRPCStruct(entry);
+        videos.append({ v.value(QStringLiteral("videoID")).toString(),
+            v.value(QStringLiteral("title")).toString(),
+            v.value(QStringLiteral("description")).toString(),
+            v.value(QStringLiteral("trailerURL")).toString(),
+            v.value(QStringLiteral("lrgThumbnailURL")).toString(),
+            v.value(QStringLiteral("trailerDuration")).toInt(),
+            v.value(QStringLiteral("trailerSize")).toInt() });
+    }
+    return videos;
+}
+
+QByteArray pathOf(const QString& url)
+{
+    return QUrl(url).path(QUrl::FullyEncoded).toLatin1();
+}
+
+} // namespace
+
+class FeeddService : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        writeLibrary(library());
+        m_server = std::make_unique<ServerThread>(library(), limits());
+        ASSERT_TRUE(m_server->isRunning());
+    }
+    virtual FeedLimits limits() const { return {}; }
+    QString library() const { return m_dir.path(); }
+    quint16 port() const { return m_server->port(); }
+
+    QList<Video> list(const QByteArray& body, int& faultCode, const QByteArray& headers = {})
+    {
+        const HttpReply reply = exchange(port(), post(body, headers));
+        EXPECT_EQ(reply.status, 200);
+        EXPECT_EQ(reply.headers.value("content-type"), "text/xml");
+        return videosOf(reply.body, faultCode);
+    }
+    void expectServing()
+    {
+        int fault = -1;
+        EXPECT_EQ(list(call(0), fault).size(), 25) << "the service must go on serving";
+        EXPECT_EQ(fault, 0);
+    }
+
+    QTemporaryDir m_dir;
+    std::unique_ptr<ServerThread> m_server;
+};
+
+TEST_F(FeeddService, SignedCallsReturnTheAskedSliceOfTheListWithEveryField)
+{
+    const struct {
+        int type, limit, offset, count, first;
+    } cases[] = {
+        { 0, 25, 0, 25, 0 },
+        { 1, 5, 3, 5, 4 }, // list 1 is rotated by one
+        { 2, 25, 20, 10, 22 },
+        { 3, 0, 0, 0, -1 },
+        { 0, -5, -7, 0, -1 }, // hostile values are clamped
+        { 1, 1000000, 0, 30, 1 },
+        { 2, 25, 2000000000, 0, -1 },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message()
+            << "type " << c.type << " limit " << c.limit << " offset " << c.offset);
+        int fault = -1;
+        const QList<Video> videos = list(call(c.type, c.limit, c.offset), fault);
+        EXPECT_EQ(fault, 0);
+        ASSERT_EQ(videos.size(), c.count);
+        for (qsizetype i = 0; i < videos.size(); ++i) {
+            const int n = (c.first + int(i)) % 30;
+            const Video& v = videos[i];
+            EXPECT_EQ(v.id, QStringLiteral("t%1").arg(n, 2, 10, QLatin1Char('0')));
+            EXPECT_EQ(v.title, QStringLiteral("Title %1 & <%1> \"é\"").arg(n));
+            EXPECT_EQ(v.description, QStringLiteral("Line one of %1\nline two & more").arg(n));
+            // post() names the host without a port.
+            EXPECT_EQ(v.trailerURL, QStringLiteral("http://127.0.0.1/media/") + v.id);
+            EXPECT_EQ(v.thumbnailURL, QStringLiteral("http://127.0.0.1/thumbnails/"));
+            EXPECT_EQ(v.duration, 60 + n);
+            EXPECT_EQ(v.size, 40000 + n);
+        }
+    }
+}
+
+TEST_F(FeeddService, ListUrlsWithTheLoadersSuffixAndTheThumbnailRuleNameServedFiles)
+{
+    int fault = -1;
+    const QList<Video> videos = list(call(2, 4), fault);
+    ASSERT_EQ(videos.size(), 4);
+    for (const Video& v : videos) {
+        const HttpReply media
+            = exchange(port(), get(pathOf(v.trailerURL + QStringLiteral("x.flv"))));
+        EXPECT_EQ(media.status, 200) << v.trailerURL.toStdString();
+        QFile file(library() + QLatin1Char('/') + v.id + QStringLiteral(".flv"));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(media.body, file.readAll());
+        EXPECT_EQ(media.headers.value("content-type"), "video/x-flv");
+        const HttpReply thumbnail = exchange(port(),
+            get(pathOf(
+                v.thumbnailURL + QStringLiteral("vtv_ca_") + v.id + QStringLiteral(".jpg"))));
+        EXPECT_EQ(thumbnail.status, 200);
+        EXPECT_TRUE(thumbnail.body.startsWith("\xFF\xD8\xFF"));
+        EXPECT_EQ(thumbnail.headers.value("content-type"), "image/jpeg");
+    }
+}
+
+TEST_F(FeeddService, HostHeaderNamesTheUrlsOnlyWhenItIsAPlainHost)
+{
+    const QString fallback = m_server->base();
+    const struct {
+        const char* host;
+        QString base;
+    } cases[] = {
+        { "feeds.example:9000", QStringLiteral("http://feeds.example:9000") },
+        { "[::1]:8642", QStringLiteral("http://[::1]:8642") },
+        { "10.0.0.7", QStringLiteral("http://10.0.0.7") },
+        { "evil.example/x?y", fallback },
+        { "a b", fallback },
+        { "x.example:99999", fallback },
+        { "<tag>", fallback },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.host);
+        const QByteArray body = call(0, 1);
+        const HttpReply reply = exchange(port(),
+            "POST /xmlrpc/ HTTP/1.1\r\nHost: " + QByteArray(c.host)
+                + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body);
+        int fault = -1;
+        const QList<Video> videos = videosOf(reply.body, fault);
+        ASSERT_EQ(videos.size(), 1);
+        EXPECT_EQ(videos[0].trailerURL, c.base + QStringLiteral("/media/t00"));
+        EXPECT_EQ(videos[0].thumbnailURL, c.base + QStringLiteral("/thumbnails/"));
+    }
+}
+
+TEST_F(FeeddService, BadCallsGetFaultsAndTheServiceGoesOn)
+{
+    const QByteArray good = call(1);
+    QByteArray unsignedMember = good;
+    unsignedMember.replace("<name>signature</name>", "<name>signatur</name>");
+    QByteArray stringLimit = good;
+    stringLimit.replace("<int>25</int>", "<string>25</string>");
+    QByteArray unknown = good;
+    unknown.replace("getMostDownloaded", "getLeastWatched");
+    const struct {
+        const char* name;
+        QByteArray body;
+        int code;
+    } cases[] = {
+        { "another key",
+            call(1, 25, 0, QStringLiteral("0000"), TrailerCredentials::signingSecret()), -32001 },
+        { "another secret", call(1, 25, 0, TrailerCredentials::apiKey(), QStringLiteral("guess")),
+            -32002 },
+        { "values changed after signing",
+            QByteArray(good).replace("<int>25</int>", "<int>24</int>"), -32002 },
+        { "unknown method", unknown, -32601 },
+        { "truncated XML", good.left(good.size() / 2), -32700 },
+        { "not XML", "\x01\x02 not xml", -32700 },
+        { "empty body", QByteArray(), -32700 },
+        { "signature missing", unsignedMember, -32602 },
+        { "limit as a string", stringLimit, -32602 },
+        { "no parameters",
+            "<methodCall><methodName>vireo.stats.videos.getTopRated</methodName></methodCall>",
+            -32602 },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        int fault = 0;
+        EXPECT_TRUE(list(c.body, fault).isEmpty());
+        EXPECT_EQ(fault, c.code);
+        expectServing();
+    }
+}
+
+TEST_F(FeeddService, RangesAreReadFromTheFile)
+{
+    const qint64 size = 40003;
+    const QByteArray file = mediaBytes(3, size);
+    const struct {
+        const char* range;
+        int status;
+        qint64 first, last;
+    } cases[] = {
+        { nullptr, 200, 0, size - 1 },
+        { "bytes=0-99", 206, 0, 99 },
+        { "bytes=-100", 206, size - 100, size - 1 },
+        { "bytes=40000-", 206, 40000, size - 1 },
+        { "bytes=10-999999", 206, 10, size - 1 },
+        { "bytes=-999999", 206, 0, size - 1 },
+        { "bytes=40003-", 416, 0, -1 },
+        { "bytes=5-2", 416, 0, -1 },
+        { "bytes=-0", 416, 0, -1 },
+        { "bytes=abc", 416, 0, -1 },
+        { "bytes=0-1,4-5", 416, 0, -1 },
+        { "items=0-1", 416, 0, -1 },
+        { "bytes=99999999999999999999-", 416, 0, -1 },
+    };
+    QTcpSocket keepAlive; // every case on one connection, as a player does
+    keepAlive.connectToHost(QHostAddress::LocalHost, port());
+    ASSERT_TRUE(keepAlive.waitForConnected(5000));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.range ? c.range : "no range");
+        const HttpReply reply = exchange(keepAlive,
+            get("/media/t03x.flv",
+                c.range ? "Range: " + QByteArray(c.range) + "\r\n" : QByteArray()));
+        ASSERT_EQ(reply.status, c.status);
+        EXPECT_EQ(reply.body, file.mid(c.first, c.last - c.first + 1));
+        if (c.status == 206) {
+            EXPECT_EQ(reply.headers.value("content-range"),
+                QStringLiteral("bytes %1-%2/%3").arg(c.first).arg(c.last).arg(size).toLatin1());
+        }
+        if (c.status == 416) {
+            EXPECT_EQ(reply.headers.value("content-range"), "bytes */40003");
+        } else {
+            EXPECT_EQ(reply.headers.value("accept-ranges"), "bytes");
+        }
+    }
+}
+
+TEST_F(FeeddService, OnlyFilesTheCatalogueNamesAreServed)
+{
+    // After the start: one listed file turned into a link out of the folder, one into
+    // a FIFO (which must not block the service).
+    QTemporaryDir outside;
+    QFile::remove(library() + QStringLiteral("/t05.flv"));
+    ASSERT_TRUE(
+        QFile::link(outside.path() + QStringLiteral("/x"), library() + QStringLiteral("/t05.flv")));
+    writeFile(outside.path() + QStringLiteral("/x"), "outside the library");
+    QFile::remove(library() + QStringLiteral("/t06.flv"));
+    ASSERT_EQ(
+        ::mkfifo(QFile::encodeName(library() + QStringLiteral("/t06.flv")).constData(), 0600), 0);
+
+    for (const char* path : { "/catalogue.json", "/media/../catalogue.json",
+             "/media/%2e%2e/catalogue.json", "/media/..%2Fcatalogue.json",
+             "/%2e%2e/%2e%2e/etc/passwd", "/media/t01.flv", "/media/t01x.flv/", "/media//t01x.flv",
+             "/thumbnails/t01.jpg", "/thumbnails/vtv_ca_t99.jpg", "/media/t99x.flv",
+             "/media/t01x.flv%00", "/media/t05x.flv", "/media/t06x.flv", "/xmlrpc", "/" }) {
+        SCOPED_TRACE(path);
+        EXPECT_EQ(exchange(port(), get(path)).status, 404);
+    }
+    EXPECT_EQ(exchange(port(), get("/xmlrpc/")).status, 405);
+    EXPECT_EQ(exchange(port(), get("/media/t01x.flv?start=10")).status, 200);
+    expectServing();
+}
+
+TEST_F(FeeddService, RequestsTooLargeOrUnreadableAreRefusedBeforeTheirBody)
+{
+    const QByteArray postHead = "POST /xmlrpc/ HTTP/1.1\r\nHost: 127.0.0.1\r\n";
+    const struct {
+        const char* name;
+        QByteArray request;
+        int status;
+    } cases[] = {
+        { "a body over 1 MB, announced", postHead + "Content-Length: 1048577\r\n\r\n", 413 },
+        { "a body over 1 MB, sent",
+            postHead + "Content-Length: 3000000\r\n\r\n" + QByteArray(3000000, 'x'), 413 },
+        { "a chunked body", postHead + "Transfer-Encoding: chunked\r\n\r\n5\r\nhello\r\n0\r\n\r\n",
+            411 },
+        { "two lengths", postHead + "Content-Length: 3\r\nContent-Length: 3\r\n\r\nabc", 400 },
+        { "a signed length", postHead + "Content-Length: +3\r\n\r\nabc", 400 },
+        { "a head over 16 KB", "GET / HTTP/1.1\r\nX-Pad: " + QByteArray(17000, 'a') + "\r\n\r\n",
+            431 },
+        { "no request line", "hello there\r\n\r\n", 400 },
+        { "a tunnel", "CONNECT 127.0.0.1:22 HTTP/1.1\r\n\r\n", 400 },
+        { "a body of exactly 1 MB is read",
+            postHead + "Content-Length: 1048576\r\n\r\n" + QByteArray(1048576, ' '), 200 },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(exchange(port(), c.request, 10000).status, c.status);
+        expectServing();
+    }
+}
+
+class FeeddLimits : public FeeddService {
+protected:
+    FeedLimits limits() const override
+    {
+        FeedLimits limits;
+        limits.requestTimeoutMs = 600;
+        return limits;
+    }
+};
+
+class FeeddConnectionLimit : public FeeddService {
+protected:
+    FeedLimits limits() const override
+    {
+        FeedLimits limits;
+        limits.maxConnections = 3;
+        return limits;
+    }
+};
+
+TEST_F(FeeddLimits, AClientThatDoesNotCompleteItsRequestInTimeIsDropped)
+{
+    for (const QByteArray& partial :
+        { QByteArray(), QByteArray("GET /media/t01x.flv HT"), post(call(0)).chopped(10) }) {
+        QTcpSocket slow;
+        slow.connectToHost(QHostAddress::LocalHost, port());
+        ASSERT_TRUE(slow.waitForConnected(5000));
+        QElapsedTimer clock;
+        clock.start();
+        slow.write(partial);
+        slow.flush();
+        // Meanwhile others are served.
+        int fault = -1;
+        EXPECT_EQ(list(call(3, 2), fault).size(), 2);
+        while (slow.state() == QAbstractSocket::ConnectedState && clock.elapsed() < 5000)
+            slow.waitForReadyRead(50);
+        EXPECT_NE(slow.state(), QAbstractSocket::ConnectedState);
+        EXPECT_GE(clock.elapsed(), 550);
+        EXPECT_TRUE(slow.readAll().isEmpty()) << "dropped without an answer";
+    }
+}
+
+TEST_F(FeeddLimits, AKeepAliveClientHasItsTimeAgainAfterEachAnswer)
+{
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, port());
+    ASSERT_TRUE(client.waitForConnected(5000));
+    for (int i = 0; i < 4; ++i) {
+        QThread::msleep(300); // 4 x 300 ms: twice the limit in all
+        EXPECT_EQ(exchange(client, get("/thumbnails/vtv_ca_t01.jpg")).status, 200) << i;
+    }
+}
+
+TEST_F(FeeddConnectionLimit, ConnectionsBeyondTheLimitAreClosedAtOnce)
+{
+    std::array<QTcpSocket, 3> open;
+    for (QTcpSocket& socket : open) {
+        socket.connectToHost(QHostAddress::LocalHost, port());
+        ASSERT_TRUE(socket.waitForConnected(5000));
+    }
+    QElapsedTimer clock;
+    clock.start();
+    while (m_server->openConnections() < 3 && clock.elapsed() < 5000)
+        QThread::msleep(10);
+    QTcpSocket extra;
+    extra.connectToHost(QHostAddress::LocalHost, port());
+    extra.waitForConnected(5000);
+    clock.restart();
+    while (extra.state() == QAbstractSocket::ConnectedState && clock.elapsed() < 5000)
+        extra.waitForReadyRead(50);
+    EXPECT_NE(extra.state(), QAbstractSocket::ConnectedState);
+    EXPECT_LT(clock.elapsed(), 3000) << "well before the request time limit";
+    EXPECT_EQ(exchange(open[1], get("/media/t02x.flv", "Range: bytes=0-0\r\n")).status, 206);
+}
