@@ -66,6 +66,8 @@ public:
         return {};
     }
     QString output() const { return QString::fromUtf8(m_output); }
+    // The folder the demo library is written to (when no library was given).
+    QString demoLibrary() const { return m_demoLibrary.path(); }
 
     // A loopback base URL that nothing listens on any more: connections are refused.
     static QString closedBase()

@@ -1,9 +1,12 @@
 #include "FeedTestServer.h"
+#include "FeeddProcess.h"
 #include "VireoCtlFixture.h"
 
 #include <QCoreApplication>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QProcess>
 
 namespace {
 
@@ -145,6 +148,57 @@ TEST_F(VireoCtlTrailers, ATypeOutsideTheFourListsIsAUsageError)
         EXPECT_TRUE(o.err.startsWith(QStringLiteral("error: "))) << o.err.toStdString();
     }
     EXPECT_TRUE(server.requests().isEmpty());
+}
+
+// The real program against the real local feed service.
+TEST(VireoCtlTrailersFeed, TopRatedAsJsonFromTheLocalService)
+{
+    FeeddProcess feed(QStringLiteral(VIREO_FEEDD_BIN));
+    const QString base = feed.waitForBase();
+    ASSERT_FALSE(base.isEmpty()) << "vireo-feedd said: " << feed.output().toStdString();
+    QFile catalogueFile(feed.demoLibrary() + QStringLiteral("/catalogue.json"));
+    ASSERT_TRUE(catalogueFile.open(QIODevice::ReadOnly));
+    const QJsonObject catalogue = QJsonDocument::fromJson(catalogueFile.readAll()).object();
+
+    QProcess tool;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("VIREO_TRAILER_ENDPOINT"), base);
+    tool.setProcessEnvironment(environment);
+    tool.start(QStringLiteral(VIREOCTL_BIN),
+        { QStringLiteral("trailers"), QStringLiteral("2"), QStringLiteral("--json") });
+    if (!tool.waitForFinished(20000)) {
+        tool.kill();
+        tool.waitForFinished(5000);
+        FAIL() << "vireoctl did not finish";
+    }
+    EXPECT_EQ(tool.exitCode(), 0);
+    EXPECT_TRUE(tool.readAllStandardError().isEmpty());
+
+    const QJsonArray list = QJsonDocument::fromJson(tool.readAllStandardOutput()).array();
+    const QJsonArray order = catalogue.value(QStringLiteral("lists"))
+                                 .toObject()
+                                 .value(QStringLiteral("vireo.stats.videos.getTopRated"))
+                                 .toArray();
+    ASSERT_FALSE(order.isEmpty());
+    ASSERT_EQ(list.size(), order.size());
+    QHash<QString, QJsonObject> trailers;
+    for (const QJsonValue& trailer : catalogue.value(QStringLiteral("trailers")).toArray())
+        trailers.insert(
+            trailer.toObject().value(QStringLiteral("id")).toString(), trailer.toObject());
+    for (qsizetype i = 0; i < list.size(); ++i) {
+        const QJsonObject printed = list.at(i).toObject();
+        const QString id = order.at(i).toString();
+        EXPECT_EQ(printed.value(QStringLiteral("id")).toString(), id);
+        EXPECT_EQ(
+            printed.value(QStringLiteral("title")), trailers[id].value(QStringLiteral("title")));
+        EXPECT_EQ(
+            printed.value(QStringLiteral("size")), trailers[id].value(QStringLiteral("size")));
+        EXPECT_TRUE(
+            printed.value(QStringLiteral("url")).toString().endsWith(QStringLiteral("x.flv")));
+        EXPECT_TRUE(printed.value(QStringLiteral("thumbnail"))
+                        .toString()
+                        .startsWith(base + QLatin1Char('/')));
+    }
 }
 
 } // namespace
