@@ -107,13 +107,12 @@ void VireoTrailerListsController::_updatePreview()
 
 void VireoTrailerListsController::onLoadFinished(int type, bool ok, const QString& error)
 {
-    TrailerList& trailers = m_lists[size_t(type)];
-    if (ok && trailers.state == ListState::Loading) {
+    const TrailerList& trailers = m_lists[size_t(type)];
+    const bool hasTrailers = trailers.loader->assetListSize() > 0;
+    // Trailers that arrived before the reply went bad still open.
+    if (trailers.state == ListState::Loading && (ok || hasTrailers))
         listArrived(type);
-        return;
-    }
-    // A list that arrived with some trailers before its reply went bad still opens.
-    if (!ok && trailers.loader->assetListSize() == 0)
+    else if (!ok && !hasTrailers)
         markUnavailable(type, error);
 }
 
