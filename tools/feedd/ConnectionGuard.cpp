@@ -13,6 +13,8 @@ ConnectionGuard::ConnectionGuard(QTcpSocket* socket, const FeedLimits& limits)
     , m_framer(limits.maxHeadBytes, limits.maxBodyBytes)
 {
     connect(m_socket, &QTcpSocket::readyRead, this, &ConnectionGuard::onReadyRead);
+    connect(
+        m_socket, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) { m_written += bytes; });
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &ConnectionGuard::onTimeout);
     m_timer.start(m_limits.requestTimeoutMs);
@@ -26,13 +28,15 @@ ConnectionGuard* ConnectionGuard::of(QTcpSocket* socket)
 
 void ConnectionGuard::requestAnswered()
 {
-    if (!m_refused && m_streams == 0)
+    if (!m_closing && m_streams == 0)
         m_timer.start(m_limits.requestTimeoutMs);
 }
 
 void ConnectionGuard::streamStarted()
 {
     ++m_streams;
+    m_writtenAtCheck = m_written;
+    m_timer.start(m_limits.stalledStreamMs);
 }
 
 void ConnectionGuard::streamEnded()
@@ -44,7 +48,7 @@ void ConnectionGuard::streamEnded()
 
 void ConnectionGuard::onReadyRead()
 {
-    if (m_refused) {
+    if (m_closing) {
         drain();
         return;
     }
@@ -57,25 +61,55 @@ void ConnectionGuard::onReadyRead()
 
 void ConnectionGuard::onTimeout()
 {
-    if (m_refused) {
+    if (m_closing) {
         m_socket->abort();
         return;
     }
-    if (m_streams > 0) {
-        m_timer.start(m_limits.requestTimeoutMs);
+    if (m_streams > 0 && m_written != m_writtenAtCheck) {
+        m_writtenAtCheck = m_written;
+        m_timer.start(m_limits.stalledStreamMs);
         return;
     }
-    qCWarning(lcFeedd).noquote() << QStringLiteral(
-        "dropped %1:%2: no complete request within %3 ms")
+    if (m_streams > 0) {
+        // What is queued will never be taken: nothing is lost by a reset.
+        qCWarning(lcFeedd).noquote()
+            << QStringLiteral("dropped %1:%2: took nothing of a response for %3 ms")
+                   .arg(m_socket->peerAddress().toString())
+                   .arg(m_socket->peerPort())
+                   .arg(m_limits.stalledStreamMs);
+        m_socket->abort();
+        return;
+    }
+    close(QStringLiteral("no complete request within %1 ms").arg(m_limits.requestTimeoutMs));
+}
+
+// The end of an earlier response may still be on its way to the client: the
+// connection is closed behind it rather than reset, and reset only if even that does
+// not happen in time.
+void ConnectionGuard::close(const QString& why)
+{
+    qCWarning(lcFeedd).noquote() << QStringLiteral("closed %1:%2: %3")
                                         .arg(m_socket->peerAddress().toString())
                                         .arg(m_socket->peerPort())
-                                        .arg(m_limits.requestTimeoutMs);
-    m_socket->abort();
+                                        .arg(why);
+    stopReading();
+    m_timer.start(m_limits.lingerMs);
+    m_socket->disconnectFromHost();
+}
+
+// From here on no byte reaches Qt's parser: the connection takes no more requests.
+void ConnectionGuard::stopReading()
+{
+    m_closing = true;
+    disconnect(m_socket, &QTcpSocket::readyRead, nullptr, nullptr);
+    connect(m_socket, &QTcpSocket::readyRead, this, &ConnectionGuard::drain);
+    if (m_socket->isTransactionStarted())
+        m_socket->commitTransaction();
+    drain();
 }
 
 void ConnectionGuard::refuse(RequestFramer::Verdict verdict)
 {
-    m_refused = true;
     const int status = RequestFramer::httpStatus(verdict);
     qCWarning(lcFeedd).noquote() << QStringLiteral("refused %1:%2 with %3: %4")
                                         .arg(m_socket->peerAddress().toString())
@@ -83,12 +117,7 @@ void ConnectionGuard::refuse(RequestFramer::Verdict verdict)
                                         .arg(status)
                                         .arg(QString::fromLatin1(
                                             m_framer.requestLine().toPercentEncoding(" /:?=&")));
-    // From here on no byte reaches Qt's parser.
-    disconnect(m_socket, &QTcpSocket::readyRead, nullptr, nullptr);
-    connect(m_socket, &QTcpSocket::readyRead, this, &ConnectionGuard::drain);
-    if (m_socket->isTransactionStarted())
-        m_socket->commitTransaction();
-    drain();
+    stopReading();
     m_socket->write(QByteArrayLiteral("HTTP/1.1 ") + QByteArray::number(status) + ' '
         + RequestFramer::reason(verdict)
         + QByteArrayLiteral("\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"));

@@ -13,6 +13,9 @@ struct FeedLimits {
     // From its opening, or from the end of the previous response, a connection has this
     // long to deliver a complete request; a response being streamed does not count.
     int requestTimeoutMs = 10000;
+    // A response being streamed that the client takes nothing of for this long (its
+    // buffers full) is given up, so clients that never read cannot hold connections.
+    int stalledStreamMs = 60000;
     // Connections open at once; one more is closed as soon as it is accepted.
     int maxConnections = 256;
     // After a refusal the service reads (and throws away) what the client still sends

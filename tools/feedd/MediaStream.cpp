@@ -57,7 +57,9 @@ void MediaStream::pump()
         m_socket->write(chunk.constData(), got);
         m_sent += got;
     }
-    if (m_sent == m_length) {
+    // Done once the socket has handed everything to the system; the connection's time
+    // limits apply again from then on.
+    if (m_sent == m_length && m_socket->bytesToWrite() == 0) {
         finish(true);
         deleteLater();
     }

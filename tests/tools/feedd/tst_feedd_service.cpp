@@ -336,6 +336,7 @@ protected:
     {
         FeedLimits limits;
         limits.requestTimeoutMs = 600;
+        limits.stalledStreamMs = 500;
         return limits;
     }
 };
@@ -381,6 +382,54 @@ TEST_F(FeeddLimits, AKeepAliveClientHasItsTimeAgainAfterEachAnswer)
         QThread::msleep(300); // 4 x 300 ms: twice the limit in all
         EXPECT_EQ(exchange(client, get("/thumbnails/vtv_ca_t01.jpg")).status, 200) << i;
     }
+}
+
+TEST_F(FeeddLimits, AStreamLastsWhileTheClientTakesItAndIsDroppedWhenItStops)
+{
+    // Sparse files, cheap to make, both larger than the loopback socket buffers can
+    // take (up to 32 MB each way here): one to read slowly, one not to read at all.
+    constexpr qint64 kSize = 64 << 20;
+    for (const char* name : { "/t04.flv", "/t05.flv" }) {
+        QFile big(library() + QLatin1String(name));
+        ASSERT_TRUE(big.open(QIODevice::WriteOnly) && big.resize(kSize));
+    }
+
+    QTcpSocket reader; // 1 MB every 50 ms: longer in all than either limit
+    reader.setReadBufferSize(1 << 20);
+    reader.connectToHost(QHostAddress::LocalHost, port());
+    ASSERT_TRUE(reader.waitForConnected(5000));
+    reader.write(get("/media/t04x.flv"));
+    qint64 received = 0;
+    QElapsedTimer clock;
+    clock.start();
+    while (received < kSize && clock.elapsed() < 20000) {
+        if (reader.bytesAvailable() == 0 && !reader.waitForReadyRead(1000))
+            break;
+        received += reader.read(1 << 20).size();
+        QThread::msleep(50);
+    }
+    EXPECT_GT(received, kSize) << "all of it, though the service was done writing early";
+    EXPECT_GT(clock.elapsed(), 1000);
+
+    reader.abort();
+    const auto waitForOpen = [&](int open) {
+        QElapsedTimer waited;
+        waited.start();
+        while (m_server->openConnections() != open && waited.elapsed() < 10000)
+            QThread::msleep(10);
+        return m_server->openConnections() == open;
+    };
+    ASSERT_TRUE(waitForOpen(0));
+
+    QTcpSocket stalled; // never reads: no event loop runs for it in this thread
+    stalled.connectToHost(QHostAddress::LocalHost, port());
+    ASSERT_TRUE(stalled.waitForConnected(5000));
+    stalled.write(get("/media/t05x.flv"));
+    stalled.flush();
+    ASSERT_TRUE(waitForOpen(1));
+    clock.restart();
+    EXPECT_TRUE(waitForOpen(0));
+    EXPECT_GE(clock.elapsed(), 400) << "the stream could never end, only stall";
 }
 
 TEST_F(FeeddConnectionLimit, ConnectionsBeyondTheLimitAreClosedAtOnce)
