@@ -2,6 +2,7 @@
 
 #include "vtvplugin/platform/BoundedFile.h"
 #include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/platform/TextNumber.h"
 #include "vtvplugin/platform/VtvLog.h"
 
 #include <algorithm>
@@ -11,24 +12,6 @@ namespace {
 
 const QString kName = QStringLiteral("name");
 const QString kGenre = QStringLiteral("genre");
-
-// Leading white space, an optional sign, decimal digits; 0 without digits, clamped
-// to the 32-bit range.
-qint32 leadingInt(const QString& text)
-{
-    qsizetype i = 0;
-    while (i < text.size() && text.at(i).isSpace())
-        ++i;
-    bool negative = false;
-    if (i < text.size() && (text.at(i) == QLatin1Char('-') || text.at(i) == QLatin1Char('+')))
-        negative = text.at(i++) == QLatin1Char('-');
-    qint64 value = 0;
-    const qint64 limit = qint64(std::numeric_limits<qint32>::max()) + 1;
-    for (; i < text.size() && text.at(i).isDigit() && text.at(i).unicode() < 128; ++i)
-        value = std::min(limit, value * 10 + (text.at(i).unicode() - '0'));
-    value = negative ? -value : std::min(value, limit - 1);
-    return static_cast<qint32>(value);
-}
 
 } // namespace
 
@@ -93,7 +76,7 @@ void MetadataReader::storeCurrentItem(const QString& trimmed)
 {
     const QString& item = _currentItem;
     MovieMetadata& m = m_metadata;
-    const qint32 number = leadingInt(_currentData);
+    const qint32 number = TextNumber::leadingInt(_currentData);
     if (item == QLatin1String("title"))
         m.title += trimmed;
     else if (item == QLatin1String("description"))

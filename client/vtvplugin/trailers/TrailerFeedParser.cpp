@@ -1,6 +1,7 @@
 #include "vtvplugin/trailers/TrailerFeedParser.h"
 
 #include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/TextNumber.h"
 #include "vtvplugin/platform/VtvLog.h"
 
 #include <QUrl>
@@ -13,24 +14,6 @@ namespace {
 const QString kString = QStringLiteral("string");
 const QString kFault = QStringLiteral("fault");
 const QString kVideo = QStringLiteral("video");
-
-// Leading white space, an optional sign, decimal digits; 0 without digits, clamped to
-// the 32-bit range. How the service's numbers have always been read.
-qint32 leadingInt(const QString& text)
-{
-    qsizetype i = 0;
-    while (i < text.size() && text.at(i).isSpace())
-        ++i;
-    bool negative = false;
-    if (i < text.size() && (text.at(i) == QLatin1Char('-') || text.at(i) == QLatin1Char('+')))
-        negative = text.at(i++) == QLatin1Char('-');
-    const qint64 limit = qint64(std::numeric_limits<qint32>::max()) + 1;
-    qint64 value = 0;
-    for (; i < text.size() && text.at(i).unicode() >= '0' && text.at(i).unicode() <= '9'; ++i)
-        value = std::min(limit, value * 10 + (text.at(i).unicode() - '0'));
-    value = negative ? -value : std::min(value, limit - 1);
-    return static_cast<qint32>(value);
-}
 
 } // namespace
 
@@ -180,9 +163,9 @@ void TrailerFeedParser::storeField(const QString& text)
     else if (element == QLatin1String("lrgThumbnailURL"))
         m_pThumbnailURL = text;
     else if (element == QLatin1String("trailerDuration"))
-        m_nTrailerDuration = leadingInt(text);
+        m_nTrailerDuration = TextNumber::leadingInt(text);
     else if (element == QLatin1String("trailerSize"))
-        m_nTrailerSize = leadingInt(text);
+        m_nTrailerSize = TextNumber::leadingInt(text);
 }
 
 void TrailerFeedParser::finishVideo()
