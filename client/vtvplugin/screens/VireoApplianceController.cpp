@@ -3,7 +3,6 @@
 #include "toolkit/media/PreviewFactory.h"
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/player/VideoPlayerController.h"
-#include "toolkit/player/VideoPlayerFactory.h"
 #include "toolkit/stack/ControllerStack.h"
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
@@ -208,14 +207,7 @@ void VireoApplianceController::playMovie(long index)
     const std::shared_ptr<VTVMediaAsset> asset = assetForFile(index);
     if (!asset || !stack())
         return;
-    std::unique_ptr<shell::VideoPlayer> player = shell::VideoPlayerFactory::create();
-    // The player reports its own errors once it is on screen.
-    QString error;
-    player->setMedia(asset, &error);
-    auto controller = std::make_unique<shell::VideoPlayerController>(scene());
-    controller->setVideoPlayer(std::move(player));
-    controller->setAllowsResume(true);
-    stack()->pushController(std::move(controller));
+    shell::VideoPlayerController::pushPlayerForAsset(*stack(), scene(), asset, true);
 }
 
 void VireoApplianceController::pushSettings()

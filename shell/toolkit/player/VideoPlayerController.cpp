@@ -2,6 +2,7 @@
 
 #include "toolkit/ToolkitLog.h"
 #include "toolkit/appliance/NotificationCenter.h"
+#include "toolkit/player/VideoPlayerFactory.h"
 #include "toolkit/stack/ControllerStack.h"
 
 #include <QJsonArray>
@@ -57,6 +58,18 @@ VideoPlayerController::VideoPlayerController(Scene& scene)
     NotificationCenter::defaultCenter().addObserver(this,
         NotificationCenter::applicationWillTerminate(),
         [this](const QString&, QObject*) { onTerminating(); });
+}
+
+void VideoPlayerController::pushPlayerForAsset(
+    ControllerStack& stack, Scene& scene, std::shared_ptr<MediaAsset> asset, bool allowsResume)
+{
+    std::unique_ptr<VideoPlayer> player = VideoPlayerFactory::create();
+    QString error;
+    player->setMedia(std::move(asset), &error);
+    auto controller = std::make_unique<VideoPlayerController>(scene);
+    controller->setVideoPlayer(std::move(player));
+    controller->setAllowsResume(allowsResume);
+    stack.pushController(std::move(controller));
 }
 
 VideoPlayerController::~VideoPlayerController()

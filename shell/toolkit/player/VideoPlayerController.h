@@ -9,6 +9,8 @@
 
 namespace shell {
 
+class ControllerStack;
+
 // Plays one asset full screen.
 //   - With resume allowed and an asset that has been played and has a resume point,
 //     it first offers "Resume Playing" (focused) and "Start from Beginning"; Menu there
@@ -34,6 +36,12 @@ public:
 
     explicit VideoPlayerController(Scene& scene);
     ~VideoPlayerController() override;
+
+    // How a screen plays an asset: the platform's player (VideoPlayerFactory) is given
+    // the asset, and a controller around it is pushed on `stack`. A media the player
+    // refuses shows its error once the controller is on screen.
+    static void pushPlayerForAsset(
+        ControllerStack& stack, Scene& scene, std::shared_ptr<MediaAsset> asset, bool allowsResume);
 
     // The controller owns its player; the player holds the asset (setMedia).
     void setVideoPlayer(std::unique_ptr<VideoPlayer> player);
