@@ -436,6 +436,15 @@ bool resetPeakMemory()
     return clearRefs.open(QIODevice::WriteOnly) && clearRefs.write("5") == 1;
 }
 
+// AddressSanitizer keeps freed blocks in quarantine and pads every allocation: the same
+// run peaks at some 65 MB there. Both allowances stay below the 100 MB a loader that
+// kept the whole stream would hold.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr qint64 kPeakAllowance = 12;
+#else
+constexpr qint64 kPeakAllowance = 6;
+#endif
+
 TEST_F(TrailerLoaderTest, StopsReadingAStreamAtItsBound)
 {
     ASSERT_TRUE(resetPeakMemory());
@@ -453,7 +462,8 @@ TEST_F(TrailerLoaderTest, StopsReadingAStreamAtItsBound)
     // of megabytes on loopback. The process holds the bound plus Qt's own buffers, some
     // 15 to 30 MB in all, far from the 100 MB of a loader that kept everything.
     EXPECT_LT(server.bodyBytesSent(), 100'000'000);
-    EXPECT_LT(peakGrowth, 6 * VireoTrailerLoader::kMaxReplyBytes / 1024) << peakGrowth << " KiB";
+    EXPECT_LT(peakGrowth, kPeakAllowance * VireoTrailerLoader::kMaxReplyBytes / 1024)
+        << peakGrowth << " KiB";
 }
 
 } // namespace
