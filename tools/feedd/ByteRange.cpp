@@ -30,12 +30,12 @@ ByteRange ByteRange::parse(QByteArrayView header, qint64 size)
         return ByteRange(Kind::Whole, 0, size - 1);
     if (!value.startsWith("bytes=") || value.contains(','))
         return refused;
-    const QByteArrayView spec = value.sliced(6);
-    const qsizetype dash = spec.indexOf('-');
+    const QByteArrayView rangeText = value.sliced(6);
+    const qsizetype dash = rangeText.indexOf('-');
     if (dash < 0)
         return refused;
-    const QByteArrayView firstText = spec.first(dash);
-    const QByteArrayView lastText = spec.sliced(dash + 1);
+    const QByteArrayView firstText = rangeText.first(dash);
+    const QByteArrayView lastText = rangeText.sliced(dash + 1);
     if (firstText.isEmpty()) {
         // "-N": the last N bytes.
         const std::optional<qint64> suffix = number(lastText);

@@ -6,8 +6,8 @@
 
 // A demo library for the service: twelve short clips (FLV, H.264 and AAC, made by
 // ffmpeg from its generated sources), a JPEG thumbnail each, and the four lists in
-// different orders, in a few seconds. It is built in a sibling folder and moved into place, so a folder
-// is never left half-written.
+// different orders, in a few seconds. It is built in a sibling folder and moved into place, so a
+// folder is never left half-written.
 class DemoCatalogue {
 public:
     DemoCatalogue() = delete;
