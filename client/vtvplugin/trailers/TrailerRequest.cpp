@@ -60,21 +60,22 @@ QString TrailerRequest::sha1Hex(const QByteArray& bytes)
 QByteArray TrailerRequest::body(
     const QString& methodName, const QString& apiKey, const QString& signature)
 {
+    const auto member = [](const QString& name, const char* type, const QString& value) {
+        return QStringLiteral("<member><name>%1</name><value><%2>%3</%2></value></member>\n")
+            .arg(name, QLatin1String(type), value);
+    };
     QString text;
     text.reserve(1024);
     text += QLatin1String("<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n");
     text += QLatin1String("<methodCall><methodName>") + methodName
         + QLatin1String("</methodName>\n");
     text += QLatin1String("<params><param><value><struct>\n");
-    text += QLatin1String("<member><name>apiKey</name><value><string>") + apiKey
-        + QLatin1String("</string></value></member>\n");
-    text += QLatin1String("<member><name>limit</name><value><int>25</int></value></member>\n");
-    text += QLatin1String("<member><name>offset</name><value><int>0</int></value></member>\n");
-    text += QLatin1String("<member><name>timePeriod</name><value><int>4</int></value></member>\n");
-    text += QLatin1String(
-        "<member><name>videoLoadBitVector</name><value><int>17</int></value></member>\n");
-    text += QLatin1String("<member><name>signature</name><value><string>") + signature
-        + QLatin1String("</string></value></member>\n");
+    // The key is a string; the parameters signed after it are integers.
+    const Parameters parameters = loaderParameters(apiKey);
+    text += member(parameters.first().first, "string", parameters.first().second);
+    for (qsizetype i = 1; i < parameters.size(); ++i)
+        text += member(parameters.at(i).first, "int", parameters.at(i).second);
+    text += member(QStringLiteral("signature"), "string", signature);
     text += QLatin1String("</struct></value></param></params>\n");
     text += QLatin1String("</methodCall>");
     return text.toUtf8();
