@@ -92,15 +92,25 @@ void Shell::installVideoPlayer()
 {
     if (qEnvironmentVariable("MEDIASHELL_VIDEO") == u"simulated") {
         qCInfo(lcShell) << "MEDIASHELL_VIDEO=simulated: playing with the simulated player";
-    } else if (MpvVideoPlayer::isAvailable()) {
-        qCDebug(lcShell) << "Playing with libmpv";
-        shell::VideoPlayerFactory::setCreator([] { return std::make_unique<MpvVideoPlayer>(); });
+        shell::VideoPlayerFactory::setCreator(
+            [] { return std::make_unique<PacedSimulatedPlayer>(); });
         return;
-    } else {
-        qCWarning(lcShell) << "libmpv cannot be started here: playing with the simulated "
-                              "player (no picture, a clock only)";
     }
-    shell::VideoPlayerFactory::setCreator([] { return std::make_unique<PacedSimulatedPlayer>(); });
+    // libmpv is opened by the first playback, not at start-up (MpvLibrary says why).
+    shell::VideoPlayerFactory::setCreator([]() -> std::unique_ptr<shell::VideoPlayer> {
+        static const bool withMpv = [] {
+            const bool available = MpvVideoPlayer::isAvailable();
+            if (available)
+                qCDebug(lcShell) << "Playing with libmpv";
+            else
+                qCWarning(lcShell) << "libmpv cannot be started here: playing with the "
+                                      "simulated player (no picture, a clock only)";
+            return available;
+        }();
+        if (withMpv)
+            return std::make_unique<MpvVideoPlayer>();
+        return std::make_unique<PacedSimulatedPlayer>();
+    });
 }
 
 void Shell::loadAppliances()

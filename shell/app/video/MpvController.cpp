@@ -71,14 +71,16 @@ namespace {
 
 } // namespace
 
-std::unique_ptr<MpvController> MpvController::create(const MpvOutput& output)
+std::unique_ptr<MpvController> MpvController::create(const MpvOutput& output, QString* error)
 {
-    std::shared_ptr<MpvHandle> handle = MpvHandle::create();
+    std::shared_ptr<MpvHandle> handle = MpvHandle::create(error);
     if (!handle)
         return nullptr;
     std::unique_ptr<MpvController> controller(new MpvController(std::move(handle), output));
-    if (!controller->configure())
+    if (!controller->configure()) {
+        *error = tr("libmpv did not start.");
         return nullptr;
+    }
     controller->m_events.reset(QThread::create([raw = controller.get()] { raw->readEvents(); }));
     controller->m_events->setObjectName(QStringLiteral("mpv events"));
     controller->m_events->start();
@@ -105,7 +107,7 @@ MpvController::~MpvController()
         // playing meanwhile.
         m_handle->commandAsync(kUntracked, { mpv::command::stop });
         m_quitting = true;
-        mpv_wakeup(m_handle->get());
+        m_handle->mpv().wakeup(m_handle->get());
         m_events->wait();
     }
 }
@@ -139,7 +141,7 @@ bool MpvController::configure()
         m_handle->setOption(option.name, option.value);
     if (!m_output.audio)
         m_handle->setOption(ao, null);
-    mpv_request_log_messages(m_handle->get(), mpv::logLevel);
+    m_handle->mpv().request_log_messages(m_handle->get(), mpv::logLevel);
     if (!m_handle->initialize())
         return false;
     return m_handle->observe(mpv::property::timePos, MPV_FORMAT_DOUBLE)
@@ -235,7 +237,7 @@ void MpvController::renderOutputReady()
 void MpvController::readEvents()
 {
     while (!m_quitting) {
-        const mpv_event* const event = mpv_wait_event(m_handle->get(), -1);
+        const mpv_event* const event = m_handle->mpv().wait_event(m_handle->get(), -1);
         if (event->event_id == MPV_EVENT_SHUTDOWN)
             break;
         dispatch(*event);
@@ -293,7 +295,7 @@ void MpvController::onEndFile(const mpv_event& event)
     // The end of one entry of a playlist is no end of playback; the last one is kept
     // open and reported by eof-reached.
     if (end.reason == MPV_END_FILE_REASON_ERROR)
-        emit failed(tr("The video cannot be played: %1.").arg(MpvHandle::errorText(end.error)));
+        emit failed(tr("The video cannot be played: %1.").arg(m_handle->errorText(end.error)));
 }
 
 void MpvController::onCommandReply(const mpv_event& event)
@@ -304,7 +306,7 @@ void MpvController::onCommandReply(const mpv_event& event)
             m_accepted = request;
         return;
     }
-    const QString reason = MpvHandle::errorText(event.error);
+    const QString reason = m_handle->errorText(event.error);
     qCWarning(lcMpv).noquote() << "mpv refused a request:" << reason;
     if (request & 1)
         emit failed(tr("The video cannot be opened: %1.").arg(reason));
@@ -317,8 +319,8 @@ void MpvController::onPlaybackRestart()
     if (m_accepted == kUntracked)
         return;
     double seconds = 0;
-    const bool known
-        = mpv_get_property(m_handle->get(), mpv::property::timePos, MPV_FORMAT_DOUBLE, &seconds)
+    const bool known = m_handle->mpv().get_property(
+                           m_handle->get(), mpv::property::timePos, MPV_FORMAT_DOUBLE, &seconds)
         >= 0;
     emit settled(std::exchange(m_accepted, kUntracked), known ? toMS(seconds) : -1);
 }

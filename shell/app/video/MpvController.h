@@ -26,8 +26,8 @@ class MpvController : public QObject {
 public:
     static constexpr int kRenderWaitMS = 5'000;
 
-    // Null (and a log line) when libmpv cannot start.
-    static std::unique_ptr<MpvController> create(const MpvOutput& output);
+    // Null (a log line, and the reason in `error`) when libmpv cannot start.
+    static std::unique_ptr<MpvController> create(const MpvOutput& output, QString* error);
     // Stops playback, joins the event thread and lets go of the core; a render
     // context still holding the core destroys it once it is freed itself.
     ~MpvController() override;

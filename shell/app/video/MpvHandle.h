@@ -1,6 +1,6 @@
 #pragma once
 
-#include <mpv/client.h>
+#include "video/MpvLibrary.h"
 
 #include <QString>
 
@@ -14,13 +14,15 @@ namespace mediashell {
 // event thread alike.
 class MpvHandle {
 public:
-    // A fresh, uninitialised core; null when libmpv cannot create one.
-    static std::shared_ptr<MpvHandle> create();
+    // A fresh, uninitialised core; null (and the reason in `error`) when libmpv cannot
+    // be opened or cannot create one.
+    static std::shared_ptr<MpvHandle> create(QString* error = nullptr);
     ~MpvHandle();
     MpvHandle(const MpvHandle&) = delete;
     MpvHandle& operator=(const MpvHandle&) = delete;
 
     mpv_handle* get() const { return m_handle; }
+    const MpvLibrary& mpv() const { return m_mpv; }
 
     // Before initialize(); false (and a log line) for an option this mpv rejects.
     bool setOption(const char* name, const char* value);
@@ -33,12 +35,13 @@ public:
     bool setFlagAsync(quint64 id, const char* name, bool on);
     bool observe(const char* name, mpv_format format);
 
-    static QString errorText(int error);
+    QString errorText(int error) const;
 
 private:
-    explicit MpvHandle(mpv_handle* handle);
+    MpvHandle(const MpvLibrary& mpv, mpv_handle* handle);
     bool check(int result, const char* what, const char* name) const;
 
+    const MpvLibrary& m_mpv;
     mpv_handle* const m_handle;
 };
 

@@ -35,14 +35,15 @@ std::unique_ptr<MpvRenderContext> MpvRenderContext::create(
         { MPV_RENDER_PARAM_INVALID, nullptr },
     };
     mpv_render_context* context = nullptr;
-    const int result = mpv_render_context_create(&context, handle->get(), params);
+    const int result = handle->mpv().render_context_create(&context, handle->get(), params);
     if (result < 0) {
         if (error)
-            *error = tr("mpv cannot render video here: %1").arg(MpvHandle::errorText(result));
+            *error = tr("mpv cannot render video here: %1").arg(handle->errorText(result));
         return nullptr;
     }
     std::unique_ptr<MpvRenderContext> made(new MpvRenderContext(std::move(handle), context));
-    mpv_render_context_set_update_callback(context, &MpvRenderContext::onUpdate, made.get());
+    made->m_handle->mpv().render_context_set_update_callback(
+        context, &MpvRenderContext::onUpdate, made.get());
     return made;
 }
 
@@ -55,7 +56,7 @@ MpvRenderContext::MpvRenderContext(std::shared_ptr<MpvHandle> handle, mpv_render
 MpvRenderContext::~MpvRenderContext()
 {
     // No update callback reaches this object after this returns.
-    mpv_render_context_free(m_context);
+    m_handle->mpv().render_context_free(m_context);
     qCDebug(lcMpv) << "Freed a render context";
 }
 
@@ -73,7 +74,7 @@ void MpvRenderContext::render(unsigned int fbo, QSize size)
         { MPV_RENDER_PARAM_FLIP_Y, &flipY },
         { MPV_RENDER_PARAM_INVALID, nullptr },
     };
-    mpv_render_context_render(m_context, params);
+    m_handle->mpv().render_context_render(m_context, params);
 }
 
 } // namespace mediashell

@@ -91,6 +91,8 @@ public:
     qint64 loadStartMS = 0;
     std::optional<qint64> seekOnceLoaded;
     QString error;
+    // Why mpv could not be started, for every setMedia while it cannot.
+    QString startError;
 };
 
 void MpvVideoPlayer::Private::connectController()
@@ -205,7 +207,7 @@ MpvVideoPlayer::MpvVideoPlayer(const MpvOutput& output, QObject* parent)
     : VideoPlayer(parent)
     , d(std::make_unique<Private>(*this))
 {
-    d->mpv = MpvController::create(output);
+    d->mpv = MpvController::create(output, &d->startError);
     if (d->mpv)
         d->connectController();
 }
@@ -221,7 +223,8 @@ bool MpvVideoPlayer::setMedia(std::shared_ptr<shell::MediaAsset> asset, QString*
     d->duration = d->asset ? qint64(d->asset->duration()) * 1000 : 0;
     const Target target = targetOf(d->asset.get());
     d->location = target.location;
-    d->error = d->mpv ? target.error : tr("The video player could not be started.");
+    d->error = d->mpv ? target.error
+                      : tr("The video player could not be started: %1").arg(d->startError);
     if (error)
         *error = d->error;
     if (!d->error.isNull())

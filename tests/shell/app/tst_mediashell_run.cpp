@@ -53,6 +53,13 @@ protected:
             .toInteger(-1);
     }
 
+    // libmpv and its libraries are mapped into the running program.
+    static bool mapsLibmpv(qint64 pid)
+    {
+        QFile maps(QStringLiteral("/proc/%1/maps").arg(pid));
+        return maps.open(QIODevice::ReadOnly) && maps.readAll().contains("/libmpv.so");
+    }
+
     // Steps until the player reports at least `ms`; the last dump line.
     static QJsonObject playUntil(ShellRun& run, qint64 ms, int& number)
     {
@@ -262,10 +269,12 @@ TEST_F(MediashellRun, RealPlaybackKeepsItsResumePointThroughAStopAndAKill)
         ShellRun run(shellArguments({ "--script", "-", "--dump" }), env);
         ASSERT_TRUE(run.started());
         ASSERT_EQ(run.nextLine().value("step").toInt(-1), 0) << qPrintable(run.err());
+        EXPECT_FALSE(mapsLibmpv(run.pid())) << "libmpv waits for the first movie";
         int number = 0;
         step(run, "select", ++number);
         step(run, "select", ++number);
         step(run, "right", ++number);
+        EXPECT_TRUE(mapsLibmpv(run.pid()));
         const QJsonObject at15 = playUntil(run, 15'000, number);
         ASSERT_EQ(player(at15).value("state").toString(), "playing") << qPrintable(run.err());
         const qint64 stoppedAt = player(at15).value("positionMS").toInteger();

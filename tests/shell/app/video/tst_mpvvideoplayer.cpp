@@ -47,6 +47,53 @@ struct Recorder {
     QStringList errors;
 };
 
+bool libmpvMapped()
+{
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    return maps.open(QIODevice::ReadOnly) && maps.readAll().contains("/libmpv.so");
+}
+
+// Each case is a process of its own, so each opens libmpv afresh.
+TEST(MpvLibraryTest, libmpvIsOpenedByTheFirstPlayerAndNotBefore)
+{
+    EXPECT_FALSE(libmpvMapped());
+    MpvVideoPlayer player(MpvOutput::headless());
+    EXPECT_NE(player.controller(), nullptr);
+    EXPECT_TRUE(libmpvMapped());
+}
+
+struct Unusable {
+    const char* file;
+    const char* saying;
+};
+
+void PrintTo(const Unusable& library, std::ostream* out)
+{
+    *out << library.file;
+}
+
+class UnusableLibmpv : public ::testing::TestWithParam<Unusable> { };
+
+TEST_P(UnusableLibmpv, isThePlayersErrorOnEveryMovie)
+{
+    qputenv("MEDIASHELL_LIBMPV", GetParam().file);
+    EXPECT_FALSE(MpvVideoPlayer::isAvailable());
+    MpvVideoPlayer player(MpvOutput::headless());
+    EXPECT_EQ(player.controller(), nullptr);
+    for (int movie = 0; movie < 2; ++movie) {
+        QString error;
+        EXPECT_FALSE(player.setMedia(assetFor("file:///movie.m4v"), &error));
+        EXPECT_TRUE(error.contains(GetParam().saying)) << error.toStdString();
+        EXPECT_EQ(player.state(), State::Error);
+    }
+    qunsetenv("MEDIASHELL_LIBMPV");
+}
+
+INSTANTIATE_TEST_SUITE_P(Libraries, UnusableLibmpv,
+    ::testing::Values(Unusable { "/nonexistent/libmpv.so.2", "/nonexistent/libmpv.so.2" },
+        Unusable { "libz.so.1", "lacks mpv_client_api_version" }),
+    [](const auto& info) { return info.index == 0 ? "missing" : "notLibmpv"; });
+
 // A headless player (no window, no sound card) on a 30 s clip made for each test.
 class MpvPlayerTest : public ::testing::Test {
 protected:
