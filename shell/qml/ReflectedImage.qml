@@ -26,7 +26,8 @@ Item {
         x: (root.width - width) / 2
         y: root.imageBottom - height
         asynchronous: false
-        cache: false
+        // Shared with the mirror below: one decode and one texture for both.
+        cache: true
         smooth: true
         mipmap: true
     }
@@ -45,7 +46,7 @@ Item {
             width: picture.width
             height: picture.height
             source: picture.source
-            cache: false
+            cache: true
             smooth: true
             mipmap: true
             opacity: root.reflection

@@ -80,8 +80,11 @@ ListView {
             width: visible ? parent.height - 10 : 0
             height: width
             fillMode: Image.PreserveAspectFit
+            // Decoded at the size it is drawn: a 512-pixel icon in a 50-pixel row
+            // would otherwise be uploaded whole and mipmapped.
+            sourceSize.width: width
+            sourceSize.height: height
             smooth: true
-            mipmap: true
             cache: false
         }
         StyledText {
