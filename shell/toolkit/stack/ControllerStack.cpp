@@ -8,8 +8,10 @@
 namespace shell {
 
 // Counts the stack's calls that are under way, so that retired controllers are only
-// destroyed from an outermost call: a handler of a popped controller may still be
-// running further up the call chain.
+// destroyed outside every call: a handler of a popped controller may still be running
+// further up the call chain. They go from the event loop once the outermost call has
+// returned (a popped player should not keep its decoder until the next key), or at the
+// start of the next outermost call, whichever comes first.
 class ControllerStack::Dispatch {
 public:
     explicit Dispatch(ControllerStack& stack)
@@ -18,7 +20,12 @@ public:
         if (m_stack.m_depth++ == 0)
             m_stack.m_retired.clear();
     }
-    ~Dispatch() { --m_stack.m_depth; }
+    ~Dispatch()
+    {
+        if (--m_stack.m_depth == 0 && !m_stack.m_retired.empty())
+            QMetaObject::invokeMethod(
+                &m_stack, &ControllerStack::destroyRetired, Qt::QueuedConnection);
+    }
     Dispatch(const Dispatch&) = delete;
     Dispatch& operator=(const Dispatch&) = delete;
 
@@ -70,6 +77,12 @@ void ControllerStack::pushController(std::unique_ptr<LayerController> controller
     if (topController() == pushed)
         pushed->didBecomeTop(true);
     emit changed();
+}
+
+void ControllerStack::destroyRetired()
+{
+    if (m_depth == 0)
+        m_retired.clear();
 }
 
 void ControllerStack::popController()

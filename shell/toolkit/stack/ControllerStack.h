@@ -68,6 +68,8 @@ signals:
 private:
     class Dispatch;
 
+    void destroyRetired();
+
     std::vector<std::unique_ptr<LayerController>> m_controllers;
     std::vector<std::unique_ptr<LayerController>> m_retired;
     int m_depth = 0;
