@@ -3,6 +3,7 @@
 #include "video/MpvLog.h"
 
 #include <clocale>
+#include <malloc.h>
 #include <vector>
 
 namespace mediashell {
@@ -39,6 +40,9 @@ MpvHandle::MpvHandle(const MpvLibrary& mpv, mpv_handle* handle)
 MpvHandle::~MpvHandle()
 {
     m_mpv.terminate_destroy(m_handle);
+    // The decoder's frames and the demuxer's packets were tens of megabytes of small
+    // blocks: give the pages back now rather than when the heap happens to shrink.
+    malloc_trim(0);
 }
 
 bool MpvHandle::check(int result, const char* what, const char* name) const

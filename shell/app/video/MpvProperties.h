@@ -15,6 +15,11 @@ namespace option {
     inline constexpr char osdLevel[] = "osd-level";
     inline constexpr char osdOnSeek[] = "osd-on-seek";
     inline constexpr char ytdl[] = "ytdl";
+    // mpv's own overlays, each a Lua script on a thread of its own with its own
+    // interpreter: the shell never shows them, so they would only hold memory.
+    inline constexpr char loadStatsOverlay[] = "load-stats-overlay";
+    inline constexpr char loadOsdConsole[] = "load-osd-console";
+    inline constexpr char loadAutoProfiles[] = "load-auto-profiles";
     inline constexpr char audioDisplay[] = "audio-display";
     // Stay on the last frame at the end, so the end is an observable state.
     inline constexpr char keepOpen[] = "keep-open";
