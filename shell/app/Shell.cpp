@@ -97,18 +97,17 @@ void Shell::installVideoPlayer()
         return;
     }
     // libmpv is opened by the first playback, not at start-up (MpvLibrary says why).
+    // A player whose mpv did not start says so once; the simulated one stands in.
     shell::VideoPlayerFactory::setCreator([]() -> std::unique_ptr<shell::VideoPlayer> {
-        static const bool withMpv = [] {
-            const bool available = MpvVideoPlayer::isAvailable();
-            if (available)
-                qCDebug(lcShell) << "Playing with libmpv";
-            else
-                qCWarning(lcShell) << "libmpv cannot be started here: playing with the "
-                                      "simulated player (no picture, a clock only)";
-            return available;
-        }();
-        if (withMpv)
-            return std::make_unique<MpvVideoPlayer>();
+        static bool mpvFailed = false;
+        if (!mpvFailed) {
+            auto player = std::make_unique<MpvVideoPlayer>();
+            if (player->controller())
+                return player;
+            mpvFailed = true;
+            qCWarning(lcShell) << "libmpv cannot be started here: playing with the "
+                                  "simulated player (no picture, a clock only)";
+        }
         return std::make_unique<PacedSimulatedPlayer>();
     });
 }

@@ -36,8 +36,7 @@ public:
     // What the video item renders from; null when mpv could not be started.
     MpvController* controller() const;
 
-    // Whether libmpv can be opened and started here (the first call opens it); the
-    // shell falls back to the simulated player when it cannot.
+    // Whether libmpv can be opened and started here (the first call opens it).
     static bool isAvailable();
 
 private:
