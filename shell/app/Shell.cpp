@@ -8,6 +8,7 @@
 #include "ShellView.h"
 #include "UnixSignals.h"
 
+#include "video/MpvLibrary.h"
 #include "video/MpvVideoItem.h"
 #include "video/MpvVideoPlayer.h"
 
@@ -28,6 +29,7 @@
 #include <QQuickWindow>
 #include <QScreen>
 #include <QSet>
+#include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
 #include <cstdio>
@@ -37,6 +39,9 @@ Q_IMPORT_QML_PLUGIN(Vireo_ShellPlugin)
 namespace mediashell {
 
 namespace {
+
+    // Long enough for the first screens to settle; short against reading a menu.
+    constexpr int kOpenVideoLibraryAfterMS = 2'000;
 
     // Inside `folder` (or the folder itself), both made canonical where they exist.
     bool isInside(const QString& path, const QString& folder)
@@ -88,13 +93,13 @@ QStringList Shell::applianceFolders(const ShellOptions& options)
     return unique;
 }
 
-void Shell::installVideoPlayer()
+bool Shell::installVideoPlayer()
 {
     if (qEnvironmentVariable("MEDIASHELL_VIDEO") == u"simulated") {
         qCInfo(lcShell) << "MEDIASHELL_VIDEO=simulated: playing with the simulated player";
         shell::VideoPlayerFactory::setCreator(
             [] { return std::make_unique<PacedSimulatedPlayer>(); });
-        return;
+        return false;
     }
     // libmpv is opened by the first playback, not at start-up (MpvLibrary says why).
     // A player whose mpv did not start says so once; the simulated one stands in.
@@ -110,6 +115,19 @@ void Shell::installVideoPlayer()
         }
         return std::make_unique<PacedSimulatedPlayer>();
     });
+    return true;
+}
+
+void Shell::openVideoLibraryWhenIdle()
+{
+    if (!m_window)
+        return;
+    connect(
+        m_window, &QQuickWindow::frameSwapped, this,
+        [] {
+            QTimer::singleShot(kOpenVideoLibraryAfterMS, [] { MpvLibrary::openInBackground(); });
+        },
+        Qt::SingleShotConnection);
 }
 
 void Shell::loadAppliances()
@@ -261,7 +279,7 @@ int runShell(int argc, char** argv)
     QGuiApplication::setApplicationVersion(QStringLiteral(MEDIASHELL_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("mediashell"));
     MpvVideoItem::registerQmlType();
-    Shell::installVideoPlayer();
+    const bool withMpv = Shell::installVideoPlayer();
 
     const auto writeError = [](const QString& message) {
         std::fputs(
@@ -297,6 +315,8 @@ int runShell(int argc, char** argv)
         writeError(error);
         return 1;
     }
+    if (withMpv)
+        mediaShell.openVideoLibraryWhenIdle();
     if (!mediaShell.failures().isEmpty())
         qCDebug(lcShell) << mediaShell.failures().size() << "appliance plugin(s) did not load";
 

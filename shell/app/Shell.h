@@ -54,8 +54,11 @@ public:
     static QStringList applianceFolders(const ShellOptions& options);
     // Chooses the player every screen gets: mpv when libmpv can start (and
     // MEDIASHELL_VIDEO is not "simulated"), else the simulated player, with a
-    // warning.
-    static void installVideoPlayer();
+    // warning. True when mpv is to play.
+    static bool installVideoPlayer();
+    // A while after the first frame, opens libmpv in the background: the start stays
+    // quick and the first movie does not stall the screen while it loads.
+    void openVideoLibraryWhenIdle();
 
     // An action for the top controller, as from the remote.
     void performAction(shell::RemoteAction action);

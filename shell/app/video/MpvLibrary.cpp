@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QLibrary>
+#include <QThreadPool>
 
 namespace mediashell {
 
@@ -48,6 +49,11 @@ const MpvLibrary* MpvLibrary::get(QString* error)
     if (error)
         *error = opened.error;
     return opened.library;
+}
+
+void MpvLibrary::openInBackground()
+{
+    QThreadPool::globalInstance()->start([] { get(); });
 }
 
 const MpvLibrary* MpvLibrary::open(QString* error)

@@ -19,6 +19,9 @@ public:
     // The library, or null with the reason in `error`. The first call opens it; every
     // later call answers the same.
     static const MpvLibrary* get(QString* error = nullptr);
+    // Opens it on a pool thread, so that the first movie need not wait for it on the
+    // GUI thread; get() meanwhile waits for that opening to finish.
+    static void openInBackground();
 
     // MEDIASHELL_LIBMPV when set (another build of libmpv), else the libmpv whose major
     // version the shell was built against.
