@@ -1,5 +1,6 @@
 #include "Shell.h"
 
+#include "ImageFileProvider.h"
 #include "ImageStore.h"
 #include "PacedSimulatedPlayer.h"
 #include "ScriptRunner.h"
@@ -180,6 +181,7 @@ bool Shell::showWindow(QString* error)
     // Qt 6.4 does not look there by itself.
     m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
     m_engine->addImageProvider(ImageStore::providerId(), new ImageStoreProvider(m_images));
+    m_engine->addImageProvider(ImageFileProvider::providerId(), new ImageFileProvider);
     m_engine->setInitialProperties(
         { { QStringLiteral("shell"), QVariant::fromValue<QObject*>(m_view.get()) } });
     m_engine->load(QUrl(QStringLiteral("qrc:/qt/qml/Vireo/Shell/Main.qml")));

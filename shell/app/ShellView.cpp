@@ -1,5 +1,6 @@
 #include "ShellView.h"
 
+#include "ImageFileProvider.h"
 #include "ImageStore.h"
 #include "SceneMapping.h"
 #include "video/MpvVideoPlayer.h"
@@ -19,7 +20,6 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QUrl>
 
 namespace mediashell {
 
@@ -164,7 +164,7 @@ QString ShellView::imageUrl(const QString& described)
     if (described.startsWith(QLatin1String(":/")))
         return QStringLiteral("qrc") + described;
     if (QFileInfo(described).isAbsolute())
-        return QUrl::fromLocalFile(described).toString();
+        return ImageFileProvider::urlFor(described);
     return described;
 }
 

@@ -132,8 +132,8 @@ public:
     static QString formatDuration(int seconds);
     // A style as QML takes it: {family, pixelSize, weight, color}.
     static QVariantMap styleMap(const shell::TextStyle& style);
-    // A preview's image for QML: a file path as a file URL, ":/..." as "qrc:/...", any
-    // other URL as it is.
+    // A preview's image for QML: a file path through ImageFileProvider (never QML's own
+    // file loading), ":/..." as "qrc:/...", any other URL as it is.
     static QString imageUrl(const QString& describedImage);
 
 signals:

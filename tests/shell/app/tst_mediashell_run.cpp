@@ -7,6 +7,8 @@
 #include <QSet>
 #include <QUrl>
 
+#include <sys/stat.h>
+
 using namespace runsupport;
 
 namespace {
@@ -308,6 +310,27 @@ TEST_F(MediashellRun, RealPlaybackKeepsItsResumePointThroughAStopAndAKill)
         EXPECT_LE(kept, killedAt);
         EXPECT_GE(kept, killedAt - 10'000);
     }
+}
+
+// A cover that is a FIFO would make a plain file read wait for a writer for ever.
+TEST_F(MediashellRun, ACoverThatIsAFifoLeavesTheShellAnswering)
+{
+    ASSERT_TRUE(QDir(home()).mkpath("Movies"));
+    for (const QString name : { "First", "Second" }) {
+        QFile movie(home() + "/Movies/" + name + ".m4v");
+        ASSERT_TRUE(movie.open(QIODevice::WriteOnly));
+        const QString cover = home() + "/Movies/" + name + ".png";
+        ASSERT_EQ(::mkfifo(QFile::encodeName(cover).constData(), 0600), 0);
+    }
+    ShellRun run(shellArguments({ "--script", "-", "--dump" }), environment());
+    ASSERT_TRUE(run.started());
+    ASSERT_EQ(run.nextLine().value("step").toInt(-1), 0) << qPrintable(run.err());
+    const QJsonObject first = step(run, "select", 1);
+    EXPECT_TRUE(first.value("preview").toObject().value("image").toString().endsWith(".png"));
+    EXPECT_EQ(step(run, "down", 2).value("focus").toInt(-1), 1);
+    EXPECT_EQ(step(run, "up", 3).value("focus").toInt(-1), 0);
+    run.closeInput();
+    EXPECT_EQ(run.finish(), 0) << qPrintable(run.err());
 }
 
 // A movie file mpv cannot play shows the error, and the next key is back in the menu.

@@ -168,7 +168,7 @@ TEST_F(RowsModelTest, ViewFormatsTimesAndImages)
     EXPECT_EQ(ShellView::formatDuration(120 * 60), "2 h");
     EXPECT_EQ(ShellView::imageUrl(":/vireo-movies/ApplianceIcon.png"),
         "qrc:/vireo-movies/ApplianceIcon.png");
-    EXPECT_EQ(ShellView::imageUrl("/home/a b/c.png"), "file:///home/a b/c.png");
+    EXPECT_TRUE(ShellView::imageUrl("/home/a b/c.png").startsWith("image://file/"));
     EXPECT_EQ(ShellView::imageUrl("http://example.com/c.png"), "http://example.com/c.png");
     EXPECT_EQ(ShellView::imageUrl(""), "");
 }

@@ -1,3 +1,4 @@
+#include "ImageFileProvider.h"
 #include "ImageStore.h"
 #include "ShellView.h"
 
@@ -169,7 +170,7 @@ TEST_F(ShellViewTest, MenusHandOverTheirListAndPreview)
 
     QVariantMap preview = m_view.preview();
     EXPECT_EQ(preview["title"], "Movie 0");
-    EXPECT_EQ(preview["image"], QUrl::fromLocalFile(cover).toString());
+    EXPECT_EQ(preview["image"], mediashell::ImageFileProvider::urlFor(cover));
     EXPECT_EQ(preview["cast"], "Ada, Ben");
     EXPECT_EQ(preview["duration"], "1 h 30 min");
 

@@ -1,0 +1,79 @@
+#include "ImageFileProvider.h"
+
+#include "ShellLog.h"
+
+#include "vtvplugin/platform/BoundedFile.h"
+
+#include <QBuffer>
+#include <QImageReader>
+
+namespace mediashell {
+
+namespace {
+
+    constexpr auto kIdEncoding = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
+
+    // What QQuickImageProvider's requestedSize asks of a picture of `full` size: either
+    // dimension may be left open (0), and the aspect is kept.
+    QSize scaledSize(const QSize& full, const QSize& requested)
+    {
+        if (requested.width() > 0 && requested.height() > 0)
+            return full.scaled(requested, Qt::KeepAspectRatio);
+        if (requested.width() > 0)
+            return QSize(requested.width(),
+                qMax(1, int(qint64(full.height()) * requested.width() / full.width())));
+        if (requested.height() > 0)
+            return QSize(qMax(1, int(qint64(full.width()) * requested.height() / full.height())),
+                requested.height());
+        return full;
+    }
+
+} // namespace
+
+ImageFileProvider::ImageFileProvider()
+    : QQuickImageProvider(
+        QQmlImageProviderBase::Image, QQmlImageProviderBase::ForceAsynchronousImageLoading)
+{
+}
+
+QString ImageFileProvider::urlFor(const QString& path)
+{
+    return QStringLiteral("image://%1/%2")
+        .arg(providerId(), QString::fromLatin1(path.toUtf8().toBase64(kIdEncoding)));
+}
+
+QImage ImageFileProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize)
+{
+    const auto decoded = QByteArray::fromBase64Encoding(
+        id.toLatin1(), kIdEncoding | QByteArray::AbortOnBase64DecodingErrors);
+    if (!decoded)
+        return {};
+    const QString path = QString::fromUtf8(*decoded);
+    const std::optional<QByteArray> bytes = BoundedFile::read(path, BoundedFile::kMaxCoverBytes);
+    if (!bytes)
+        return {};
+    QBuffer buffer;
+    buffer.setData(*bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    const QSize full = reader.size();
+    if (!full.isValid() || qint64(full.width()) * full.height() > kMaxPixels) {
+        qCWarning(lcShell).noquote()
+            << "Not showing the picture" << path << "-"
+            << (full.isValid() ? QStringLiteral("%1 x %2 pixels is too large")
+                                     .arg(full.width())
+                                     .arg(full.height())
+                               : QStringLiteral("not a picture"));
+        return {};
+    }
+    if (size)
+        *size = full;
+    reader.setScaledSize(scaledSize(full, requestedSize));
+    const QImage image = reader.read();
+    if (image.isNull())
+        qCWarning(lcShell).noquote()
+            << "Not showing the picture" << path << "-" << reader.errorString();
+    return image;
+}
+
+} // namespace mediashell
