@@ -102,8 +102,10 @@ bool Shell::installVideoPlayer()
             [] { return std::make_unique<PacedSimulatedPlayer>(); });
         return false;
     }
-    // libmpv is opened by the first playback, not at start-up (MpvLibrary says why).
-    // A player whose mpv did not start says so once; the simulated one stands in.
+    // libmpv is not opened here but after the first frame (openVideoLibraryWhenIdle)
+    // or by the first playback, whichever comes first: MpvLibrary says why. Whether it
+    // starts is known only then; if not, the warning comes once and the simulated
+    // player stands in.
     shell::VideoPlayerFactory::setCreator([]() -> std::unique_ptr<shell::VideoPlayer> {
         static bool mpvFailed = false;
         if (!mpvFailed) {

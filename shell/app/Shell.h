@@ -52,9 +52,9 @@ public:
     // the --appliances folders, the build tree's appliances folder when the program
     // runs from the build tree, and the installed folder next to the program.
     static QStringList applianceFolders(const ShellOptions& options);
-    // Chooses the player every screen gets: mpv when libmpv can start (and
-    // MEDIASHELL_VIDEO is not "simulated"), else the simulated player, with a
-    // warning. True when mpv is to play.
+    // Chooses the player every screen gets: mpv unless MEDIASHELL_VIDEO is
+    // "simulated", and the simulated player (with a warning) should libmpv not start
+    // at the first movie. True when mpv is to play.
     static bool installVideoPlayer();
     // A while after the first frame, opens libmpv in the background: the start stays
     // quick and the first movie does not stall the screen while it loads.
