@@ -1,5 +1,6 @@
 #include "ImageFileProvider.h"
 
+#include "RequestedImageSize.h"
 #include "ShellLog.h"
 
 #include "vtvplugin/platform/BoundedFile.h"
@@ -12,21 +13,6 @@ namespace mediashell {
 namespace {
 
     constexpr auto kIdEncoding = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
-
-    // What QQuickImageProvider's requestedSize asks of a picture of `full` size: either
-    // dimension may be left open (0), and the aspect is kept.
-    QSize scaledSize(const QSize& full, const QSize& requested)
-    {
-        if (requested.width() > 0 && requested.height() > 0)
-            return full.scaled(requested, Qt::KeepAspectRatio);
-        if (requested.width() > 0)
-            return QSize(requested.width(),
-                qMax(1, int(qint64(full.height()) * requested.width() / full.width())));
-        if (requested.height() > 0)
-            return QSize(qMax(1, int(qint64(full.width()) * requested.height() / full.height())),
-                requested.height());
-        return full;
-    }
 
 } // namespace
 
@@ -68,7 +54,7 @@ QImage ImageFileProvider::requestImage(const QString& id, QSize* size, const QSi
     }
     if (size)
         *size = full;
-    reader.setScaledSize(scaledSize(full, requestedSize));
+    reader.setScaledSize(requestedImageSize(full, requestedSize));
     const QImage image = reader.read();
     if (image.isNull())
         qCWarning(lcShell).noquote()

@@ -1,5 +1,7 @@
 #include "ImageStore.h"
 
+#include "RequestedImageSize.h"
+
 #include <QMutexLocker>
 
 namespace mediashell {
@@ -58,15 +60,10 @@ QImage ImageStoreProvider::requestImage(const QString& id, QSize* size, const QS
     QImage image = m_store->image(id);
     if (size)
         *size = image.size();
-    if (image.isNull() || requestedSize == image.size())
+    const QSize wanted = requestedImageSize(image.size(), requestedSize);
+    if (image.isNull() || wanted == image.size())
         return image;
-    if (requestedSize.width() > 0 && requestedSize.height() > 0)
-        return image.scaled(requestedSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    if (requestedSize.width() > 0)
-        return image.scaledToWidth(requestedSize.width(), Qt::SmoothTransformation);
-    if (requestedSize.height() > 0)
-        return image.scaledToHeight(requestedSize.height(), Qt::SmoothTransformation);
-    return image;
+    return image.scaled(wanted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 } // namespace mediashell
