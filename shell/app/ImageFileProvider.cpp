@@ -1,12 +1,9 @@
 #include "ImageFileProvider.h"
 
-#include "RequestedImageSize.h"
+#include "BoundedImage.h"
 #include "ShellLog.h"
 
 #include "vtvplugin/platform/BoundedFile.h"
-
-#include <QBuffer>
-#include <QImageReader>
 
 namespace mediashell {
 
@@ -38,27 +35,10 @@ QImage ImageFileProvider::requestImage(const QString& id, QSize* size, const QSi
     const std::optional<QByteArray> bytes = BoundedFile::read(path, BoundedFile::kMaxCoverBytes);
     if (!bytes)
         return {};
-    QBuffer buffer;
-    buffer.setData(*bytes);
-    buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer);
-    const QSize full = reader.size();
-    if (!full.isValid() || qint64(full.width()) * full.height() > kMaxPixels) {
-        qCWarning(lcShell).noquote()
-            << "Not showing the picture" << path << "-"
-            << (full.isValid() ? QStringLiteral("%1 x %2 pixels is too large")
-                                     .arg(full.width())
-                                     .arg(full.height())
-                               : QStringLiteral("not a picture"));
-        return {};
-    }
-    if (size)
-        *size = full;
-    reader.setScaledSize(requestedImageSize(full, requestedSize));
-    const QImage image = reader.read();
+    QString error;
+    const QImage image = BoundedImage::decode(*bytes, requestedSize, size, &error);
     if (image.isNull())
-        qCWarning(lcShell).noquote()
-            << "Not showing the picture" << path << "-" << reader.errorString();
+        qCWarning(lcShell).noquote() << "Not showing the picture" << path << "-" << error;
     return image;
 }
 

@@ -9,13 +9,9 @@ namespace mediashell {
 // a cover may be a link, a FIFO, a device or huge, and QML's own file loading would
 // open a FIFO and wait for a writer, on the GUI thread when the image is synchronous.
 // Only a regular file of sensible size is read, only a picture of sensible dimensions
-// is decoded, and all of it on QML's image thread.
+// is decoded (BoundedImage), and all of it on QML's image thread.
 class ImageFileProvider : public QQuickImageProvider {
 public:
-    // Larger pictures are refused before they are decoded (a 4096 x 4096 cover is
-    // already 64 MB once decoded).
-    static constexpr qint64 kMaxPixels = 4096LL * 4096LL;
-
     ImageFileProvider();
 
     static QString providerId() { return QStringLiteral("file"); }

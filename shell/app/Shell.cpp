@@ -2,6 +2,7 @@
 
 #include "ImageFileProvider.h"
 #include "ImageStore.h"
+#include "ImageUrlProvider.h"
 #include "PacedSimulatedPlayer.h"
 #include "ScriptRunner.h"
 #include "ShellLog.h"
@@ -184,6 +185,7 @@ bool Shell::showWindow(QString* error)
     m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
     m_engine->addImageProvider(ImageStore::providerId(), new ImageStoreProvider(m_images));
     m_engine->addImageProvider(ImageFileProvider::providerId(), new ImageFileProvider);
+    m_engine->addImageProvider(ImageUrlProvider::providerId(), new ImageUrlProvider);
     m_engine->setInitialProperties(
         { { QStringLiteral("shell"), QVariant::fromValue<QObject*>(m_view.get()) } });
     m_engine->load(QUrl(QStringLiteral("qrc:/qt/qml/Vireo/Shell/Main.qml")));

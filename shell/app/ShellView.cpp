@@ -2,6 +2,7 @@
 
 #include "ImageFileProvider.h"
 #include "ImageStore.h"
+#include "ImageUrlProvider.h"
 #include "SceneMapping.h"
 #include "video/MpvVideoPlayer.h"
 
@@ -165,7 +166,7 @@ QString ShellView::imageUrl(const QString& described)
         return QStringLiteral("qrc") + described;
     if (QFileInfo(described).isAbsolute())
         return ImageFileProvider::urlFor(described);
-    return described;
+    return ImageUrlProvider::urlFor(described);
 }
 
 void ShellView::refresh()

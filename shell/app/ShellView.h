@@ -133,7 +133,8 @@ public:
     // A style as QML takes it: {family, pixelSize, weight, color}.
     static QVariantMap styleMap(const shell::TextStyle& style);
     // A preview's image for QML: a file path through ImageFileProvider (never QML's own
-    // file loading), ":/..." as "qrc:/...", any other URL as it is.
+    // file loading), ":/..." as "qrc:/...", any other address through ImageUrlProvider
+    // (never QML's own network access), which fetches only http and https.
     static QString imageUrl(const QString& describedImage);
 
 signals:

@@ -5,11 +5,29 @@
 #include "FeeddProcess.h"
 #include "MediashellRunSupport.h"
 
+#include <QColor>
+#include <QImage>
+
 using namespace runsupport;
 
 namespace {
 
 const QStringList kLists { "Most Viewed", "Most Downloaded", "Top Rated", "Top Favorites" };
+
+// Pixels of strong, bright colour in the left half of a shot, where the preview stands:
+// the demo's thumbnails are test patterns (about 20,000 such pixels), the rest of the
+// preview is grey text on a dark background (a few hundred, from the text's smoothing).
+int colouredPixelsOfThePreview(const QImage& shot)
+{
+    int coloured = 0;
+    for (int y = 0; y < shot.height(); y += 2) {
+        for (int x = 0; x < shot.width() / 2; x += 2) {
+            const QColor colour(shot.pixel(x, y));
+            coloured += colour.hsvSaturation() > 128 && colour.value() > 96 ? 1 : 0;
+        }
+    }
+    return coloured;
+}
 
 class MediashellTrailers : public XvfbRunTest {
 protected:
@@ -76,7 +94,8 @@ TEST_F(MediashellTrailers, TopRatedOpensAsNumberedTrailersAndOnePlaysWithoutResu
 {
     const QString base = s_base;
     ASSERT_FALSE(base.isEmpty()) << "vireo-feedd said: " << qPrintable(s_feed->output());
-    ShellRun run(shellArguments({ "--script", "-", "--dump" }), environmentFor(base));
+    ShellRun run(shellArguments({ "--script", "-", "--dump", "--screenshots", path("shots") }),
+        environmentFor(base));
     ASSERT_TRUE(run.started());
     int number = 0;
     chooseTopRated(run, number);
@@ -97,6 +116,10 @@ TEST_F(MediashellTrailers, TopRatedOpensAsNumberedTrailersAndOnePlaysWithoutResu
     EXPECT_EQ("  1  " + preview.value("title").toString(), rows.at(0));
     EXPECT_TRUE(preview.value("image").toString().startsWith(base + "/"))
         << qPrintable(preview.value("image").toString());
+    step(run, "wait 1000", ++number);
+    step(run, "shot list", ++number);
+    EXPECT_GE(colouredPixelsOfThePreview(QImage(path("shots/list.png"))), 5000)
+        << "the thumbnail is shown; " << qPrintable(run.err());
 
     for (int i = 0; i < 9; ++i)
         step(run, "down", ++number);
