@@ -332,16 +332,24 @@ int VTVMediaAsset::bookmarkTimeInSeconds() const
     return hasBeenPlayed() ? m_nPlaybackTime / 1000 : 0;
 }
 
-// Positions within ten seconds of either end are stored as "no resume point".
+// Positions within ten seconds of either end are stored as "no resume point". A
+// movie copied without metadata has no duration of its own: the player's stands in,
+// or every position would count as its end.
 void VTVMediaAsset::setBookmarkTimeInMS(int ms)
 {
     if (isTrailer())
         return;
-    const qint64 end = qint64(_duration) * 1000;
+    const qint64 end = _duration > 0 ? qint64(_duration) * 1000 : m_nPlayerDurationMS;
     const bool nearStart = ms <= 9999;
     const bool nearEnd = ms > end || ms > end - 10000;
     m_nPlaybackTime = nearStart || nearEnd ? 0 : ms;
     saveVideoPlaybackPosition(assetIdInt(), m_nPlaybackTime);
+}
+
+void VTVMediaAsset::takePlayerDuration(qint64 ms)
+{
+    if (!isTrailer() && _duration <= 0 && ms > 0)
+        m_nPlayerDurationMS = ms;
 }
 
 // Only ever raises the flag: the player cannot declare a movie unplayed.

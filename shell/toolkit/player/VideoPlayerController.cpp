@@ -282,6 +282,9 @@ void VideoPlayerController::handOverBookmark(qint64 ms)
         return;
     qCDebug(lcPlayer).noquote() << "Bookmark" << ms << "ms" << asset->mediaURL();
     m_lastHandedOverMS = ms;
+    // A movie without a known running time would count every point as its end.
+    if (const qint64 duration = m_player->durationMS(); duration > 0)
+        asset->takePlayerDuration(duration);
     asset->setBookmarkTimeInMS(int(std::clamp<qint64>(ms, 0, INT_MAX)));
     // The menu that made the asset keeps it: choosing the movie again must offer the
     // point just stored, not what the asset read before playback.

@@ -21,15 +21,20 @@ using shell::VideoPlayer;
 using shell::VideoPlayerController;
 using State = VideoPlayerController::State;
 
-// Remembers every bookmark the player hands over.
+// Remembers every bookmark the player hands over, and the player's duration the
+// asset knew by then.
 class RecordingAsset : public shell::XmlMediaAsset {
 public:
+    void takePlayerDuration(qint64 ms) override { playerDurationMS = ms; }
     void setBookmarkTimeInMS(int ms) override
     {
         handedOver.push_back(ms);
+        knownDurations.push_back(playerDurationMS);
         XmlMediaAsset::setBookmarkTimeInMS(ms);
     }
     std::vector<int> handedOver;
+    std::vector<qint64> knownDurations;
+    qint64 playerDurationMS = 0;
 };
 
 struct Movie {
@@ -37,6 +42,8 @@ struct Movie {
     bool played = false;
     int bookmarkMS = 0;
     int durationSeconds = 3600;
+    // What the player finds in the media, when the asset's own duration is not it.
+    qint64 playerDurationMS = -1;
     const char* url = "file:///movies/Film.m4v";
 };
 
@@ -53,6 +60,8 @@ protected:
         asset->setValue("bookmarkTimeInMS", movie.bookmarkMS);
         auto simulated = std::make_unique<SimulatedVideoPlayer>();
         player = simulated.get();
+        if (movie.playerDurationMS >= 0)
+            player->setDurationMS(movie.playerDurationMS);
         player->setMedia(asset, nullptr);
         auto made = std::make_unique<VideoPlayerController>(scene);
         controller = made.get();
@@ -233,11 +242,13 @@ TEST_F(PlayerTest, bookmarkEveryTenSecondsAndOnceAtTheEnd)
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        push({});
+        // A movie without a duration of its own learns the player's before each one.
+        push({ .durationSeconds = 0, .playerDurationMS = 3'600'000 });
         playFor(35'000);
         EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 30'000 }));
         row.finish();
         EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 30'000, 35'000 }));
+        EXPECT_EQ(asset->knownDurations, std::vector<qint64>(4, 3'600'000));
         EXPECT_EQ(onTop(), !row.popped);
 
         // Nothing after the last word: no second notice, pop or player event counts.
