@@ -280,10 +280,15 @@ void VideoPlayerController::handOverBookmark(qint64 ms)
     const std::shared_ptr<MediaAsset> asset = m_player ? m_player->media() : nullptr;
     if (!asset)
         return;
+    // Without a running time the asset counts every point as the movie's end: a
+    // bookmark then would only wipe the one it has. The player learns the duration
+    // once it has opened the file, which a seek at once can precede.
+    const qint64 duration = m_player->durationMS();
+    if (duration <= 0 && asset->duration() <= 0)
+        return;
     qCDebug(lcPlayer).noquote() << "Bookmark" << ms << "ms" << asset->mediaURL();
     m_lastHandedOverMS = ms;
-    // A movie without a known running time would count every point as its end.
-    if (const qint64 duration = m_player->durationMS(); duration > 0)
+    if (duration > 0)
         asset->takePlayerDuration(duration);
     asset->setBookmarkTimeInMS(int(std::clamp<qint64>(ms, 0, INT_MAX)));
     // The menu that made the asset keeps it: choosing the movie again must offer the

@@ -21,8 +21,9 @@ class ControllerStack;
 //   - The position goes to the asset's setBookmarkTimeInMS exactly once when playback
 //     ends (stop, end of media, an error after playback began, the shell terminating),
 //     and in between whenever playback has moved 10 s away from the last position
-//     handed over, so a power cut loses at most 10 s of the resume point. Once the
-//     player knows the media's duration, each handover tells the asset that first
+//     handed over, so a power cut loses at most 10 s of the resume point. Nothing is
+//     handed over while neither the asset nor the player knows the duration; once
+//     the player knows it, each handover tells the asset that first
 //     (takePlayerDuration).
 //   - An error shows as a short text; the next action, or 5 s later, pops back. A
 //     player whose setMedia failed shows its error at once and never plays.

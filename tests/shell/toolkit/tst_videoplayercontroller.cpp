@@ -261,6 +261,22 @@ TEST_F(PlayerTest, bookmarkEveryTenSecondsAndOnceAtTheEnd)
     }
 }
 
+TEST_F(PlayerTest, noBookmarkWhileNeitherAssetNorPlayerKnowsTheDuration)
+{
+    // The asset would take any point for the end, and wipe the resume point it has.
+    for (const bool learns : { true, false }) {
+        SCOPED_TRACE(learns ? "the player learns it" : "never known");
+        push({ .durationSeconds = 0, .playerDurationMS = 0 });
+        playFor(25'000);
+        if (learns)
+            player->setDurationMS(60'000);
+        playFor(1'000);
+        press(RemoteAction::Menu);
+        EXPECT_EQ(asset->handedOver, learns ? Bookmarks({ 26'000, 26'000 }) : Bookmarks());
+        stack.popController();
+    }
+}
+
 TEST_F(PlayerTest, seeksCountTowardsTheBookmarkInterval)
 {
     push({ .played = true, .bookmarkMS = 600'000 });
