@@ -6,6 +6,7 @@
 #include "toolkit/stack/ControllerStack.h"
 
 #include <QJsonArray>
+#include <QUrl>
 
 #include <algorithm>
 #include <climits>
@@ -47,6 +48,15 @@ namespace {
         return message.section(QLatin1Char('\n'), 0, 0).trimmed();
     }
 
+    // A trailer's URL comes from a feed: anything but an http(s) address with a host
+    // (a local file, a bare path, another protocol) is not where a trailer lives.
+    bool isWebAddress(const QString& mediaURL)
+    {
+        const QUrl url(mediaURL);
+        return url.isValid() && (url.scheme() == u"http" || url.scheme() == u"https")
+            && !url.host().isEmpty();
+    }
+
 } // namespace
 
 VideoPlayerController::VideoPlayerController(Scene& scene)
@@ -63,12 +73,19 @@ VideoPlayerController::VideoPlayerController(Scene& scene)
 void VideoPlayerController::pushPlayerForAsset(
     ControllerStack& stack, Scene& scene, std::shared_ptr<MediaAsset> asset, bool allowsResume)
 {
-    std::unique_ptr<VideoPlayer> player = VideoPlayerFactory::create();
-    QString error;
-    player->setMedia(std::move(asset), &error);
     auto controller = std::make_unique<VideoPlayerController>(scene);
-    controller->setVideoPlayer(std::move(player));
     controller->setAllowsResume(allowsResume);
+    if (asset && asset->mediaType() == MediaType::movieTrailer
+        && !isWebAddress(asset->mediaURL())) {
+        // The feed should have dropped it; no player is even made for it.
+        qCWarning(lcPlayer).noquote()
+            << "Warning: a trailer plays only from a web address:" << asset->mediaURL();
+        controller->enterError(tr("Trailers play only from web addresses."));
+    } else {
+        std::unique_ptr<VideoPlayer> player = VideoPlayerFactory::create();
+        player->setMedia(std::move(asset), nullptr);
+        controller->setVideoPlayer(std::move(player));
+    }
     stack.pushController(std::move(controller));
 }
 

@@ -42,7 +42,9 @@ public:
 
     // How a screen plays an asset: the platform's player (VideoPlayerFactory) is given
     // the asset, and a controller around it is pushed on `stack`. A media the player
-    // refuses shows its error once the controller is on screen.
+    // refuses shows its error once the controller is on screen. A trailer whose URL is
+    // not an http(s) address with a host never reaches a player: the controller shows
+    // why.
     static void pushPlayerForAsset(
         ControllerStack& stack, Scene& scene, std::shared_ptr<MediaAsset> asset, bool allowsResume);
 

@@ -327,6 +327,41 @@ TEST_F(PlayerTest, errorShowsThenDismissesByActionOrTimer)
     }
 }
 
+TEST_F(PlayerTest, aTrailerReachesThePlayerOnlyFromAWebAddress)
+{
+    using shell::MediaType;
+    struct Row {
+        const char* name;
+        MediaType type;
+        const char* url;
+        bool plays;
+    };
+    const Row rows[] = {
+        { "https", MediaType::movieTrailer, "https://cdn.example/t.mov", true },
+        { "a local file", MediaType::movieTrailer, "file:///movies/t.mov", false },
+        { "a bare path", MediaType::movieTrailer, "/movies/t.mov", false },
+        { "ftp", MediaType::movieTrailer, "ftp://cdn.example/t.mov", false },
+        { "http without a host", MediaType::movieTrailer, "http:///t.mov", false },
+        { "a library movie", MediaType::movie, "file:///movies/Film.m4v", true },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        stack.pushController(std::make_unique<shell::LayerController>(scene));
+        auto media = std::make_shared<shell::XmlMediaAsset>();
+        media->setValue("mediaType", int(row.type));
+        media->setValue("mediaURL", row.url);
+        VideoPlayerController::pushPlayerForAsset(stack, scene, media, false);
+        const auto* pushed = qobject_cast<VideoPlayerController*>(stack.topController());
+        ASSERT_NE(pushed, nullptr);
+        EXPECT_EQ(pushed->state(), row.plays ? State::Playing : State::Error);
+        EXPECT_EQ(pushed->errorText(),
+            row.plays ? QString() : QStringLiteral("Trailers play only from web addresses."));
+        EXPECT_EQ(pushed->videoPlayer() && pushed->videoPlayer()->media(), row.plays);
+        stack.popController();
+        stack.popController();
+    }
+}
+
 TEST_F(PlayerTest, errorBeforePlaybackHandsNothingOver)
 {
     push({ .played = true, .bookmarkMS = 95'000 });
