@@ -4,6 +4,7 @@
 #include "ShellLog.h"
 
 #include "vtvplugin/platform/BoundedFile.h"
+#include "vtvplugin/platform/FileSystem.h"
 
 namespace mediashell {
 
@@ -22,7 +23,7 @@ ImageFileProvider::ImageFileProvider()
 QString ImageFileProvider::urlFor(const QString& path)
 {
     return QStringLiteral("image://%1/%2")
-        .arg(providerId(), QString::fromLatin1(path.toUtf8().toBase64(kIdEncoding)));
+        .arg(providerId(), QString::fromLatin1(FileSystem::encodeName(path).toBase64(kIdEncoding)));
 }
 
 QImage ImageFileProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize)
@@ -31,7 +32,7 @@ QImage ImageFileProvider::requestImage(const QString& id, QSize* size, const QSi
         id.toLatin1(), kIdEncoding | QByteArray::AbortOnBase64DecodingErrors);
     if (!decoded)
         return {};
-    const QString path = QString::fromUtf8(*decoded);
+    const QString path = FileSystem::decodeName(*decoded);
     const std::optional<QByteArray> bytes = BoundedFile::read(path, BoundedFile::kMaxCoverBytes);
     if (!bytes)
         return {};

@@ -15,8 +15,8 @@ public:
     ImageFileProvider();
 
     static QString providerId() { return QStringLiteral("file"); }
-    // The URL QML loads the picture file `path` by. The path is carried whole, whatever
-    // characters its name has.
+    // The URL QML loads the picture file `path` by. The path is carried whole, as the
+    // bytes of its name, whatever characters (or bytes that are not UTF-8) it has.
     static QString urlFor(const QString& path);
 
     QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;

@@ -2,6 +2,7 @@
 
 #include "vtvplugin/media/MetadataReader.h"
 #include "vtvplugin/platform/BoundedFile.h"
+#include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
@@ -27,12 +28,13 @@ QString lastPathComponent(QString path)
     return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
-// 32-bit FNV-1a over the UTF-8 bytes: fixed constants, no seed, no dependence on the
-// platform's hashing, so ids written to the cache stay valid everywhere.
+// 32-bit FNV-1a over the name's own bytes (UTF-8 for a valid name): fixed constants,
+// no seed, no dependence on the platform's hashing, so ids written to the cache stay
+// valid everywhere.
 qint32 stableHash(const QString& text)
 {
     quint32 hash = 2166136261u;
-    const QByteArray bytes = text.toUtf8();
+    const QByteArray bytes = FileSystem::encodeName(text);
     for (const char c : bytes) {
         hash ^= static_cast<quint8>(c);
         hash *= 16777619u;
@@ -50,9 +52,9 @@ QString VTVMediaAsset::copyrightLine()
 VTVMediaAsset::VTVMediaAsset(const QUrl& mediaURL)
     : _mediaURL(mediaURL)
 {
-    if (!_mediaURL.isLocalFile())
-        return;
-    takeMetadata(replacedExtension(_mediaURL.toLocalFile(), QStringLiteral("xml")));
+    const QString path = FileSystem::localPath(_mediaURL);
+    if (!path.isNull())
+        takeMetadata(replacedExtension(path, QStringLiteral("xml")));
 }
 
 VTVMediaAsset::VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, int duration,
@@ -165,9 +167,8 @@ QString VTVMediaAsset::previewURL() const
 {
     if (isTrailer())
         return _trailerThumbnailURL;
-    if (!_mediaURL.isLocalFile())
-        return {};
-    return replacedExtension(_mediaURL.toLocalFile(), QStringLiteral("png"));
+    const QString path = FileSystem::localPath(_mediaURL);
+    return path.isNull() ? QString() : replacedExtension(path, QStringLiteral("png"));
 }
 
 QString VTVMediaAsset::coverArtID() const
@@ -216,7 +217,8 @@ qint32 VTVMediaAsset::assetIdInt() const
 {
     if (isTrailer())
         return stableHash(_trailerThumbnailURL);
-    return stableHash(lastPathComponent(_mediaURL.path(QUrl::FullyDecoded)));
+    const QString path = FileSystem::localPath(_mediaURL);
+    return stableHash(lastPathComponent(path.isNull() ? _mediaURL.path(QUrl::FullyDecoded) : path));
 }
 
 QString VTVMediaAsset::assetID() const
@@ -332,16 +334,24 @@ int VTVMediaAsset::bookmarkTimeInSeconds() const
     return hasBeenPlayed() ? m_nPlaybackTime / 1000 : 0;
 }
 
-// Positions within ten seconds of either end are stored as "no resume point".
+// Positions within ten seconds of either end are stored as "no resume point". A
+// movie copied without metadata has no duration of its own: the player's stands in,
+// or every position would count as its end.
 void VTVMediaAsset::setBookmarkTimeInMS(int ms)
 {
     if (isTrailer())
         return;
-    const qint64 end = qint64(_duration) * 1000;
+    const qint64 end = _duration > 0 ? qint64(_duration) * 1000 : m_nPlayerDurationMS;
     const bool nearStart = ms <= 9999;
     const bool nearEnd = ms > end || ms > end - 10000;
     m_nPlaybackTime = nearStart || nearEnd ? 0 : ms;
     saveVideoPlaybackPosition(assetIdInt(), m_nPlaybackTime);
+}
+
+void VTVMediaAsset::takePlayerDuration(qint64 ms)
+{
+    if (!isTrailer() && _duration <= 0 && ms > 0)
+        m_nPlayerDurationMS = ms;
 }
 
 // Only ever raises the flag: the player cannot declare a movie unplayed.

@@ -72,6 +72,8 @@ public:
     int bookmarkTimeInSeconds() const override;
     void setBookmarkTimeInMS(int ms) override;
     void setHasBeenPlayed(bool played) override;
+    // Taken only by a library movie whose metadata gives no duration.
+    void takePlayerDuration(qint64 ms) override;
 
     // Keys the playback position cache; stable across runs, processes and machines.
     qint32 assetIdInt() const;
@@ -109,4 +111,6 @@ private:
     mutable bool m_bCheckedPlayback = false;
     mutable QImage m_thumbnail;
     mutable bool m_bThumbnailLoadFailed = false;
+    // What the player found, for a movie whose metadata gave no duration; 0 unknown.
+    qint64 m_nPlayerDurationMS = 0;
 };

@@ -17,6 +17,10 @@ namespace {
 
 constexpr char16_t kEscapeBase = 0xDC00;
 
+// Characters a URL path carries as they are, beside the unreserved ones; the same
+// that QUrl leaves alone in the path of a local file.
+constexpr char kPathCharacters[] = "/!$&'()*+,;=:@[]";
+
 bool isContinuation(unsigned char c)
 {
     return (c & 0xC0) == 0x80;
@@ -110,6 +114,26 @@ QByteArray FileSystem::encodeName(const QString& name)
     return bytes;
 }
 
+QUrl FileSystem::fileURL(const QString& path)
+{
+    QUrl url;
+    url.setScheme(QStringLiteral("file"));
+    url.setPath(QString::fromLatin1(encodeName(path).toPercentEncoding(kPathCharacters)),
+        QUrl::TolerantMode);
+    return url;
+}
+
+QString FileSystem::localPath(const QUrl& url)
+{
+    if (!url.isLocalFile())
+        return {};
+    // Decoded here: QUrl's own decoding turns bytes that are not UTF-8 into U+FFFD.
+    QByteArray bytes = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
+    if (!url.host().isEmpty())
+        bytes.prepend("//" + url.host(QUrl::FullyEncoded).toLatin1());
+    return decodeName(bytes);
+}
+
 bool FileSystem::entryExists(const QString& path)
 {
     struct stat status { };
@@ -138,6 +162,12 @@ bool FileSystem::isRealFile(const QString& path)
 {
     struct stat status { };
     return lstat(encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool FileSystem::isFile(const QString& path)
+{
+    struct stat status { };
+    return stat(encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 QStringList FileSystem::entryNames(const QString& folder)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 
 // File-system calls on paths whose names need not be valid UTF-8. A name is decoded
 // so that it encodes back to the very same bytes: valid UTF-8 reads as usual, and
@@ -18,6 +19,15 @@ public:
     static QString decodeName(const QByteArray& bytes);
     static QByteArray encodeName(const QString& name);
 
+    // A file URL that names the very bytes of `path`: what is not plain ASCII is
+    // percent-encoded byte by byte (QUrl::fromLocalFile would write U+FFFD or a
+    // surrogate's UTF-8 instead). Names that are valid UTF-8 give what fromLocalFile
+    // gives.
+    static QUrl fileURL(const QString& path);
+    // The path a file URL names, its bytes decoded as decodeName does; null when the
+    // URL is not a local file.
+    static QString localPath(const QUrl& url);
+
     // Something is there, a dangling link included.
     static bool entryExists(const QString& path);
     // Something is there after following links: a dangling link does not count.
@@ -27,6 +37,8 @@ public:
     static bool isRealFolder(const QString& path);
     // A regular file itself, not a link to one.
     static bool isRealFile(const QString& path);
+    // A regular file after following links.
+    static bool isFile(const QString& path);
 
     // The names in a folder, without "." and ".."; empty when it cannot be read.
     static QStringList entryNames(const QString& folder);

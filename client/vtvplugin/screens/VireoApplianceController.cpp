@@ -246,7 +246,7 @@ std::shared_ptr<VTVMediaAsset> VireoApplianceController::assetForFile(long index
     std::shared_ptr<VTVMediaAsset>& slot = m_pAssetList[index];
     if (!slot) {
         const QString path = m_pDirectory + QLatin1Char('/') + m_pFileList->at(index);
-        slot = std::make_shared<VTVMediaAsset>(QUrl::fromLocalFile(path));
+        slot = std::make_shared<VTVMediaAsset>(FileSystem::fileURL(path));
     }
     return slot;
 }

@@ -159,9 +159,9 @@ quint64 MpvController::nextRequest(bool isLoad)
     return m_lastRequest | (isLoad ? 1 : 0);
 }
 
-quint64 MpvController::load(const QString& target, qint64 startMS)
+quint64 MpvController::load(const QByteArray& target, qint64 startMS)
 {
-    m_pendingLoad = PendingLoad { target.toUtf8(), startMS, nextRequest(true) };
+    m_pendingLoad = PendingLoad { target, startMS, nextRequest(true) };
     const quint64 request = m_pendingLoad->request;
     if (m_outputReady) {
         issueLoad();

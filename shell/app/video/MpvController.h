@@ -36,12 +36,12 @@ public:
     // Whether frames are meant for an MpvVideoItem (vo=libmpv).
     bool rendersVideo() const { return m_output.video; }
 
-    // Opens `target` (a local path or a URL) and plays it from `startMS`. With video
-    // on, mpv can only open a file once a render context exists: the load waits for
-    // renderOutputReady(); with no video item after kRenderWaitMS, or one that cannot
-    // render, the load fails. Returns the request that settled() names once playback
-    // runs from the new position.
-    quint64 load(const QString& target, qint64 startMS);
+    // Opens `target` (the bytes of a local path, or a URL) and plays it from `startMS`.
+    // With video on, mpv can only open a file once a render context exists: the load
+    // waits for renderOutputReady(); with no video item after kRenderWaitMS, or one that
+    // cannot render, the load fails. Returns the request that settled() names once
+    // playback runs from the new position.
+    quint64 load(const QByteArray& target, qint64 startMS);
     void setPaused(bool paused);
     // Exact, so a resume point is met to the frame; returns the request as load().
     quint64 seek(qint64 ms);

@@ -5,7 +5,8 @@
 #include "video/MpvLog.h"
 #include "video/MpvProperties.h"
 
-#include <QFileInfo>
+#include "vtvplugin/platform/FileSystem.h"
+
 #include <QUrl>
 
 #include <algorithm>
@@ -19,11 +20,11 @@ namespace {
     // Key frames and rounding put the start of a file a little off the asked position.
     constexpr qint64 kStartToleranceMS = 1'000;
 
-    // Where mpv should read the asset from: a local path or an http(s) URL. mpv
-    // understands many more protocols (some reach far beyond a file); the library only
-    // ever hands out these two.
+    // Where mpv should read the asset from: a local path (its very bytes: a name need
+    // not be UTF-8) or an http(s) URL. mpv understands many more protocols (some reach
+    // far beyond a file); the library only ever hands out these two.
     struct Target {
-        QString location;
+        QByteArray location;
         QString error;
     };
 
@@ -37,17 +38,17 @@ namespace {
         const QUrl url(mediaURL);
         const QString scheme = url.scheme().toLower();
         if (scheme == u"http" || scheme == u"https")
-            return { url.toString(QUrl::FullyEncoded), {} };
+            return { url.toEncoded(), {} };
         QString path;
         if (url.isLocalFile())
-            path = url.toLocalFile();
+            path = FileSystem::localPath(url);
         else if (scheme.isEmpty() && mediaURL.startsWith(u'/'))
             path = mediaURL;
         else
             return { {}, MpvVideoPlayer::tr("Only local files and web addresses can be played.") };
-        if (!QFileInfo(path).isFile())
+        if (!FileSystem::isFile(path))
             return { {}, MpvVideoPlayer::tr("The video file is missing.") };
-        return { path, {} };
+        return { FileSystem::encodeName(path), {} };
     }
 
 } // namespace
@@ -75,7 +76,7 @@ public:
     MpvVideoPlayer& q;
     std::unique_ptr<MpvController> mpv;
     std::shared_ptr<shell::MediaAsset> asset;
-    QString location;
+    QByteArray location;
     State state = State::Stopped;
     qint64 position = 0;
     qint64 duration = 0;

@@ -4,4 +4,6 @@ namespace shell {
 
 MediaAsset::~MediaAsset() = default;
 
+void MediaAsset::takePlayerDuration(qint64) { }
+
 } // namespace shell

@@ -72,6 +72,10 @@ public:
     virtual int bookmarkTimeInSeconds() const = 0;
     virtual void setBookmarkTimeInMS(int ms) = 0;
     virtual void setHasBeenPlayed(bool played) = 0;
+    // The running time the player found in the media, in ms; the player tells it
+    // before each bookmark once it knows it. An asset whose own duration is unknown
+    // judges bookmarks by it; by default it is ignored.
+    virtual void takePlayerDuration(qint64 ms);
 
 protected:
     MediaAsset() = default;

@@ -6,6 +6,7 @@
 #include "toolkit/stack/ControllerStack.h"
 
 #include <QJsonArray>
+#include <QUrl>
 
 #include <algorithm>
 #include <climits>
@@ -47,6 +48,15 @@ namespace {
         return message.section(QLatin1Char('\n'), 0, 0).trimmed();
     }
 
+    // A trailer's URL comes from a feed: anything but an http(s) address with a host
+    // (a local file, a bare path, another protocol) is not where a trailer lives.
+    bool isWebAddress(const QString& mediaURL)
+    {
+        const QUrl url(mediaURL);
+        return url.isValid() && (url.scheme() == u"http" || url.scheme() == u"https")
+            && !url.host().isEmpty();
+    }
+
 } // namespace
 
 VideoPlayerController::VideoPlayerController(Scene& scene)
@@ -63,12 +73,19 @@ VideoPlayerController::VideoPlayerController(Scene& scene)
 void VideoPlayerController::pushPlayerForAsset(
     ControllerStack& stack, Scene& scene, std::shared_ptr<MediaAsset> asset, bool allowsResume)
 {
-    std::unique_ptr<VideoPlayer> player = VideoPlayerFactory::create();
-    QString error;
-    player->setMedia(std::move(asset), &error);
     auto controller = std::make_unique<VideoPlayerController>(scene);
-    controller->setVideoPlayer(std::move(player));
     controller->setAllowsResume(allowsResume);
+    if (asset && asset->mediaType() == MediaType::movieTrailer
+        && !isWebAddress(asset->mediaURL())) {
+        // The feed should have dropped it; no player is even made for it.
+        qCWarning(lcPlayer).noquote()
+            << "Warning: a trailer plays only from a web address:" << asset->mediaURL();
+        controller->enterError(tr("Trailers play only from web addresses."));
+    } else {
+        std::unique_ptr<VideoPlayer> player = VideoPlayerFactory::create();
+        player->setMedia(std::move(asset), nullptr);
+        controller->setVideoPlayer(std::move(player));
+    }
     stack.pushController(std::move(controller));
 }
 
@@ -280,8 +297,16 @@ void VideoPlayerController::handOverBookmark(qint64 ms)
     const std::shared_ptr<MediaAsset> asset = m_player ? m_player->media() : nullptr;
     if (!asset)
         return;
+    // Without a running time the asset counts every point as the movie's end: a
+    // bookmark then would only wipe the one it has. The player learns the duration
+    // once it has opened the file, which a seek at once can precede.
+    const qint64 duration = m_player->durationMS();
+    if (duration <= 0 && asset->duration() <= 0)
+        return;
     qCDebug(lcPlayer).noquote() << "Bookmark" << ms << "ms" << asset->mediaURL();
     m_lastHandedOverMS = ms;
+    if (duration > 0)
+        asset->takePlayerDuration(duration);
     asset->setBookmarkTimeInMS(int(std::clamp<qint64>(ms, 0, INT_MAX)));
     // The menu that made the asset keeps it: choosing the movie again must offer the
     // point just stored, not what the asset read before playback.

@@ -21,7 +21,10 @@ class ControllerStack;
 //   - The position goes to the asset's setBookmarkTimeInMS exactly once when playback
 //     ends (stop, end of media, an error after playback began, the shell terminating),
 //     and in between whenever playback has moved 10 s away from the last position
-//     handed over, so a power cut loses at most 10 s of the resume point.
+//     handed over, so a power cut loses at most 10 s of the resume point. Nothing is
+//     handed over while neither the asset nor the player knows the duration; once
+//     the player knows it, each handover tells the asset that first
+//     (takePlayerDuration).
 //   - An error shows as a short text; the next action, or 5 s later, pops back. A
 //     player whose setMedia failed shows its error at once and never plays.
 class VideoPlayerController : public LayerController {
@@ -39,7 +42,9 @@ public:
 
     // How a screen plays an asset: the platform's player (VideoPlayerFactory) is given
     // the asset, and a controller around it is pushed on `stack`. A media the player
-    // refuses shows its error once the controller is on screen.
+    // refuses shows its error once the controller is on screen. A trailer whose URL is
+    // not an http(s) address with a host never reaches a player: the controller shows
+    // why.
     static void pushPlayerForAsset(
         ControllerStack& stack, Scene& scene, std::shared_ptr<MediaAsset> asset, bool allowsResume);
 

@@ -111,15 +111,19 @@ TEST_F(MediaLibraryTest, brokenOrMissingMetadataStillPlays)
 
 TEST_F(MediaLibraryTest, bookmarksNearEitherEndAreStoredAsZero)
 {
+    // The player's duration counts only where the metadata gives none.
     const struct {
         const char* duration;
+        qint64 playerMs;
         int setMs, storedMs;
-    } rows[] = { { "120", 9999, 0 }, { "120", 10000, 10000 }, { "120", 110000, 110000 },
-        { "120", 110001, 0 }, { "120", 130000, 0 },
-        { "", 60000, 0 } }; // no duration: never resumes
+    } rows[] = { { "120", 0, 9999, 0 }, { "120", 0, 10000, 10000 }, { "120", 0, 110000, 110000 },
+        { "120", 0, 110001, 0 }, { "120", 0, 130000, 0 }, { "120", 60000, 110000, 110000 },
+        { "", 0, 60000, 0 }, { "", 60000, 20000, 20000 }, { "", 60000, 50001, 0 } };
     for (const auto& row : rows) {
         const QUrl url = movie("<m><duration>"_ba + row.duration + "</duration></m>");
-        VTVMediaAsset(url).setBookmarkTimeInMS(row.setMs);
+        VTVMediaAsset played(url);
+        played.takePlayerDuration(row.playerMs);
+        played.setBookmarkTimeInMS(row.setMs);
         const VTVMediaAsset reopened(url);
         qint32 stored = -1;
         EXPECT_TRUE(getVideoPlaybackPosition(reopened.assetIdInt(), &stored));

@@ -2,12 +2,16 @@
 // through must answer at once, whatever the file turns out to be.
 #include "ImageFileProvider.h"
 
+#include "vtvplugin/platform/FileSystem.h"
+
 #include <gtest/gtest.h>
 
 #include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
+
+#include <cstdio>
 
 #include <sys/stat.h>
 
@@ -60,6 +64,11 @@ TEST_F(ImageFileProviderTest, ACoverIsReadWhateverItsNameAndAtTheSizeAskedFor)
     // A link to a cover is followed, as the library's links are.
     ASSERT_TRUE(QFile::link(file, path("link.png")));
     EXPECT_EQ(request(path("link.png")).size(), QSize(300, 200));
+
+    // A name saved in Latin-1: its byte 0xE9 is not UTF-8 and must reach the file as is.
+    const QByteArray latin1 = QFile::encodeName(path("Caf")) + "\xE9.png";
+    ASSERT_EQ(std::rename(QFile::encodeName(file).constData(), latin1.constData()), 0);
+    EXPECT_EQ(request(FileSystem::decodeName(latin1)).size(), QSize(300, 200));
 }
 
 TEST_F(ImageFileProviderTest, WhatIsNoCoverAnswersNoImageAtOnce)

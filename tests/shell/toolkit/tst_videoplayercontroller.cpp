@@ -21,15 +21,20 @@ using shell::VideoPlayer;
 using shell::VideoPlayerController;
 using State = VideoPlayerController::State;
 
-// Remembers every bookmark the player hands over.
+// Remembers every bookmark the player hands over, and the player's duration the
+// asset knew by then.
 class RecordingAsset : public shell::XmlMediaAsset {
 public:
+    void takePlayerDuration(qint64 ms) override { playerDurationMS = ms; }
     void setBookmarkTimeInMS(int ms) override
     {
         handedOver.push_back(ms);
+        knownDurations.push_back(playerDurationMS);
         XmlMediaAsset::setBookmarkTimeInMS(ms);
     }
     std::vector<int> handedOver;
+    std::vector<qint64> knownDurations;
+    qint64 playerDurationMS = 0;
 };
 
 struct Movie {
@@ -37,6 +42,8 @@ struct Movie {
     bool played = false;
     int bookmarkMS = 0;
     int durationSeconds = 3600;
+    // What the player finds in the media, when the asset's own duration is not it.
+    qint64 playerDurationMS = -1;
     const char* url = "file:///movies/Film.m4v";
 };
 
@@ -53,6 +60,8 @@ protected:
         asset->setValue("bookmarkTimeInMS", movie.bookmarkMS);
         auto simulated = std::make_unique<SimulatedVideoPlayer>();
         player = simulated.get();
+        if (movie.playerDurationMS >= 0)
+            player->setDurationMS(movie.playerDurationMS);
         player->setMedia(asset, nullptr);
         auto made = std::make_unique<VideoPlayerController>(scene);
         controller = made.get();
@@ -233,11 +242,13 @@ TEST_F(PlayerTest, bookmarkEveryTenSecondsAndOnceAtTheEnd)
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        push({});
+        // A movie without a duration of its own learns the player's before each one.
+        push({ .durationSeconds = 0, .playerDurationMS = 3'600'000 });
         playFor(35'000);
         EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 30'000 }));
         row.finish();
         EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 30'000, 35'000 }));
+        EXPECT_EQ(asset->knownDurations, std::vector<qint64>(4, 3'600'000));
         EXPECT_EQ(onTop(), !row.popped);
 
         // Nothing after the last word: no second notice, pop or player event counts.
@@ -246,6 +257,22 @@ TEST_F(PlayerTest, bookmarkEveryTenSecondsAndOnceAtTheEnd)
         player->advance(20'000);
         stack.popController();
         EXPECT_EQ(asset->handedOver.size(), 4u);
+        stack.popController();
+    }
+}
+
+TEST_F(PlayerTest, noBookmarkWhileNeitherAssetNorPlayerKnowsTheDuration)
+{
+    // The asset would take any point for the end, and wipe the resume point it has.
+    for (const bool learns : { true, false }) {
+        SCOPED_TRACE(learns ? "the player learns it" : "never known");
+        push({ .durationSeconds = 0, .playerDurationMS = 0 });
+        playFor(25'000);
+        if (learns)
+            player->setDurationMS(60'000);
+        playFor(1'000);
+        press(RemoteAction::Menu);
+        EXPECT_EQ(asset->handedOver, learns ? Bookmarks({ 26'000, 26'000 }) : Bookmarks());
         stack.popController();
     }
 }
@@ -296,6 +323,41 @@ TEST_F(PlayerTest, errorShowsThenDismissesByActionOrTimer)
             press(RemoteAction::Right);
         EXPECT_FALSE(onTop());
         EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 12'000 }));
+        stack.popController();
+    }
+}
+
+TEST_F(PlayerTest, aTrailerReachesThePlayerOnlyFromAWebAddress)
+{
+    using shell::MediaType;
+    struct Row {
+        const char* name;
+        MediaType type;
+        const char* url;
+        bool plays;
+    };
+    const Row rows[] = {
+        { "https", MediaType::movieTrailer, "https://cdn.example/t.mov", true },
+        { "a local file", MediaType::movieTrailer, "file:///movies/t.mov", false },
+        { "a bare path", MediaType::movieTrailer, "/movies/t.mov", false },
+        { "ftp", MediaType::movieTrailer, "ftp://cdn.example/t.mov", false },
+        { "http without a host", MediaType::movieTrailer, "http:///t.mov", false },
+        { "a library movie", MediaType::movie, "file:///movies/Film.m4v", true },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        stack.pushController(std::make_unique<shell::LayerController>(scene));
+        auto media = std::make_shared<shell::XmlMediaAsset>();
+        media->setValue("mediaType", int(row.type));
+        media->setValue("mediaURL", row.url);
+        VideoPlayerController::pushPlayerForAsset(stack, scene, media, false);
+        const auto* pushed = qobject_cast<VideoPlayerController*>(stack.topController());
+        ASSERT_NE(pushed, nullptr);
+        EXPECT_EQ(pushed->state(), row.plays ? State::Playing : State::Error);
+        EXPECT_EQ(pushed->errorText(),
+            row.plays ? QString() : QStringLiteral("Trailers play only from web addresses."));
+        EXPECT_EQ(pushed->videoPlayer() && pushed->videoPlayer()->media(), row.plays);
+        stack.popController();
         stack.popController();
     }
 }

@@ -22,6 +22,7 @@
 #include <QLoggingCategory>
 
 #include <climits>
+#include <cstdio>
 #include <set>
 
 using shell::RemoteAction;
@@ -255,6 +256,32 @@ TEST_F(MainMenuTest, ABookmarkFromThePlayerIsOfferedNextTime)
         press(RemoteAction::Menu);
         m_stack->popController();
     }
+}
+
+// A movie, its metadata and its cover saved under a Latin-1 name (the byte 0xE9, not
+// UTF-8): the movie's URL and the cover's path name those very bytes.
+TEST_F(MainMenuTest, AMovieNamedInLatin1KeepsTheBytesOfItsName)
+{
+    QImage cover(8, 4, QImage::Format_RGB32);
+    cover.fill(Qt::red);
+    ASSERT_TRUE(cover.save(movies() + u"cover.png"_s, "PNG"));
+    writeFile(movies() + u"movie.m4v"_s);
+    writeFile(movies() + u"movie.xml"_s, "<movie><title>Caf\xC3\xA9</title></movie>");
+    const QByteArray stem = QFile::encodeName(movies()) + "Caf\xE9";
+    for (const auto& [from, to] :
+        { std::pair { "cover.png", ".png" }, { "movie.m4v", ".m4v" }, { "movie.xml", ".xml" } })
+        ASSERT_EQ(std::rename(QFile::encodeName(movies() + QLatin1String(from)).constData(),
+                      (stem + to).constData()),
+            0);
+
+    VireoApplianceController* top = enter();
+    ASSERT_NE(top, nullptr);
+    const auto asset = top->assetForFile(0);
+    ASSERT_NE(asset, nullptr);
+    EXPECT_EQ(asset->title(), u"Caf\u00e9"_s);
+    EXPECT_TRUE(asset->mediaURL().endsWith(u"/Caf%E9.m4v"_s)) << qPrintable(asset->mediaURL());
+    EXPECT_EQ(FileSystem::encodeName(asset->previewURL()), stem + ".png");
+    EXPECT_EQ(asset->coverArt().size(), QSize(8, 4));
 }
 
 // The player folder is a link to the pair's folder, as the sync side lays it out.

@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QUrl>
 
+#include <cstdio>
 #include <memory>
 #include <vector>
 
@@ -190,6 +191,20 @@ TEST_F(MpvPlayerTest, theEndIsEndedAndPlayStartsOver)
     ASSERT_TRUE(waitUntil(
         [&] { return player->positionMS() > 200 && player->positionMS() < 5'000; }, 5'000));
     EXPECT_EQ(player->state(), State::Playing);
+}
+
+TEST_F(MpvPlayerTest, aNameThatIsNotUtf8Plays)
+{
+    // Saved in Latin-1: mpv must be given the byte 0xE9 itself, not a stand-in.
+    const QByteArray latin1 = QFile::encodeName(clips.path("Caf")) + "\xE9.m4v";
+    ASSERT_EQ(std::rename(QFile::encodeName(movie).constData(), latin1.constData()), 0);
+    QString error;
+    ASSERT_TRUE(player->setMedia(
+        assetFor(QString::fromLatin1("file://" + latin1.toPercentEncoding("/"))), &error))
+        << error.toStdString();
+    player->play();
+    EXPECT_TRUE(playsPast(500));
+    EXPECT_TRUE(recorder->errors.isEmpty());
 }
 
 TEST_F(MpvPlayerTest, playlistsPlayTheirEntries)
