@@ -2,6 +2,7 @@
 #include "LogCapture.h"
 
 #include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/BoundedText.h"
 #include "vtvplugin/trailers/TrailerCredentials.h"
 #include "vtvplugin/trailers/TrailerLoaderDelegate.h"
 #include "vtvplugin/trailers/VireoTrailerLoader.h"
@@ -217,6 +218,42 @@ TEST_F(TrailerLoaderTest, CompleteVideosBecomeTrailerAssetsInListOrder)
     EXPECT_EQ(loader.assetListSize(), 2);
 }
 
+TEST_F(TrailerLoaderTest, KeepsOnlyWebVideosWithBoundedTexts)
+{
+    const struct {
+        const char* title;
+        const char* trailer;
+        const char* thumbnail;
+    } rows[] = {
+        { "file trailer", "file:///some/local/video.mp4?", "http://img.example/" },
+        { "file thumbnail", "http://cdn.example/t", "file:///some/folder/" },
+        { "bare path", "/tmp/video", "" },
+        { "ftp", "ftp://cdn.example/t", "" },
+        { "http without host", "http:///t", "" },
+        { "https", "HTTPS://cdn.example/t", "https://img.example/" },
+    };
+    QByteArray videos;
+    for (const auto& row : rows) {
+        videos += video(QStringLiteral("1"), QLatin1String(row.title), QLatin1String(row.trailer),
+            QStringLiteral("<lrgThumbnailURL>%1</lrgThumbnailURL>")
+                .arg(QLatin1String(row.thumbnail)));
+    }
+    const QString longText(BoundedText::kMaxFieldChars + 1, u'd');
+    videos += video(QStringLiteral("2"), QStringLiteral("long"), QStringLiteral("http://c/2"),
+        QStringLiteral("<description>") + longText + QStringLiteral("</description>"));
+    server.answer(reply(listOf(videos)));
+    ASSERT_TRUE(loader.fetchStats(0, &recorder));
+    ASSERT_TRUE(waitForEnd(loader));
+
+    EXPECT_EQ(fetchedTitles(), (QStringList { QStringLiteral("https"), QStringLiteral("long") }));
+    const QStringList warnings = LogCapture::containing(QStringLiteral("Warning: video skipped"));
+    ASSERT_EQ(warnings.size(), 5) << warnings.join('\n').toStdString();
+    EXPECT_TRUE(warnings.at(0).endsWith(QStringLiteral(": file:///some/local/video.mp4?")));
+    EXPECT_TRUE(warnings.at(1).endsWith(QStringLiteral(": file:///some/folder/")));
+    ASSERT_EQ(loader.assetListSize(), 2);
+    EXPECT_EQ(loader.assetList()[1]->mediaDescription().size(), BoundedText::kMaxFieldChars);
+}
+
 TEST_F(TrailerLoaderTest, AnEmptyListStillRefreshesThePreview)
 {
     server.answer(reply(listOf("<video></video>")));
@@ -320,11 +357,21 @@ QByteArray inflatedReply()
         + refs + "</string></value></param></params></methodResponse>";
 }
 
+// The same inside the list, between two videos, where no field collects it.
+QByteArray inflatedList()
+{
+    return "<!DOCTYPE v [<!ENTITY e \"0123456789012345678901234567890123456789\">]><videos>"
+        + video(QStringLiteral("1"), QStringLiteral("A"), QStringLiteral("http://c/1"))
+        + QByteArray("&e;").repeated(230000)
+        + video(QStringLiteral("2"), QStringLiteral("B"), QStringLiteral("http://c/2"))
+        + "</videos>";
+}
+
 QByteArray longList()
 {
     QByteArray videos;
     for (int i = 0; i < 1001; ++i)
-        videos += video(QString::number(i), QStringLiteral("T"), QStringLiteral("u"));
+        videos += video(QString::number(i), QStringLiteral("T"), QStringLiteral("http://c/u"));
     return reply(listOf(videos));
 }
 
@@ -354,8 +401,8 @@ const HostileCase kHostileCases[] = {
     { "MalformedListAfterTwoVideos",
         [](FeedTestServer& s, VireoTrailerLoader&) {
             s.answer(reply("<videos>"
-                + video(QStringLiteral("1"), QStringLiteral("A"), QStringLiteral("u"))
-                + video(QStringLiteral("2"), QStringLiteral("B"), QStringLiteral("u"))
+                + video(QStringLiteral("1"), QStringLiteral("A"), QStringLiteral("http://c/u"))
+                + video(QStringLiteral("2"), QStringLiteral("B"), QStringLiteral("http://c/u"))
                 + "<video><title>broken</videos>"));
         },
         { kParser, QStringLiteral("Failed to parse XML payload") }, "malformed list", true, 2 },
@@ -375,6 +422,10 @@ const HostileCase kHostileCases[] = {
     { "InflatedPayload", [](FeedTestServer& s, VireoTrailerLoader&) { s.answer(inflatedReply()); },
         { kParser, QStringLiteral("Failed to parse XML data"), kFetch },
         "payload longer than 8388608 characters", false, 0 },
+    { "InflatedListBetweenVideos",
+        [](FeedTestServer& s, VireoTrailerLoader&) { s.answer(reply(inflatedList())); },
+        { kParser, QStringLiteral("Failed to parse XML payload") },
+        "trailer list longer than 8388608 characters", true, 1 },
     { "ThousandAndOneVideos", [](FeedTestServer& s, VireoTrailerLoader&) { s.answer(longList()); },
         { kParser, QStringLiteral("Failed to parse XML payload") }, "longer than 1000 videos", true,
         1000 },
