@@ -184,20 +184,22 @@ void TrailerFeedParser::takeVideo()
         stopParsing(QStringLiteral("trailer list longer than %1 videos").arg(kMaxVideos));
         return;
     }
-    // No thumbnail is harmless; a thumbnail elsewhere than on the web is not.
-    const bool thumbnailOk = m_pThumbnailURL.isEmpty() || isWebUrl(m_pThumbnailURL);
-    if (!isWebUrl(m_pTrailerURL) || !thumbnailOk) {
-        qCDebug(lcTrailers).noquote() << "Warning: video skipped, URL not http or https:"
-                                      << (thumbnailOk ? m_pTrailerURL : m_pThumbnailURL);
-        return;
-    }
     // The service names the stream without its container suffix.
     const QUrl url(m_pTrailerURL + QStringLiteral("x.flv"));
     // The asset appends its own file name to the thumbnail text it is given, so it gets
     // a copy of its own.
     QString thumbnail = m_pThumbnailURL;
-    m_sink(std::make_shared<VTVMediaAsset>(
-        url, m_pVideoID, m_nTrailerDuration, m_nTrailerSize, m_pTitle, thumbnail, m_pDescription));
+    auto asset = std::make_shared<VTVMediaAsset>(
+        url, m_pVideoID, m_nTrailerDuration, m_nTrailerSize, m_pTitle, thumbnail, m_pDescription);
+    // The URLs as they will be fetched, suffixes and all. No thumbnail is harmless; a
+    // thumbnail elsewhere than on the web is not.
+    const bool thumbnailOk = m_pThumbnailURL.isEmpty() || isWebUrl(asset->previewURL());
+    if (!isWebUrl(asset->mediaURL()) || !thumbnailOk) {
+        qCDebug(lcTrailers).noquote() << "Warning: video skipped, URL not http or https:"
+                                      << (thumbnailOk ? m_pTrailerURL : m_pThumbnailURL);
+        return;
+    }
+    m_sink(std::move(asset));
 }
 
 void TrailerFeedParser::clearVideo()

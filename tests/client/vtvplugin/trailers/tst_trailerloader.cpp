@@ -230,6 +230,7 @@ TEST_F(TrailerLoaderTest, KeepsOnlyWebVideosWithBoundedTexts)
         { "bare path", "/tmp/video", "" },
         { "ftp", "ftp://cdn.example/t", "" },
         { "http without host", "http:///t", "" },
+        { "no URL once suffixed", "http://cdn.example:", "" },
         { "https", "HTTPS://cdn.example/t", "https://img.example/" },
     };
     QByteArray videos;
@@ -247,7 +248,7 @@ TEST_F(TrailerLoaderTest, KeepsOnlyWebVideosWithBoundedTexts)
 
     EXPECT_EQ(fetchedTitles(), (QStringList { QStringLiteral("https"), QStringLiteral("long") }));
     const QStringList warnings = LogCapture::containing(QStringLiteral("Warning: video skipped"));
-    ASSERT_EQ(warnings.size(), 5) << warnings.join('\n').toStdString();
+    ASSERT_EQ(warnings.size(), 6) << warnings.join('\n').toStdString();
     EXPECT_TRUE(warnings.at(0).endsWith(QStringLiteral(": file:///some/local/video.mp4?")));
     EXPECT_TRUE(warnings.at(1).endsWith(QStringLiteral(": file:///some/folder/")));
     ASSERT_EQ(loader.assetListSize(), 2);
