@@ -1,6 +1,7 @@
 #include "vtvplugin/media/MetadataReader.h"
 
 #include "vtvplugin/platform/BoundedFile.h"
+#include "vtvplugin/platform/BoundedText.h"
 #include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/TextNumber.h"
 #include "vtvplugin/platform/VtvLog.h"
@@ -49,11 +50,16 @@ void MetadataReader::startElement(const QString& name)
 
 void MetadataReader::characters(const QString& text)
 {
+    m_documentChars += text.size();
+    if (m_documentChars > kMaxDocumentChars) {
+        stopParsing(QStringLiteral("metadata longer than %1 characters").arg(kMaxDocumentChars));
+        return;
+    }
     if (_currentItem.isEmpty())
         return;
     if (_currentData.isNull())
         _currentData.reserve(60);
-    _currentData += text;
+    BoundedText::append(_currentData, text);
 }
 
 void MetadataReader::endElement(const QString& name)
@@ -78,23 +84,33 @@ void MetadataReader::storeCurrentItem(const QString& trimmed)
     MovieMetadata& m = m_metadata;
     const qint32 number = TextNumber::leadingInt(_currentData);
     if (item == QLatin1String("title"))
-        m.title += trimmed;
+        BoundedText::append(m.title, trimmed);
     else if (item == QLatin1String("description"))
-        m.description += _currentData;
+        BoundedText::append(m.description, _currentData);
     else if (item == QLatin1String("cast"))
-        m.cast.append(trimmed);
+        appendEntry(m.cast, m_castChars, trimmed);
     else if (item == QLatin1String("directors"))
-        m.directors.append(trimmed);
+        appendEntry(m.directors, m_directorsChars, trimmed);
     else if (item == QLatin1String("producers"))
-        m.producers.append(trimmed);
+        appendEntry(m.producers, m_producersChars, trimmed);
     else if (item == QLatin1String("duration") && number > 0)
         m.duration = number;
     else if (item == QLatin1String("sversion"))
-        m.xmlVersion += trimmed;
+        BoundedText::append(m.xmlVersion, trimmed);
     else if (item == QLatin1String("ccontentid"))
-        m.clientContentId += trimmed;
+        BoundedText::append(m.clientContentId, trimmed);
     else if (item == QLatin1String("vcontentid"))
-        m.vireoContentId += trimmed;
+        BoundedText::append(m.vireoContentId, trimmed);
     else if (item == QLatin1String("cversion") && number > 0)
         m.cVersion = number;
+}
+
+void MetadataReader::appendEntry(QStringList& list, qsizetype& listChars, const QString& entry)
+{
+    const qsizetype length
+        = BoundedText::fittingLength(entry, BoundedText::kMaxFieldChars - listChars - 1);
+    if (length <= 0)
+        return;
+    list.append(entry.left(length));
+    listChars += length + 1;
 }

@@ -1,6 +1,7 @@
 #include "vtvplugin/trailers/TrailerFeedParser.h"
 
 #include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/BoundedText.h"
 #include "vtvplugin/platform/TextNumber.h"
 #include "vtvplugin/platform/VtvLog.h"
 
@@ -14,6 +15,16 @@ namespace {
 const QString kString = QStringLiteral("string");
 const QString kFault = QStringLiteral("fault");
 const QString kVideo = QStringLiteral("video");
+
+// A feed names streams and pictures on the web; anything else (a local file, a bare
+// path, another scheme) is no business of a trailer's.
+bool isWebUrl(const QString& text)
+{
+    const QUrl url(text);
+    const QString scheme = url.scheme();
+    return url.isValid() && (scheme == QLatin1String("http") || scheme == QLatin1String("https"))
+        && !url.host().isEmpty();
+}
 
 } // namespace
 
@@ -56,24 +67,15 @@ bool TrailerFeedParser::parsePayload(QString* error)
 
 bool TrailerFeedParser::parse(const QByteArray& document, QString* error)
 {
-    m_overflow.clear();
+    m_documentChars = 0;
     QString description;
     ExpatParser parser(*this);
-    const bool parsed = parser.parse(document, &description);
-    if (parsed && m_overflow.isEmpty())
+    if (parser.parse(document, &description))
         return true;
-    if (parsed)
-        description = m_overflow;
     qCDebug(lcTrailers).noquote() << "XML Parser error:" << description;
     if (error)
         *error = description;
     return false;
-}
-
-void TrailerFeedParser::overflow(const QString& what)
-{
-    if (m_overflow.isEmpty())
-        m_overflow = what;
 }
 
 void TrailerFeedParser::startElement(const QString& name)
@@ -107,13 +109,14 @@ void TrailerFeedParser::replyStartElement(const QString& name)
 
 void TrailerFeedParser::replyCharacters(const QString& text)
 {
-    if (!m_bReadingPayload)
-        return;
-    if (m_pXMLPayload->size() + text.size() > kMaxPayloadChars) {
-        overflow(QStringLiteral("reply payload longer than %1 characters").arg(kMaxPayloadChars));
+    m_documentChars += text.size();
+    if (m_documentChars > kMaxPayloadChars) {
+        stopParsing(
+            QStringLiteral("reply payload longer than %1 characters").arg(kMaxPayloadChars));
         return;
     }
-    m_pXMLPayload->append(text);
+    if (m_bReadingPayload)
+        m_pXMLPayload->append(text);
 }
 
 void TrailerFeedParser::listStartElement(const QString& name)
@@ -128,14 +131,13 @@ void TrailerFeedParser::listStartElement(const QString& name)
 
 void TrailerFeedParser::listCharacters(const QString& text)
 {
-    if (m_currentElement.isEmpty())
-        return;
-    m_listChars += text.size();
-    if (m_listChars > kMaxListChars) {
-        overflow(QStringLiteral("trailer list longer than %1 characters").arg(kMaxListChars));
+    m_documentChars += text.size();
+    if (m_documentChars > kMaxListChars) {
+        stopParsing(QStringLiteral("trailer list longer than %1 characters").arg(kMaxListChars));
         return;
     }
-    m_currentText += text;
+    if (!m_currentElement.isEmpty())
+        BoundedText::append(m_currentText, text);
 }
 
 void TrailerFeedParser::listEndElement(const QString& name)
@@ -170,20 +172,34 @@ void TrailerFeedParser::storeField(const QString& text)
 
 void TrailerFeedParser::finishVideo()
 {
-    const bool complete = !m_pTrailerURL.isEmpty() && !m_pVideoID.isEmpty() && !m_pTitle.isEmpty();
-    if (complete && ++m_videoCount > kMaxVideos)
-        overflow(QStringLiteral("trailer list longer than %1 videos").arg(kMaxVideos));
-    if (complete && m_overflow.isEmpty()) {
-        // The service names the stream without its container suffix.
-        const QUrl url(m_pTrailerURL + QStringLiteral("x.flv"));
-        // The asset appends its own file name to the thumbnail text it is given, so
-        // it gets a copy of its own.
-        QString thumbnail = m_pThumbnailURL;
-        m_sink(std::make_shared<VTVMediaAsset>(url, m_pVideoID, m_nTrailerDuration, m_nTrailerSize,
-            m_pTitle, thumbnail, m_pDescription));
-    }
+    if (!m_pTrailerURL.isEmpty() && !m_pVideoID.isEmpty() && !m_pTitle.isEmpty())
+        takeVideo();
     // A skipped video leaves nothing behind for the next one.
     clearVideo();
+}
+
+void TrailerFeedParser::takeVideo()
+{
+    if (++m_videoCount > kMaxVideos) {
+        stopParsing(QStringLiteral("trailer list longer than %1 videos").arg(kMaxVideos));
+        return;
+    }
+    // The service names the stream without its container suffix.
+    const QUrl url(m_pTrailerURL + QStringLiteral("x.flv"));
+    // The asset appends its own file name to the thumbnail text it is given, so it gets
+    // a copy of its own.
+    QString thumbnail = m_pThumbnailURL;
+    auto asset = std::make_shared<VTVMediaAsset>(
+        url, m_pVideoID, m_nTrailerDuration, m_nTrailerSize, m_pTitle, thumbnail, m_pDescription);
+    // The URLs as they will be fetched, suffixes and all. No thumbnail is harmless; a
+    // thumbnail elsewhere than on the web is not.
+    const bool thumbnailOk = m_pThumbnailURL.isEmpty() || isWebUrl(asset->previewURL());
+    if (!isWebUrl(asset->mediaURL()) || !thumbnailOk) {
+        qCDebug(lcTrailers).noquote() << "Warning: video skipped, URL not http or https:"
+                                      << (thumbnailOk ? m_pTrailerURL : m_pThumbnailURL);
+        return;
+    }
+    m_sink(std::move(asset));
 }
 
 void TrailerFeedParser::clearVideo()

@@ -15,16 +15,21 @@ class VTVMediaAsset;
 // string value carries the list as a second XML document; a "fault" element anywhere
 // in it marks a fault, and the string value is then the fault's text. The inner
 // document lists "video" elements, each of which becomes a trailer asset once it has a
-// trailer URL, an id and a title.
+// trailer URL, an id and a title. Only web addresses (http or https, with a host) are
+// followed: a video whose trailer or thumbnail URL is anything else (a local file, say)
+// is skipped with a warning.
 //
 // A reply is at most a few megabytes, but internal entities can make its text far
-// longer than its bytes, so every text that is kept is bounded as well.
+// longer than its bytes, so every text that is kept is bounded as well: each field
+// keeps at most BoundedText::kMaxFieldChars characters, and a document whose text
+// passes its bound, or a list past kMaxVideos, ends the parse there.
 class TrailerFeedParser : private ExpatParser::Handler {
 public:
     // Receives each trailer asset in list order.
     using AssetSink = std::function<void(std::shared_ptr<VTVMediaAsset>)>;
 
-    // The string value of the outer document, in characters.
+    // All the text of the outer document, its string value being nearly all of it, in
+    // characters.
     static constexpr qsizetype kMaxPayloadChars = 8 * 1024 * 1024;
     // All the text of the inner document together, in characters.
     static constexpr qsizetype kMaxListChars = 8 * 1024 * 1024;
@@ -55,8 +60,8 @@ private:
     void listEndElement(const QString& name);
     void storeField(const QString& text);
     void finishVideo();
+    void takeVideo();
     void clearVideo();
-    void overflow(const QString& what);
     bool parse(const QByteArray& document, QString* error);
 
     AssetSink m_sink;
@@ -81,8 +86,7 @@ private:
     // the pieces are joined and trimmed once the element ends.
     QString m_currentText;
 
-    qsizetype m_listChars = 0;
+    // The text of the document being parsed so far.
+    qsizetype m_documentChars = 0;
     int m_videoCount = 0;
-    // Why the document was cut short, empty while it fits its bounds.
-    QString m_overflow;
 };

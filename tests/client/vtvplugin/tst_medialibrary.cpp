@@ -1,6 +1,8 @@
 #include "LibraryFixture.h"
 
+#include "vtvplugin/media/MetadataReader.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/BoundedText.h"
 #include "vtvplugin/platform/HomeFolder.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
@@ -107,6 +109,55 @@ TEST_F(MediaLibraryTest, brokenOrMissingMetadataStillPlays)
     LogCapture::lines().clear();
     EXPECT_EQ(fields(VTVMediaAsset(QUrl::fromLocalFile(movies() + u"Bare.m4v"_s))), QString());
     EXPECT_TRUE(LogCapture::lines().isEmpty());
+}
+
+TEST_F(MediaLibraryTest, metadataTextsAreBounded)
+{
+    constexpr qsizetype kField = BoundedText::kMaxFieldChars;
+    const auto element = [](const char* name, qsizetype length, const QByteArray& tail = {}) {
+        return '<' + QByteArray(name) + '>' + QByteArray(length, 'x') + tail + "</" + name + '>';
+    };
+    // An entity of 1000 characters used just often enough to pass the document's bound.
+    const qsizetype uses = MetadataReader::kMaxDocumentChars / 1000 + 1;
+    const QByteArray inflated = "<!DOCTYPE m [<!ENTITY e \"" + QByteArray(1000, 'e') + "\">]>"
+        + "<m><title>T</title><description>" + QByteArray("&e;").repeated(uses)
+        + "</description><title>Late</title></m>";
+    const struct {
+        const char* name;
+        QByteArray xml;
+        // The title, then the lengths of the description and of the cast's names joined.
+        const char* kept;
+        bool stopped;
+    } rows[] = {
+        { "descriptions append up to the bound",
+            "<m>" + element("description", 40000) + element("description", 40000) + "</m>",
+            " 65536 0", false },
+        { "cut before a surrogate pair",
+            "<m>" + element("description", kField - 1, "\xF0\x9F\x8E\xAC") + "</m>", " 65535 0",
+            false },
+        { "a list is one field, its names counted with a separator",
+            "<m><cast>" + element("name", 30000) + element("name", 30000) + element("name", 30000)
+                + "</cast><title>T</title></m>",
+            "T 0 65535", false },
+        { "entities past the document's bound stop the parse", inflated, "T 0 0", true },
+    };
+    for (const auto& row : rows) {
+        LogCapture::lines().clear();
+        const VTVMediaAsset a(movie(row.xml));
+        EXPECT_EQ(QStringLiteral("%1 %2 %3")
+                      .arg(a.title())
+                      .arg(a.mediaDescription().size())
+                      .arg(a.cast().join(u',').size())
+                      .toStdString(),
+            row.kept)
+            << row.name;
+        const QString stopLog = u"XML Parser error: metadata longer than 524288 characters\n"
+                                "Failed to parse XML file: "_s
+            + movies() + u"Film.xml"_s;
+        EXPECT_EQ(LogCapture::lines().join(u'\n').toStdString(),
+            (row.stopped ? stopLog : QString()).toStdString())
+            << row.name;
+    }
 }
 
 TEST_F(MediaLibraryTest, bookmarksNearEitherEndAreStoredAsZero)

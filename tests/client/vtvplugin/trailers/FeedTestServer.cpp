@@ -31,6 +31,15 @@ bool takeRequest(const QByteArray& data, FeedTestServer::Request& request)
     return true;
 }
 
+QByteArray framingHeader(qint64 announced)
+{
+    if (announced == FeedTestServer::kChunked)
+        return "Transfer-Encoding: chunked\r\n";
+    if (announced == FeedTestServer::kUntilClose)
+        return {};
+    return "Content-Length: " + QByteArray::number(announced) + "\r\n";
+}
+
 } // namespace
 
 QByteArray FeedTestServer::Request::header(const QByteArray& name) const
@@ -49,7 +58,11 @@ FeedTestServer::FeedTestServer()
     connect(&m_server, &QTcpServer::newConnection, this, &FeedTestServer::onConnection);
 }
 
-FeedTestServer::~FeedTestServer() = default;
+FeedTestServer::~FeedTestServer()
+{
+    m_streamThread.quit();
+    m_streamThread.wait();
+}
 
 QUrl FeedTestServer::url() const
 {
@@ -136,14 +149,17 @@ void FeedTestServer::respond(QTcpSocket* socket)
         m_bodyBytesSent = 0;
         m_bodyBytesQueued = 0;
         m_clientHungUp = false;
-        socket->write(statusLine(200)
-            + (m_announced >= 0 ? "Content-Length: " + QByteArray::number(m_announced) + "\r\n"
-                                : QByteArray())
-            + "Connection: close\r\n\r\n");
-        connect(socket, &QTcpSocket::bytesWritten, this, [this, socket] { sendMore(socket); });
-        connect(socket, &QTcpSocket::disconnected, this,
+        socket->write(statusLine(200) + framingHeader(m_announced) + "Connection: close\r\n\r\n");
+        // Hand the socket over: whatever the client sends from now on is ignored there.
+        disconnect(socket, nullptr, this, nullptr);
+        socket->setParent(nullptr);
+        m_streamThread.start();
+        socket->moveToThread(&m_streamThread);
+        connect(&m_streamThread, &QThread::finished, socket, &QObject::deleteLater);
+        connect(socket, &QTcpSocket::bytesWritten, socket, [this, socket] { sendMore(socket); });
+        connect(socket, &QTcpSocket::disconnected, socket,
             [this] { m_clientHungUp = m_bodyBytesQueued < m_streamBytes; });
-        sendMore(socket);
+        QMetaObject::invokeMethod(socket, [this, socket] { sendMore(socket); });
         return;
     }
 }
@@ -155,11 +171,17 @@ void FeedTestServer::sendMore(QTcpSocket* socket)
     m_bodyBytesSent = m_bodyBytesQueued - socket->bytesToWrite();
     if (socket->bytesToWrite() > 0 || socket->state() != QAbstractSocket::ConnectedState)
         return;
+    const bool chunked = m_announced == kChunked;
     if (m_bodyBytesQueued >= m_streamBytes) {
+        if (chunked)
+            socket->write("0\r\n\r\n");
         socket->disconnectFromHost();
         return;
     }
     const qint64 size = std::min(kChunkBytes, m_streamBytes - m_bodyBytesQueued);
-    socket->write(QByteArray(size, 'x'));
-    m_bodyBytesQueued += size;
+    const QByteArray filler(size, 'x');
+    const QByteArray frame
+        = chunked ? QByteArray::number(size, 16) + "\r\n" + filler + "\r\n" : filler;
+    socket->write(frame);
+    m_bodyBytesQueued += frame.size();
 }

@@ -4,8 +4,10 @@
 #include <QList>
 #include <QObject>
 #include <QTcpServer>
+#include <QThread>
 #include <QUrl>
 
+#include <atomic>
 #include <chrono>
 
 class QTcpSocket;
@@ -40,8 +42,15 @@ public:
     void staySilent();
     // Sends headers promising a long body, then one byte per interval for ever.
     void trickle(std::chrono::milliseconds interval);
-    // Streams `bytes` of filler as fast as the client reads, then closes. The length
-    // announced is `announced`; none when negative.
+    // For stream(): no length, the body runs until the connection closes.
+    static constexpr qint64 kUntilClose = -1;
+    // For stream(): no length, the body comes in chunks (Transfer-Encoding: chunked).
+    static constexpr qint64 kChunked = -2;
+
+    // Streams `bytes` of body (filler, in chunk frames when chunked) as fast as the client
+    // reads, then closes. The length announced is `announced`, or none (kUntilClose,
+    // kChunked). The body goes out from a thread of its own, as from a real server, so
+    // it does not wait for the test's event loop while the client's side keeps it busy.
     void stream(qint64 bytes, qint64 announced);
 
     const QList<Request>& requests() const { return m_requests; }
@@ -67,7 +76,9 @@ private:
     qint64 m_streamBytes = 0;
     qint64 m_announced = -1;
     QList<Request> m_requests;
-    qint64 m_bodyBytesSent = 0;
+    QThread m_streamThread;
+    // On the stream thread.
     qint64 m_bodyBytesQueued = 0;
-    bool m_clientHungUp = false;
+    std::atomic<qint64> m_bodyBytesSent = 0;
+    std::atomic<bool> m_clientHungUp = false;
 };
