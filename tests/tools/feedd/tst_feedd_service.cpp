@@ -242,13 +242,20 @@ TEST_F(FeeddService, RangesAreReadFromTheFile)
         { "bytes=40000-", 206, 40000, size - 1 },
         { "bytes=10-999999", 206, 10, size - 1 },
         { "bytes=-999999", 206, 0, size - 1 },
+        { "Bytes=0-0", 206, 0, 0 },
+        { "bytes=7-99999999999999999999999", 206, 7, size - 1 },
         { "bytes=40003-", 416, 0, -1 },
-        { "bytes=5-2", 416, 0, -1 },
         { "bytes=-0", 416, 0, -1 },
-        { "bytes=abc", 416, 0, -1 },
-        { "bytes=0-1,4-5", 416, 0, -1 },
-        { "items=0-1", 416, 0, -1 },
+        { "bytes=9223372036854775807-", 416, 0, -1 },
+        { "bytes=9999999999999999999-", 416, 0, -1 },
         { "bytes=99999999999999999999-", 416, 0, -1 },
+        // Not a byte range this service serves: ignored, the whole file.
+        { "bytes=5-2", 200, 0, size - 1 },
+        { "bytes=abc", 200, 0, size - 1 },
+        { "bytes=1-x", 200, 0, size - 1 },
+        { "bytes=0-1,4-5", 200, 0, size - 1 },
+        { "items=0-1", 200, 0, size - 1 },
+        { "bytes", 200, 0, size - 1 },
     };
     QTcpSocket keepAlive; // every case on one connection, as a player does
     keepAlive.connectToHost(QHostAddress::LocalHost, port());
