@@ -308,6 +308,14 @@ TEST_F(FeeddService, OnlyFilesTheCatalogueNamesAreServed)
 TEST_F(FeeddService, RequestsTooLargeOrUnreadableAreRefusedBeforeTheirBody)
 {
     const QByteArray postHead = "POST /xmlrpc/ HTTP/1.1\r\nHost: 127.0.0.1\r\n";
+    // A POST of `lines` header lines in all whose body is a request of its own.
+    const auto smuggling = [&](int lines) {
+        QByteArray head = postHead;
+        for (int i = 2; i < lines; ++i)
+            head += "X-" + QByteArray::number(i) + ": a\r\n";
+        const QByteArray inner = get("/media/t01x.flv");
+        return head + "Content-Length: " + QByteArray::number(inner.size()) + "\r\n\r\n" + inner;
+    };
     const struct {
         const char* name;
         QByteArray request;
@@ -322,6 +330,8 @@ TEST_F(FeeddService, RequestsTooLargeOrUnreadableAreRefusedBeforeTheirBody)
         { "a signed length", postHead + "Content-Length: +3\r\n\r\nabc", 400 },
         { "a head over 16 KB", "GET / HTTP/1.1\r\nX-Pad: " + QByteArray(17000, 'a') + "\r\n\r\n",
             431 },
+        { "101 header lines", smuggling(101), 431 },
+        { "100 header lines are read", smuggling(100), 200 },
         { "no request line", "hello there\r\n\r\n", 400 },
         { "a tunnel", "CONNECT 127.0.0.1:22 HTTP/1.1\r\n\r\n", 400 },
         { "a body of exactly 1 MB is read",
