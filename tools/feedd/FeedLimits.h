@@ -18,6 +18,10 @@ struct FeedLimits {
     int stalledStreamMs = 60000;
     // Connections open at once; one more is closed as soon as it is accepted.
     int maxConnections = 256;
+    // Connections open at once from one client (an IPv4 address, or an IPv6 /64
+    // network, which one host usually has whole): one client cannot take every
+    // connection and keep all others out.
+    int maxConnectionsPerClient = 32;
     // After a refusal the service reads (and throws away) what the client still sends
     // for at most this long, so that the client sees the refusal rather than a reset.
     int lingerMs = 2000;

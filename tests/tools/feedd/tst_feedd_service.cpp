@@ -344,6 +344,29 @@ TEST_F(FeeddService, RequestsTooLargeOrUnreadableAreRefusedBeforeTheirBody)
     }
 }
 
+TEST_F(FeeddService, ASecondClientIsServedWhileOneHoldsAsManyConnectionsAsTheServiceTakes)
+{
+    // Each of them busy with a request; the service keeps only the first client's share.
+    const FeedLimits limits;
+    std::vector<std::unique_ptr<QTcpSocket>> held;
+    for (int i = 0; i < limits.maxConnections; ++i) {
+        held.push_back(std::make_unique<QTcpSocket>());
+        held.back()->bind(QHostAddress(QStringLiteral("127.0.0.1")));
+        held.back()->connectToHost(QHostAddress::LocalHost, port());
+        ASSERT_TRUE(held.back()->waitForConnected(5000));
+    }
+    int served = 0;
+    for (const auto& socket : held)
+        served += exchange(*socket, get("/thumbnails/vtv_ca_t01.jpg")).status == 200;
+    EXPECT_EQ(served, limits.maxConnectionsPerClient);
+
+    QTcpSocket other;
+    other.bind(QHostAddress(QStringLiteral("127.0.0.2")));
+    other.connectToHost(QHostAddress::LocalHost, port());
+    ASSERT_TRUE(other.waitForConnected(5000));
+    EXPECT_EQ(exchange(other, get("/thumbnails/vtv_ca_t01.jpg")).status, 200);
+}
+
 class FeeddLimits : public FeeddService {
 protected:
     FeedLimits limits() const override
