@@ -198,20 +198,3 @@ int RequestFramer::httpStatus(Verdict verdict)
     }
     return 400;
 }
-
-QByteArray RequestFramer::reason(Verdict verdict)
-{
-    switch (verdict) {
-    case Verdict::Continue:
-        return QByteArrayLiteral("OK");
-    case Verdict::BadRequest:
-        return QByteArrayLiteral("Bad Request");
-    case Verdict::LengthRequired:
-        return QByteArrayLiteral("Length Required");
-    case Verdict::BodyTooLarge:
-        return QByteArrayLiteral("Payload Too Large");
-    case Verdict::HeadTooLarge:
-        return QByteArrayLiteral("Request Header Fields Too Large");
-    }
-    return QByteArrayLiteral("Bad Request");
-}

@@ -8,6 +8,7 @@
 #include "vtvplugin/trailers/TrailerRequest.h"
 #include "vtvplugin/trailers/TrailerTypes.h"
 
+#include <QDir>
 #include <QFile>
 #include <QThread>
 
@@ -367,6 +368,47 @@ TEST_F(FeeddService, ASecondClientIsServedWhileOneHoldsAsManyConnectionsAsTheSer
     EXPECT_EQ(exchange(other, get("/thumbnails/vtv_ca_t01.jpg")).status, 200);
 }
 
+TEST_F(FeeddService, RequestsSentAheadAreAnsweredInOrderWithoutOpeningTheirFilesAhead)
+{
+    const auto openDescriptors
+        = [] { return qint64(QDir(QStringLiteral("/proc/self/fd")).count()); };
+    const qint64 before = openDescriptors();
+    // Hundreds of ranges of a file, sent at once by a client that reads nothing yet.
+    constexpr int kCount = 300;
+    QByteArray requests;
+    for (int i = 0; i < kCount; ++i)
+        requests += get("/media/t03x.flv", "Range: bytes=" + QByteArray::number(i) + "-\r\n");
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, port());
+    ASSERT_TRUE(client.waitForConnected(5000));
+    client.write(requests);
+    qint64 most = 0;
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 500) {
+        if (!client.waitForBytesWritten(10))
+            QThread::msleep(10);
+        most = qMax(most, openDescriptors());
+    }
+    EXPECT_LE(most - before, 3) << "a socket each way and one file at most";
+    const QByteArray file = mediaBytes(3, 40003);
+    for (int i = 0; i < kCount; ++i) {
+        const HttpReply reply = readReply(client);
+        ASSERT_EQ(reply.status, 206) << i;
+        ASSERT_EQ(reply.body, file.mid(i)) << i;
+    }
+
+    // Behind an answered request, one whose body comes in a later packet.
+    const QByteArray call = post(::call(0, 1));
+    client.write(get("/thumbnails/vtv_ca_t01.jpg") + call.chopped(10));
+    client.waitForBytesWritten(1000);
+    QThread::msleep(100);
+    client.write(call.right(10));
+    EXPECT_EQ(readReply(client).status, 200);
+    int fault = -1;
+    EXPECT_EQ(videosOf(readReply(client).body, fault).size(), 1);
+}
+
 class FeeddLimits : public FeeddService {
 protected:
     FeedLimits limits() const override
@@ -374,6 +416,7 @@ protected:
         FeedLimits limits;
         limits.requestTimeoutMs = 600;
         limits.stalledStreamMs = 500;
+        limits.connectionLifeMs = 1500;
         return limits;
     }
 };
@@ -410,18 +453,29 @@ TEST_F(FeeddLimits, AClientThatDoesNotCompleteItsRequestInTimeIsDropped)
     }
 }
 
-TEST_F(FeeddLimits, AKeepAliveClientHasItsTimeAgainAfterEachAnswer)
+TEST_F(FeeddLimits, AKeepAliveClientHasItsTimeAgainAfterEachAnswerUntilTheConnectionsLifeIsOver)
 {
     QTcpSocket client;
     client.connectToHost(QHostAddress::LocalHost, port());
     ASSERT_TRUE(client.waitForConnected(5000));
-    // Answered at once (a list) and streamed (a thumbnail), in turn.
-    for (int i = 0; i < 4; ++i) {
-        QThread::msleep(300); // 4 x 300 ms: twice the limit in all
-        const HttpReply reply
-            = exchange(client, i % 2 ? get("/thumbnails/vtv_ca_t01.jpg") : post(call(0, 1)));
-        EXPECT_EQ(reply.status, 200) << i;
-    }
+    // Answered at once (a list) and streamed (a thumbnail), in turn, each completed
+    // 300 ms after the answer before it, with the start of the next sent along: the
+    // connection is never without a request on its way.
+    const auto request
+        = [](int i) { return i % 2 ? get("/thumbnails/vtv_ca_t01.jpg") : post(call(0, 1)); };
+    client.write(request(0).chopped(2));
+    int answered = 0;
+    HttpReply reply;
+    do {
+        QThread::msleep(300);
+        reply = exchange(client, request(answered).right(2) + request(answered + 1).chopped(2));
+        ASSERT_EQ(reply.status, 200) << answered;
+        ++answered;
+    } while (reply.headers.value("connection") != "close" && answered < 10);
+    EXPECT_GE(answered, 4) << "twice the request time limit in all";
+    EXPECT_EQ(reply.headers.value("connection"), "close") << "after 1500 ms";
+    EXPECT_TRUE(
+        client.state() == QAbstractSocket::UnconnectedState || client.waitForDisconnected(2000));
 }
 
 TEST_F(FeeddLimits, AStreamLastsWhileTheClientTakesItAndIsDroppedWhenItStops)
