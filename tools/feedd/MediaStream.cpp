@@ -39,6 +39,8 @@ void MediaStream::start()
 
 void MediaStream::pump()
 {
+    if (!m_file.isValid())
+        return;
     QByteArray chunk;
     while (m_sent < m_length && m_socket->bytesToWrite() < kHighWaterBytes) {
         chunk.resize(qsizetype(qMin(kChunkBytes, m_length - m_sent)));
@@ -69,6 +71,8 @@ void MediaStream::finish()
 {
     if (!m_finished)
         return;
+    // Closed before the connection goes on to its next answer, which may open a file.
+    m_file = FileHandle();
     const auto finished = std::move(m_finished);
     m_finished = nullptr;
     finished(m_sent);

@@ -30,7 +30,7 @@ private:
     void finish();
 
     QTcpSocket* const m_socket;
-    const FileHandle m_file;
+    FileHandle m_file; // closed once the stream is finished
     const qint64 m_offset;
     const qint64 m_length;
     qint64 m_sent = 0;
