@@ -1,21 +1,24 @@
 #include "ByteRange.h"
 
+#include <limits>
 #include <optional>
 
 namespace {
 
-constexpr qsizetype kMaxDigits = 18;
+constexpr qint64 kMaxPosition = std::numeric_limits<qint64>::max();
 
-// A non-empty run of decimal digits that fits; nothing otherwise.
+// A non-empty run of decimal digits, of any length: a value past what a file can hold
+// stands as the largest one, so that it still compares as beyond every file.
 std::optional<qint64> number(QByteArrayView text)
 {
-    if (text.isEmpty() || text.size() > kMaxDigits)
+    if (text.isEmpty())
         return std::nullopt;
     qint64 value = 0;
     for (const char c : text) {
         if (c < '0' || c > '9')
             return std::nullopt;
-        value = value * 10 + (c - '0');
+        const int digit = c - '0';
+        value = value > (kMaxPosition - digit) / 10 ? kMaxPosition : value * 10 + digit;
     }
     return value;
 }
@@ -24,34 +27,34 @@ std::optional<qint64> number(QByteArrayView text)
 
 ByteRange ByteRange::parse(QByteArrayView header, qint64 size)
 {
-    const ByteRange refused(Kind::Unsatisfiable, 0, -1);
+    const ByteRange whole(Kind::Whole, 0, size - 1);
+    const ByteRange unsatisfiable(Kind::Unsatisfiable, 0, -1);
     const QByteArrayView value = header.trimmed();
-    if (value.isEmpty())
-        return ByteRange(Kind::Whole, 0, size - 1);
-    if (!value.startsWith("bytes=") || value.contains(','))
-        return refused;
-    const QByteArrayView rangeText = value.sliced(6);
+    const qsizetype equals = value.indexOf('=');
+    // Units are case-insensitive; several ranges in one header are not served.
+    if (equals < 0 || value.first(equals).compare("bytes", Qt::CaseInsensitive) != 0
+        || value.contains(','))
+        return whole;
+    const QByteArrayView rangeText = value.sliced(equals + 1);
     const qsizetype dash = rangeText.indexOf('-');
     if (dash < 0)
-        return refused;
-    const QByteArrayView firstText = rangeText.first(dash);
+        return whole;
+    const std::optional<qint64> first = number(rangeText.first(dash));
     const QByteArrayView lastText = rangeText.sliced(dash + 1);
-    if (firstText.isEmpty()) {
-        // "-N": the last N bytes.
-        const std::optional<qint64> suffix = number(lastText);
-        if (!suffix || *suffix == 0 || size == 0)
-            return refused;
-        return ByteRange(Kind::Partial, size - qMin(*suffix, size), size - 1);
-    }
-    const std::optional<qint64> first = number(firstText);
-    if (!first || *first >= size)
-        return refused;
-    if (lastText.isEmpty())
-        return ByteRange(Kind::Partial, *first, size - 1);
     const std::optional<qint64> last = number(lastText);
-    if (!last || *last < *first)
-        return refused;
-    return ByteRange(Kind::Partial, *first, qMin(*last, size - 1));
+    if (!first) {
+        // "-N": the last N bytes; all of a file shorter than N.
+        if (!rangeText.first(dash).isEmpty() || !last)
+            return whole;
+        if (*last == 0)
+            return unsatisfiable;
+        return size == 0 ? whole : ByteRange(Kind::Partial, size - qMin(*last, size), size - 1);
+    }
+    if ((!last && !lastText.isEmpty()) || (last && *last < *first))
+        return whole;
+    if (*first >= size)
+        return unsatisfiable;
+    return ByteRange(Kind::Partial, *first, last ? qMin(*last, size - 1) : size - 1);
 }
 
 QByteArray ByteRange::contentRange(qint64 size) const

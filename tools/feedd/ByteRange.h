@@ -4,13 +4,15 @@
 #include <QByteArrayView>
 
 // The part of a file that a request's Range header asks for: one range of bytes, as
-// players ask when they seek. Several ranges in one header are not served.
+// players ask when they seek. A header this service does not serve (another unit,
+// several ranges, text that is not a byte range) is ignored, as HTTP lets a server do,
+// and the whole file is sent.
 class ByteRange {
 public:
     enum class Kind {
-        Whole, // no Range header: the whole file, 200
+        Whole, // no Range header, or one that is ignored: the whole file, 200
         Partial, // 206 with first..last
-        Unsatisfiable, // 416: malformed, several ranges, or nothing of the file in it
+        Unsatisfiable, // 416: a valid byte range with nothing of the file in it
     };
 
     // `header` is the Range header's value (empty when there is none); `size` the

@@ -7,17 +7,16 @@
 #include "HostHeader.h"
 #include "MediaStream.h"
 #include "RequestLog.h"
+#include "ResponseHead.h"
 #include "VideoListPayload.h"
 
 #include <QHttpServerRequest>
-#include <QHttpServerResponder>
 #include <QPointer>
 #include <QTcpSocket>
 
 namespace {
 
 using Method = QHttpServerRequest::Method;
-using Status = QHttpServerResponder::StatusCode;
 
 QByteArray methodName(Method method)
 {
@@ -123,131 +122,139 @@ QString FeedHttpServer::listenBase() const
 
 bool FeedHttpServer::handleRequest(const QHttpServerRequest& request, QTcpSocket* socket)
 {
-    QElapsedTimer clock;
-    clock.start();
-    QHttpServerResponder responder = makeResponder(request, socket);
-    const QString path = request.url().path();
-    const Method method = request.method();
-    if (path == QLatin1String("/xmlrpc/")) {
-        if (method == Method::Post)
-            answerCall(request, responder, clock);
-        else
-            answer(request, responder, Status::MethodNotAllowed, QByteArrayLiteral("POST only\n"),
-                clock);
-    } else if (const auto file = m_files.constFind(path); file != m_files.constEnd()) {
-        if (method == Method::Get || method == Method::Head)
-            serveFile(request, responder, *file, clock);
-        else
-            answer(request, responder, Status::MethodNotAllowed,
-                QByteArrayLiteral("GET or HEAD only\n"), clock);
-    } else {
-        answer(request, responder, Status::NotFound, QByteArrayLiteral("Not found\n"), clock);
+    ConnectionGuard* guard = ConnectionGuard::of(socket);
+    if (!guard) {
+        // Not a connection of the service's own listener: nothing watches it.
+        socket->abort();
+        return true;
     }
+    guard->requestRead(answerTo(request, socket, guard), wantsClose(request));
     return true;
 }
 
 void FeedHttpServer::missingHandler(const QHttpServerRequest& request, QTcpSocket* socket)
 {
-    QElapsedTimer clock;
-    clock.start();
-    QHttpServerResponder responder = makeResponder(request, socket);
-    answer(request, responder, Status::NotFound, QByteArrayLiteral("Not found\n"), clock);
+    handleRequest(request, socket);
 }
 
-void FeedHttpServer::answerCall(
-    const QHttpServerRequest& request, QHttpServerResponder& responder, const QElapsedTimer& clock)
+std::function<void()> FeedHttpServer::answerTo(
+    const QHttpServerRequest& request, QTcpSocket* socket, ConnectionGuard* guard)
 {
-    QString base = HostHeader::base(request.value(QByteArrayLiteral("Host")));
-    if (base.isEmpty())
-        base = listenBase();
-    const QByteArray reply = m_service.answer(request.body(), base);
-    responder.write(
-        reply, { { QByteArrayLiteral("Content-Type"), QByteArrayLiteral("text/xml") } });
-    finished(request, responder.socket(), 200, reply.size(), clock);
+    const Method method = request.method();
+    Asked asked { socket, guard, methodName(method), request.url().path(), method == Method::Head,
+        {} };
+    asked.clock.start();
+    if (asked.path == QLatin1String("/xmlrpc/")) {
+        if (method != Method::Post)
+            return [this, asked] {
+                writeText(asked, Status::MethodNotAllowed, QByteArrayLiteral("POST only\n"),
+                    QByteArrayLiteral("POST"));
+            };
+        // Answered while the body is at hand; only the reply waits for its turn.
+        QString base = HostHeader::base(request.value(QByteArrayLiteral("Host")));
+        if (base.isEmpty())
+            base = listenBase();
+        return [this, asked, reply = m_service.answer(request.body(), base)] {
+            writeCallReply(asked, reply);
+        };
+    }
+    const auto file = m_files.constFind(asked.path);
+    if (file == m_files.constEnd())
+        return
+            [this, asked] { writeText(asked, Status::NotFound, QByteArrayLiteral("Not found\n")); };
+    if (method != Method::Get && method != Method::Head)
+        return [this, asked] {
+            writeText(asked, Status::MethodNotAllowed, QByteArrayLiteral("GET or HEAD only\n"),
+                QByteArrayLiteral("GET, HEAD"));
+        };
+    return [this, asked, served = *file, range = request.value(QByteArrayLiteral("Range"))] {
+        serveFile(asked, served, range);
+    };
 }
 
-void FeedHttpServer::answer(const QHttpServerRequest& request, QHttpServerResponder& responder,
-    Status status, const QByteArray& text, const QElapsedTimer& clock)
+void FeedHttpServer::writeCallReply(const Asked& asked, const QByteArray& reply)
 {
-    responder.writeStatusLine(status);
-    responder.writeHeader(QByteArrayLiteral("Content-Type"), QByteArrayLiteral("text/plain"));
-    responder.writeHeader(QByteArrayLiteral("Content-Length"), QByteArray::number(text.size()));
-    if (status == Status::MethodNotAllowed)
-        responder.writeHeader(QByteArrayLiteral("Allow"),
-            request.url().path() == QLatin1String("/xmlrpc/") ? QByteArrayLiteral("POST")
-                                                              : QByteArrayLiteral("GET, HEAD"));
-    const bool head = request.method() == Method::Head;
-    responder.writeBody(head ? QByteArray() : text);
-    finished(request, responder.socket(), int(status), head ? 0 : text.size(), clock);
+    writeHead(asked,
+        ResponseHead(200)
+            .add("Content-Type", "text/xml")
+            .add("Content-Length", QByteArray::number(reply.size())));
+    asked.socket->write(reply);
+    finished(asked, 200, reply.size());
 }
 
-void FeedHttpServer::finished(const QHttpServerRequest& request, QTcpSocket* socket, int status,
-    qint64 bytes, const QElapsedTimer& clock)
+void FeedHttpServer::writeText(
+    const Asked& asked, Status status, const QByteArray& text, const QByteArray& allow)
 {
-    RequestLog::write(methodName(request.method()), request.url().path(), status, bytes, clock);
-    if (ConnectionGuard* guard = ConnectionGuard::of(socket))
-        guard->requestAnswered();
-    if (wantsClose(request))
-        socket->disconnectFromHost();
+    ResponseHead head(static_cast<int>(status));
+    head.add("Content-Type", "text/plain").add("Content-Length", QByteArray::number(text.size()));
+    if (!allow.isEmpty())
+        head.add("Allow", allow);
+    writeHead(asked, head);
+    if (!asked.headOnly)
+        asked.socket->write(text);
+    finished(asked, int(status), asked.headOnly ? 0 : text.size());
 }
 
-void FeedHttpServer::serveFile(const QHttpServerRequest& request, QHttpServerResponder& responder,
-    const ServedFile& served, const QElapsedTimer& clock)
+void FeedHttpServer::serveFile(
+    const Asked& asked, const ServedFile& served, const QByteArray& rangeHeader)
 {
     qint64 size = 0;
     FileHandle file = FileHandle::openRegularIn(m_library, served.name, size);
     if (!file.isValid()) {
         qCWarning(lcFeedd).noquote()
             << "Error: a catalogue file cannot be opened as a regular file:" << served.name;
-        answer(request, responder, Status::NotFound, QByteArrayLiteral("Not found\n"), clock);
+        writeText(asked, Status::NotFound, QByteArrayLiteral("Not found\n"));
         return;
     }
-    const ByteRange range = ByteRange::parse(request.value(QByteArrayLiteral("Range")), size);
+    const ByteRange range = ByteRange::parse(rangeHeader, size);
     if (range.kind() == ByteRange::Kind::Unsatisfiable) {
-        responder.writeStatusLine(Status::RequestRangeNotSatisfiable);
-        responder.writeHeader(QByteArrayLiteral("Content-Range"), range.contentRange(size));
-        responder.writeHeader(QByteArrayLiteral("Content-Length"), QByteArrayLiteral("0"));
-        responder.writeBody(QByteArray());
-        finished(request, responder.socket(), 416, 0, clock);
+        writeHead(asked,
+            ResponseHead(416)
+                .add("Content-Range", range.contentRange(size))
+                .add("Content-Length", "0"));
+        finished(asked, 416, 0);
         return;
     }
     const bool partial = range.kind() == ByteRange::Kind::Partial;
     const qint64 length = partial ? range.length() : size;
-    const Status status = partial ? Status::PartialContent : Status::Ok;
-    responder.writeStatusLine(status);
-    responder.writeHeader(QByteArrayLiteral("Content-Type"), served.contentType);
-    responder.writeHeader(QByteArrayLiteral("Content-Length"), QByteArray::number(length));
-    responder.writeHeader(QByteArrayLiteral("Accept-Ranges"), QByteArrayLiteral("bytes"));
+    const int status = partial ? 206 : 200;
+    ResponseHead head(status);
+    head.add("Content-Type", served.contentType)
+        .add("Content-Length", QByteArray::number(length))
+        .add("Accept-Ranges", "bytes");
     if (partial)
-        responder.writeHeader(QByteArrayLiteral("Content-Range"), range.contentRange(size));
-    responder.writeBody(QByteArray());
-    if (request.method() == Method::Head || length == 0) {
-        finished(request, responder.socket(), int(status), 0, clock);
+        head.add("Content-Range", range.contentRange(size));
+    writeHead(asked, head);
+    if (asked.headOnly || length == 0) {
+        finished(asked, status, 0);
         return;
     }
-    streamFile(request, responder.socket(), std::move(file), partial ? range.first() : 0, length,
-        int(status), clock);
+    streamFile(asked, std::move(file), partial ? range.first() : 0, length, status);
 }
 
-void FeedHttpServer::streamFile(const QHttpServerRequest& request, QTcpSocket* socket,
-    FileHandle file, qint64 offset, qint64 length, int status, const QElapsedTimer& clock)
+void FeedHttpServer::streamFile(
+    const Asked& asked, FileHandle file, qint64 offset, qint64 length, int status)
 {
-    // The stream outlives this request object: it keeps copies of what it logs, and
-    // the socket and its guard only as weak pointers.
-    const QByteArray method = methodName(request.method());
-    const QString path = request.url().path();
-    const bool close = wantsClose(request);
-    const QPointer<QTcpSocket> client(socket);
-    const QPointer<ConnectionGuard> guard(ConnectionGuard::of(socket));
-    if (guard)
-        guard->streamStarted();
-    auto* stream
-        = new MediaStream(socket, std::move(file), offset, length, [=](qint64 sent, bool complete) {
-              RequestLog::write(method, path, status, sent, clock);
-              if (guard)
-                  guard->streamEnded();
-              if (complete && close && client)
-                  client->disconnectFromHost();
-          });
+    // The stream may outlive the guard when the socket goes: it holds it weakly.
+    const QPointer<ConnectionGuard> guard(asked.guard);
+    auto* stream = new MediaStream(
+        asked.socket, std::move(file), offset, length, [asked, status, guard](qint64 sent) {
+            RequestLog::write(asked.method, asked.path, status, sent, asked.clock);
+            if (guard)
+                guard->answerWritten();
+        });
     stream->start();
+}
+
+void FeedHttpServer::writeHead(const Asked& asked, ResponseHead head)
+{
+    if (asked.guard->closesAfterAnswer())
+        head.add("Connection", "close");
+    asked.socket->write(head.bytes());
+}
+
+void FeedHttpServer::finished(const Asked& asked, int status, qint64 bytes)
+{
+    RequestLog::write(asked.method, asked.path, status, bytes, asked.clock);
+    asked.guard->answerWritten();
 }

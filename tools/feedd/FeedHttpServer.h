@@ -11,9 +11,12 @@
 #include <QHostAddress>
 #include <QHttpServerResponder>
 
+#include <functional>
 #include <memory>
 
+class ConnectionGuard;
 class GuardedTcpServer;
+class ResponseHead;
 
 // The service over HTTP: POST /xmlrpc/ answers the signed list calls, GET (and HEAD)
 // /media/IDx.flv and /thumbnails/vtv_ca_ID.jpg send the files of the catalogue, with
@@ -40,24 +43,37 @@ protected:
     void missingHandler(const QHttpServerRequest& request, QTcpSocket* socket) override;
 
 private:
+    using Status = QHttpServerResponder::StatusCode;
+
     struct ServedFile {
         QString name; // inside the library folder
         QByteArray contentType;
     };
+    // What an answer keeps of its request until its turn comes: Qt's request object
+    // moves on to the next request meanwhile.
+    struct Asked {
+        QTcpSocket* socket;
+        ConnectionGuard* guard; // the socket's
+        QByteArray method; // for the log
+        QString path;
+        bool headOnly; // HEAD
+        QElapsedTimer clock; // from when the request was read
+    };
 
-    void answerCall(const QHttpServerRequest& request, QHttpServerResponder& responder,
-        const QElapsedTimer& clock);
-    void serveFile(const QHttpServerRequest& request, QHttpServerResponder& responder,
-        const ServedFile& file, const QElapsedTimer& clock);
-    // A short text answer (404, 405, ...) and the end of the request.
-    void answer(const QHttpServerRequest& request, QHttpServerResponder& responder,
-        QHttpServerResponder::StatusCode status, const QByteArray& text,
-        const QElapsedTimer& clock);
-    void streamFile(const QHttpServerRequest& request, QTcpSocket* socket, FileHandle file,
-        qint64 offset, qint64 length, int status, const QElapsedTimer& clock);
-    // Logs the request and readies the connection for the next one.
-    void finished(const QHttpServerRequest& request, QTcpSocket* socket, int status, qint64 bytes,
-        const QElapsedTimer& clock);
+    // The answer to `request`, written when the connection's earlier answers are sent.
+    std::function<void()> answerTo(
+        const QHttpServerRequest& request, QTcpSocket* socket, ConnectionGuard* guard);
+    void writeCallReply(const Asked& asked, const QByteArray& reply);
+    // A short text answer (404, 405, ...); `allow` lists the methods a 405 names.
+    void writeText(
+        const Asked& asked, Status status, const QByteArray& text, const QByteArray& allow = {});
+    // Opens the file only now that its answer is written.
+    void serveFile(const Asked& asked, const ServedFile& file, const QByteArray& range);
+    void streamFile(const Asked& asked, FileHandle file, qint64 offset, qint64 length, int status);
+    // Says "Connection: close" when the connection ends after this answer.
+    void writeHead(const Asked& asked, ResponseHead head);
+    // Logs the request and lets the connection go on to its next answer.
+    void finished(const Asked& asked, int status, qint64 bytes);
 
     std::shared_ptr<const Catalogue> m_catalogue;
     FileHandle m_library;

@@ -5,6 +5,10 @@
 
 #include <QTcpSocket>
 
+#include <algorithm>
+#include <iterator>
+#include <memory>
+
 #include <unistd.h>
 
 namespace {
@@ -21,6 +25,17 @@ GuardedTcpServer::GuardedTcpServer(const FeedLimits& limits, QObject* parent)
 {
 }
 
+QHostAddress GuardedTcpServer::clientOf(const QHostAddress& peer)
+{
+    bool isIPv4 = false;
+    const quint32 ipv4 = peer.toIPv4Address(&isIPv4);
+    if (isIPv4)
+        return QHostAddress(ipv4);
+    Q_IPV6ADDR ipv6 = peer.toIPv6Address();
+    std::fill(std::begin(ipv6.c) + 8, std::end(ipv6.c), quint8(0));
+    return QHostAddress(ipv6);
+}
+
 void GuardedTcpServer::incomingConnection(qintptr descriptor)
 {
     if (m_open >= m_limits.maxConnections) {
@@ -29,15 +44,29 @@ void GuardedTcpServer::incomingConnection(qintptr descriptor)
             << QStringLiteral("closed a new connection: %1 are open already").arg(m_open);
         return;
     }
-    auto* socket = new QTcpSocket(this);
+    auto socket = std::make_unique<QTcpSocket>();
     if (!socket->setSocketDescriptor(descriptor)) {
         ::close(int(descriptor));
-        delete socket;
         return;
     }
+    const QHostAddress client = clientOf(socket->peerAddress());
+    const int fromClient = m_openPerClient.value(client);
+    if (fromClient >= m_limits.maxConnectionsPerClient) {
+        qCWarning(lcFeedd).noquote()
+            << QStringLiteral("closed a new connection from %1: %2 are open from it already")
+                   .arg(socket->peerAddress().toString())
+                   .arg(fromClient);
+        return;
+    }
+    socket->setParent(this);
     socket->setReadBufferSize(m_limits.maxHeadBytes + m_limits.maxBodyBytes + kReadSlack);
-    new ConnectionGuard(socket, m_limits);
+    new ConnectionGuard(socket.get(), m_limits);
     ++m_open;
-    connect(socket, &QObject::destroyed, this, [this] { --m_open; });
-    addPendingConnection(socket);
+    m_openPerClient.insert(client, fromClient + 1);
+    connect(socket.get(), &QObject::destroyed, this, [this, client] {
+        --m_open;
+        if (--m_openPerClient[client] <= 0)
+            m_openPerClient.remove(client);
+    });
+    addPendingConnection(socket.release());
 }

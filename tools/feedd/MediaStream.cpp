@@ -16,7 +16,7 @@ constexpr qint64 kHighWaterBytes = 256 * 1024;
 } // namespace
 
 MediaStream::MediaStream(QTcpSocket* socket, FileHandle file, qint64 offset, qint64 length,
-    std::function<void(qint64, bool)> finished)
+    std::function<void(qint64)> finished)
     : QObject(socket)
     , m_socket(socket)
     , m_file(std::move(file))
@@ -28,7 +28,7 @@ MediaStream::MediaStream(QTcpSocket* socket, FileHandle file, qint64 offset, qin
 
 MediaStream::~MediaStream()
 {
-    finish(false);
+    finish();
 }
 
 void MediaStream::start()
@@ -39,6 +39,8 @@ void MediaStream::start()
 
 void MediaStream::pump()
 {
+    if (!m_file.isValid())
+        return;
     QByteArray chunk;
     while (m_sent < m_length && m_socket->bytesToWrite() < kHighWaterBytes) {
         chunk.resize(qsizetype(qMin(kChunkBytes, m_length - m_sent)));
@@ -50,7 +52,7 @@ void MediaStream::pump()
             // The file shrank or cannot be read: the promised length cannot be kept,
             // and only closing tells the client so.
             qCWarning(lcFeedd) << "Error: a media file ended or failed while it was being sent";
-            finish(false);
+            finish();
             m_socket->abort();
             return;
         }
@@ -60,16 +62,18 @@ void MediaStream::pump()
     // Done once the socket has handed everything to the system; the connection's time
     // limits apply again from then on.
     if (m_sent == m_length && m_socket->bytesToWrite() == 0) {
-        finish(true);
+        finish();
         deleteLater();
     }
 }
 
-void MediaStream::finish(bool complete)
+void MediaStream::finish()
 {
     if (!m_finished)
         return;
+    // Closed before the connection goes on to its next answer, which may open a file.
+    m_file = FileHandle();
     const auto finished = std::move(m_finished);
     m_finished = nullptr;
-    finished(m_sent, complete);
+    finished(m_sent);
 }

@@ -17,21 +17,22 @@ class MediaStream : public QObject {
 
 public:
     // `finished` is called once, with the bytes handed to the socket: after the last
-    // chunk, or when the stream goes before that (the client left, a read failed).
+    // chunk has left the socket, or when the stream goes before that (the client left,
+    // a read failed).
     MediaStream(QTcpSocket* socket, FileHandle file, qint64 offset, qint64 length,
-        std::function<void(qint64 sent, bool complete)> finished);
+        std::function<void(qint64 sent)> finished);
     ~MediaStream() override;
 
     void start();
 
 private:
     void pump();
-    void finish(bool complete);
+    void finish();
 
     QTcpSocket* const m_socket;
-    const FileHandle m_file;
+    FileHandle m_file; // closed once the stream is finished
     const qint64 m_offset;
     const qint64 m_length;
     qint64 m_sent = 0;
-    std::function<void(qint64, bool)> m_finished;
+    std::function<void(qint64)> m_finished;
 };

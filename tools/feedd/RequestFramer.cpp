@@ -6,6 +6,9 @@ constexpr qsizetype kLoggedLineBytes = 200;
 // Content-Length values are read as at most this many digits; longer ones are refused
 // rather than risk an overflow.
 constexpr qsizetype kMaxLengthDigits = 18;
+// Qt's parser keeps no more header lines than this: given more, it drops them all,
+// Content-Length with them, and would read the body as the next request.
+constexpr int kMaxHeaderLines = 100;
 
 bool isTokenChar(char c)
 {
@@ -128,10 +131,13 @@ RequestFramer::Verdict RequestFramer::parseHead()
     // After the request line, header lines up to the empty line that ends the head.
     const QByteArrayView head(m_head);
     qsizetype start = head.indexOf('\n') + 1;
+    int lines = 0;
     for (qsizetype end = head.indexOf('\n', start); end >= 0; end = head.indexOf('\n', start)) {
         const QByteArrayView line = withoutCR(head.sliced(start, end - start));
         if (line.isEmpty())
             break;
+        if (++lines > kMaxHeaderLines)
+            return Verdict::HeadTooLarge;
         const Verdict verdict = parseHeader(line);
         if (verdict != Verdict::Continue)
             return verdict;
@@ -191,21 +197,4 @@ int RequestFramer::httpStatus(Verdict verdict)
         return 431;
     }
     return 400;
-}
-
-QByteArray RequestFramer::reason(Verdict verdict)
-{
-    switch (verdict) {
-    case Verdict::Continue:
-        return QByteArrayLiteral("OK");
-    case Verdict::BadRequest:
-        return QByteArrayLiteral("Bad Request");
-    case Verdict::LengthRequired:
-        return QByteArrayLiteral("Length Required");
-    case Verdict::BodyTooLarge:
-        return QByteArrayLiteral("Payload Too Large");
-    case Verdict::HeadTooLarge:
-        return QByteArrayLiteral("Request Header Fields Too Large");
-    }
-    return QByteArrayLiteral("Bad Request");
 }

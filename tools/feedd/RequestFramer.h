@@ -25,12 +25,13 @@ public:
 
     // Requests whose every byte has arrived since the connection opened.
     qint64 completedRequests() const { return m_completed; }
+    // No part of a request has arrived beyond the complete ones.
+    bool isBetweenRequests() const { return m_head.isEmpty() && m_bodyLeft == 0; }
     // The request line of the request being read (or refused), at most 200 bytes: for
     // the log.
     QByteArray requestLine() const;
 
     static int httpStatus(Verdict verdict);
-    static QByteArray reason(Verdict verdict);
 
 private:
     Verdict readHead(QByteArrayView& bytes);

@@ -150,38 +150,43 @@ struct HttpReply {
     QByteArray body;
 };
 
-// One exchange over an open socket: `request` out, one reply (read to its
-// Content-Length) back, within `timeoutMs`.
-inline HttpReply exchange(QTcpSocket& socket, const QByteArray& request, int timeoutMs = 5000)
+// One reply read off an open socket, to its Content-Length and no further, within
+// `timeoutMs`.
+inline HttpReply readReply(QTcpSocket& socket, int timeoutMs = 5000)
 {
-    HttpReply reply;
-    socket.write(request);
     QElapsedTimer clock;
     clock.start();
-    QByteArray data;
-    qsizetype headEnd = -1;
-    qint64 length = -1;
     while (clock.elapsed() < timeoutMs) {
-        if (headEnd < 0 && (headEnd = data.indexOf("\r\n\r\n")) >= 0) {
-            const QList<QByteArray> lines = data.left(headEnd).split('\n');
+        const qint64 available = socket.bytesAvailable();
+        const QByteArray head = socket.peek(qMin<qint64>(available, 64 * 1024));
+        if (const qsizetype headEnd = head.indexOf("\r\n\r\n"); headEnd >= 0) {
+            HttpReply reply;
+            const QList<QByteArray> lines = head.left(headEnd).split('\n');
             reply.status = lines.first().split(' ').value(1).toInt();
             for (qsizetype i = 1; i < lines.size(); ++i) {
                 const qsizetype colon = lines[i].indexOf(':');
                 reply.headers.insert(
                     lines[i].left(colon).trimmed().toLower(), lines[i].mid(colon + 1).trimmed());
             }
-            length = reply.headers.value("content-length", "0").toLongLong();
-        }
-        if (headEnd >= 0 && data.size() - headEnd - 4 >= length) {
-            reply.body = data.mid(headEnd + 4, qsizetype(length));
-            return reply;
+            const qint64 length = reply.headers.value("content-length", "0").toLongLong();
+            if (available >= headEnd + 4 + length) {
+                socket.skip(headEnd + 4);
+                reply.body = socket.read(length);
+                return reply;
+            }
         }
         if (!socket.waitForReadyRead(50) && socket.state() != QAbstractSocket::ConnectedState
-            && socket.bytesAvailable() == 0)
+            && socket.bytesAvailable() == available)
             break;
-        data += socket.readAll();
     }
     return HttpReply {};
+}
+
+// One exchange over an open socket: `request` out, one reply back.
+inline HttpReply exchange(QTcpSocket& socket, const QByteArray& request, int timeoutMs = 5000)
+{
+    socket.write(request);
+    return readReply(socket, timeoutMs);
 }
 
 inline HttpReply exchange(quint16 port, const QByteArray& request, int timeoutMs = 5000)

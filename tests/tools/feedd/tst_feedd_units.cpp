@@ -3,6 +3,7 @@
 #include "FeeddTestSupport.h"
 
 #include "FeeddOptions.h"
+#include "GuardedTcpServer.h"
 #include "HostHeader.h"
 #include "RequestFramer.h"
 
@@ -88,6 +89,25 @@ TEST(HostHeader, TakesOnlyAPlainHostAndPort)
     for (const auto& c : cases) {
         SCOPED_TRACE(c.host);
         EXPECT_EQ(HostHeader::base(QByteArray(c.host)), QString::fromLatin1(c.base));
+    }
+}
+
+TEST(GuardedTcpServer, CountsConnectionsPerIPv4AddressOrIPv6Network)
+{
+    const struct {
+        const char* peer;
+        const char* client;
+    } cases[] = {
+        { "192.168.1.5", "192.168.1.5" },
+        { "::ffff:192.168.1.5", "192.168.1.5" },
+        { "2001:db8:1:2:aaaa:bbbb:cccc:dddd", "2001:db8:1:2::" },
+        { "2001:db8:1:3::1", "2001:db8:1:3::" },
+        { "::1", "::" },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.peer);
+        EXPECT_EQ(GuardedTcpServer::clientOf(QHostAddress(QString::fromLatin1(c.peer))),
+            QHostAddress(QString::fromLatin1(c.client)));
     }
 }
 
