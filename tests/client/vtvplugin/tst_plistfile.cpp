@@ -1,6 +1,7 @@
 #include "LibraryFixture.h"
 
 #include "vtvplugin/platform/PlistCodec.h"
+#include "vtvplugin/platform/PlistPrecheck.h"
 #include "vtvplugin/store/PlistFile.h"
 
 #include <QJsonDocument>
@@ -163,6 +164,45 @@ TEST_F(PlistFileTest, hostileBinaryFilesNeitherAbortNorMisread)
     };
     EXPECT_EQ(map.value(u"before"_s).toDateTime().toMSecsSinceEpoch(), utcMs(1990));
     EXPECT_EQ(map.value(u"after"_s).toDateTime().toMSecsSinceEpoch(), utcMs(2020));
+}
+
+// libplist recurses on the nesting when it reads a binary list and when it frees any
+// tree, and copies a shared container once per reference: such lists never reach it.
+TEST_F(PlistFileTest, nestingPastTheBoundIsRefusedBeforeLibplistReadsIt)
+{
+    using H = PlistHelpers;
+    const int bound = PlistPrecheck::kMaxDepth;
+    QByteArray hidden = H::nestedXml(bound);
+    hidden.insert(hidden.indexOf("</array>"),
+        R"(<array/><array /><!-- <array> --><?pi "?><array>"?>)"
+        "<string><![CDATA[<array>]]></string>");
+    // Each array holds the next one twice: 2^17 nodes from 20 small objects.
+    QList<QByteArray> doubling { "\xD1" + H::ref(1) + H::ref(2), H::ascii("a") };
+    for (quint32 i = 2; i < 19; ++i)
+        doubling.append("\xA2" + H::ref(i + 1) + H::ref(i + 1));
+    doubling.append("\xA0");
+    const struct {
+        const char* name;
+        QByteArray data;
+        bool safe;
+    } rows[] = {
+        { "XML at the bound", H::nestedXml(bound), true },
+        { "XML past the bound", H::nestedXml(bound + 1), false },
+        { "XML 250,000 deep", H::nestedXml(250000), false },
+        { "XML empty, commented and quoted arrays", hidden, true },
+        { "binary at the bound", H::nestedBinary(bound), true },
+        { "binary past the bound", H::nestedBinary(bound + 1), false },
+        { "binary 250,000 deep", H::nestedBinary(250000), false },
+        { "binary reference cycle",
+            H::binary({ "\xD1" + H::ref(1) + H::ref(2), H::ascii("a"), "\xA1" + H::ref(2) }),
+            false },
+        { "binary shared containers", H::binary(doubling), false },
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(PlistPrecheck::nestingIsSafe(row.data), row.safe) << row.name;
+        QVariantMap map;
+        EXPECT_EQ(PlistCodec::decode(row.data, map), row.safe) << row.name;
+    }
 }
 
 } // namespace
