@@ -8,6 +8,7 @@
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/platform/PlistCodec.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PairConfig.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
@@ -95,12 +96,14 @@ TEST_F(HostileLibraryTest, writesReplaceALinkInTheWayAndNeverTouchItsTarget)
             },
             u"global/clientName"_s, u"Den"_s },
     };
+    // The target reads as a property list: a file that cannot be read is never written.
+    const QByteArray precious = PlistCodec::encode({ { u"precious"_s, true } });
     for (const auto& row : rows) {
-        writeFile(outside(u"precious.plist"_s), "precious");
+        writeFile(outside(u"precious.plist"_s), precious);
         QFile::remove(row.linkPath);
         makeLink(row.target, row.linkPath);
         EXPECT_TRUE(row.write()) << row.name;
-        EXPECT_EQ(readFile(outside(u"precious.plist"_s)), "precious"_ba) << row.name;
+        EXPECT_EQ(readFile(outside(u"precious.plist"_s)), precious) << row.name;
         EXPECT_FALSE(QFileInfo::exists(outside(u"missing.plist"_s))) << row.name;
         EXPECT_TRUE(FileSystem::isRealFile(row.linkPath)) << row.name;
         if (!row.expected.isEmpty()) {

@@ -64,7 +64,7 @@ TEST_F(PlistFileTest, readsWhatPythonPlistlibWrites)
     }
 }
 
-TEST_F(PlistFileTest, malformedFilesReadAsEmpty)
+TEST_F(PlistFileTest, malformedFilesAreUnreadable)
 {
     for (const QByteArray& bytes :
         { "this is not a property list"_ba,
@@ -75,7 +75,7 @@ TEST_F(PlistFileTest, malformedFilesReadAsEmpty)
         EXPECT_FALSE(PlistCodec::decode(bytes, map)) << bytes.constData();
         EXPECT_TRUE(map.isEmpty());
         writeFile(path(), bytes);
-        EXPECT_TRUE(PlistFile::read(path()).isEmpty());
+        EXPECT_EQ(PlistFile::read(path()), std::nullopt);
     }
 }
 
@@ -157,7 +157,7 @@ TEST_F(PlistFileTest, hostileBinaryFilesNeitherAbortNorMisread)
               "     'after': datetime.datetime(2020, 5, 5, 1, 2, 3, 456000)}\n"
               "open(sys.argv[1], 'wb').write(plistlib.dumps(d, fmt=plistlib.FMT_BINARY))\n",
         { path() });
-    map = PlistFile::read(path());
+    map = PlistFile::read(path()).value_or(QVariantMap());
     const auto utcMs = [](int year) {
         return QDateTime(QDate(year, 5, 5), QTime(1, 2, 3, 456), QTimeZone::utc())
             .toMSecsSinceEpoch();
