@@ -271,8 +271,9 @@ private:
 // instructions up to "?>" and a DOCTYPE up to ">" or its "]>", both past text in
 // double quotes, skips comments up to "-->" and CDATA sections up to "]]>", and takes
 // a tag's name up to a blank, "<" or ">", then runs to the ">" past quoted text. A
-// "/" just before that ">" makes the element empty. Wherever libplist would stop with
-// an error, the scan goes on, which can only count more.
+// "/" just before that ">" makes the element empty: a level, but nothing nests inside.
+// Wherever libplist would stop with an error, the scan goes on, which can only count
+// more.
 class XmlNesting {
 public:
     explicit XmlNesting(const QByteArray& data)
@@ -286,7 +287,7 @@ public:
             at = skipConstruct(at);
             if (at == npos)
                 break;
-            if (m_depth > PlistPrecheck::kMaxDepth)
+            if (m_deepest > PlistPrecheck::kMaxDepth)
                 return false;
         }
         return true;
@@ -362,6 +363,9 @@ private:
         const bool empty = m_text[end - 1] == '/';
         const size_t nameLength = (empty && end - 1 < nameEnd ? end - 1 : nameEnd) - (at + 1);
         const std::string_view name = m_text.substr(at + 1, nameLength);
+        // An empty container is a level of its own, as in the binary walk.
+        if (name == "array" || name == "dict")
+            m_deepest = std::max(m_deepest, m_depth + 1);
         if (!empty && (name == "array" || name == "dict"))
             ++m_depth;
         else if ((name == "/array" || name == "/dict") && m_depth > 0)
@@ -371,6 +375,7 @@ private:
 
     const std::string_view m_text;
     int m_depth = 0;
+    int m_deepest = 0;
 };
 
 bool isBinary(const QByteArray& data)

@@ -172,10 +172,11 @@ TEST_F(PlistFileTest, nestingPastTheBoundIsRefusedBeforeLibplistReadsIt)
 {
     using H = PlistHelpers;
     const int bound = PlistPrecheck::kMaxDepth;
-    QByteArray hidden = H::nestedXml(bound);
-    hidden.insert(hidden.indexOf("</array>"),
-        R"(<array/><array /><!-- <array> --><?pi "?><array>"?>)"
-        "<string><![CDATA[<array>]]></string>");
+    // `text` inside the innermost array of a list nested `depth` deep.
+    const auto innermost = [](int depth, const char* text) {
+        QByteArray xml = H::nestedXml(depth);
+        return xml.insert(xml.indexOf("</array>"), text);
+    };
     // Each array holds the next one twice: 2^17 nodes from 20 small objects.
     QList<QByteArray> doubling { "\xD1" + H::ref(1) + H::ref(2), H::ascii("a") };
     for (quint32 i = 2; i < 19; ++i)
@@ -189,7 +190,14 @@ TEST_F(PlistFileTest, nestingPastTheBoundIsRefusedBeforeLibplistReadsIt)
         { "XML at the bound", H::nestedXml(bound), true },
         { "XML past the bound", H::nestedXml(bound + 1), false },
         { "XML 250,000 deep", H::nestedXml(250000), false },
-        { "XML empty, commented and quoted arrays", hidden, true },
+        // An empty array is a level; one in a comment, a CDATA section or a quoted
+        // processing instruction is no array at all.
+        { "XML empty array past the bound", innermost(bound, "<array/>"), false },
+        { "XML hidden arrays at the bound",
+            innermost(bound - 1,
+                R"(<array/><array /><!-- <array> --><?pi "?><array>"?>)"
+                "<string><![CDATA[<array>]]></string>"),
+            true },
         { "binary at the bound", H::nestedBinary(bound), true },
         { "binary past the bound", H::nestedBinary(bound + 1), false },
         { "binary 250,000 deep", H::nestedBinary(250000), false },
