@@ -1,5 +1,7 @@
 #include "VireoCtlFixture.h"
 
+#include "PlistHelpers.h"
+
 #include "vtvplugin/platform/FileSystem.h"
 
 #include <QJsonArray>
@@ -119,6 +121,9 @@ TEST_F(VireoCtlCommands, RefusedInputsLeaveTheTreeUntouched)
     // A folder where the movie would go makes the copy itself fail.
     ASSERT_TRUE(QDir().mkpath(pairDir(kPairA) + QStringLiteral("/blocked.m4v")));
     const QString unknownPair = QStringLiteral("00000000000000000000000000000000");
+    // Files that exist but cannot be read are never written over.
+    writeFile(home() + QStringLiteral("/Vireo/vireocache.plist"), "garbage");
+    writeFile(pairDir(kPairB) + QStringLiteral("/vireostats.plist"), "garbage");
 
     struct Row {
         const char* name;
@@ -190,6 +195,16 @@ TEST_F(VireoCtlCommands, RefusedInputsLeaveTheTreeUntouched)
         { "unpair malformed pair", { QStringLiteral("unpair"), QStringLiteral("..") } },
         { "asset of a missing file",
             { QStringLiteral("asset"), sources() + QStringLiteral("/none.m4v") } },
+        { "cache set over an unreadable cache",
+            { QStringLiteral("cache"), QStringLiteral("set"), QStringLiteral("7"),
+                QStringLiteral("42000") } },
+        { "cache cleanup of an unreadable cache",
+            { QStringLiteral("cache"), QStringLiteral("cleanup") } },
+        { "cache list of an unreadable cache",
+            { QStringLiteral("cache"), QStringLiteral("list") } },
+        { "stats over unreadable statistics",
+            { QStringLiteral("stats"), kPairB, QStringLiteral("--peer"),
+                QStringLiteral("10.0.0.1") } },
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -382,7 +397,9 @@ namespace {
 TEST_F(VireoCtlCommands, LinksInTheLibraryAreReplacedNeverWrittenThrough)
 {
     pair(kPairA, QStringLiteral("Den"));
-    const QString precious = source(QStringLiteral("precious"), "precious");
+    // A readable property list: a file that cannot be read is never written over.
+    const QByteArray content = "<plist><dict/></plist>";
+    const QString precious = source(QStringLiteral("precious"), content);
     const QString stats = pairDir(kPairA) + QStringLiteral("/vireostats.plist");
     const QString staged = pairDir(kPairA) + QStringLiteral("/film.m4v");
     const QString cache = home() + QStringLiteral("/Vireo/vireocache.plist");
@@ -398,21 +415,34 @@ TEST_F(VireoCtlCommands, LinksInTheLibraryAreReplacedNeverWrittenThrough)
         QStringLiteral("42000") });
     EXPECT_EQ(o.status, 0) << o.err.toStdString();
 
-    EXPECT_EQ(readFile(precious), QByteArray("precious"));
+    EXPECT_EQ(readFile(precious), content);
     for (const QString& path : { stats, staged, cache })
         EXPECT_TRUE(FileSystem::isRealFile(path)) << qPrintable(path);
     EXPECT_EQ(readFile(staged), QByteArray("frames"));
 }
 
-TEST_F(VireoCtlCommands, ACacheThatCannotBeWrittenIsReported)
+// A pair whose configuration cannot be read is listed nameless and can be removed; a
+// cache that cannot be read is replaced only when asked to.
+TEST_F(VireoCtlCommands, UnreadableFilesNeitherStopTheToolNorGetLost)
 {
-    // A folder where the cache file belongs: nothing can be saved there.
-    QDir().mkpath(home() + QStringLiteral("/Vireo/vireocache.plist"));
-    const CtlOutcome o = ctl({ QStringLiteral("cache"), QStringLiteral("set"), QStringLiteral("7"),
-        QStringLiteral("42000") });
-    EXPECT_EQ(o.status, 1);
-    EXPECT_TRUE(o.out.isEmpty());
-    EXPECT_TRUE(o.err.startsWith(QStringLiteral("error: cannot write "))) << o.err.toStdString();
+    pair(kPairA, QStringLiteral("Den"));
+    writeFile(pairDir(kPairA) + QStringLiteral("/vireo.plist"), PlistHelpers::nestedBinary(250000));
+    CtlOutcome o = ctl({ QStringLiteral("--json"), QStringLiteral("pairs") });
+    ASSERT_EQ(o.status, 0);
+    EXPECT_TRUE(o.json().array().at(0).toObject().value(QStringLiteral("name")).isNull());
+    EXPECT_EQ(ctl({ QStringLiteral("unpair"), kPairA }).status, 0);
+    EXPECT_FALSE(QFileInfo::exists(pairDir(kPairA)));
+
+    writeFile(home() + QStringLiteral("/Vireo/vireocache.plist"), "garbage");
+    o = ctl({ QStringLiteral("--json"), QStringLiteral("cache"), QStringLiteral("reset") });
+    EXPECT_EQ(o.status, 0) << o.err.toStdString();
+    EXPECT_TRUE(o.json().object().value(QStringLiteral("unreadable")).toBool());
+    ASSERT_EQ(ctl({ QStringLiteral("cache"), QStringLiteral("set"), QStringLiteral("7"),
+                      QStringLiteral("42000") })
+                  .status,
+        0);
+    EXPECT_EQ(ctl({ QStringLiteral("cache"), QStringLiteral("get"), QStringLiteral("7") }).out,
+        QStringLiteral("42000\n"));
 }
 
 } // namespace

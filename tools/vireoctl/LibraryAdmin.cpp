@@ -10,6 +10,7 @@
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PairConfig.h"
+#include "vtvplugin/store/PlistFile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -318,7 +319,10 @@ bool LibraryAdmin::recordSync(const QString& pairID, const QString& peer, QStrin
         return false;
     }
     if (!JUtils::updatePairStats(pairID, peer)) {
-        error = QStringLiteral("cannot write ") + LibraryPaths::statsPath(pairID);
+        const QString stats = LibraryPaths::statsPath(pairID);
+        error = PlistFile::read(stats)
+            ? QStringLiteral("cannot write ") + stats
+            : QStringLiteral("cannot read ") + stats + QStringLiteral("; it is left as it is");
         return false;
     }
     return true;

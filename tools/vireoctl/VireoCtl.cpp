@@ -53,6 +53,12 @@ bool parseInt(const QString& text, qint32& value)
     return ok;
 }
 
+QString unreadableCache()
+{
+    return QStringLiteral("cannot read ") + LibraryPaths::cachePath()
+        + QStringLiteral("; it is left as it is (cache reset replaces it with an empty one)");
+}
+
 } // namespace
 
 int VireoCtl::run(const QStringList& args, QIODevice& out, QIODevice& err)
@@ -244,13 +250,18 @@ int VireoCtl::cache()
         return cacheSet();
     if (sub == QLatin1String("cleanup") && count == 1)
         return cacheCleanup();
-    return usageError(QStringLiteral("cache needs list, get ASSETID, set ASSETID MS or cleanup"));
+    if (sub == QLatin1String("reset") && count == 1)
+        return cacheReset();
+    return usageError(
+        QStringLiteral("cache needs list, get ASSETID, set ASSETID MS, cleanup or reset"));
 }
 
 int VireoCtl::cacheList()
 {
-    const QMap<QString, QString> entries = PlaybackPositionCache::entries();
-    return succeed(PlaybackCacheAdmin::json(entries), PlaybackCacheAdmin::text(entries));
+    const auto entries = PlaybackPositionCache::readEntries();
+    if (!entries)
+        return fail(unreadableCache());
+    return succeed(PlaybackCacheAdmin::json(*entries), PlaybackCacheAdmin::text(*entries));
 }
 
 int VireoCtl::cacheGet()
@@ -259,10 +270,15 @@ int VireoCtl::cacheGet()
     if (!parseInt(m_commandLine.arguments().at(1), assetId))
         return usageError(QStringLiteral("asset id must be a 32-bit integer: ")
             + m_commandLine.arguments().at(1));
-    qint32 position = 0;
-    if (!getVideoPlaybackPosition(assetId, &position))
+    const auto entries = PlaybackPositionCache::readEntries();
+    if (!entries)
+        return fail(unreadableCache());
+    const auto stored = entries->constFind(QString::number(assetId));
+    const std::optional<qint32> position
+        = stored == entries->cend() ? std::nullopt : PlaybackPositionCache::positionOf(*stored);
+    if (!position)
         return fail(QStringLiteral("no playback position for asset ") + QString::number(assetId));
-    return succeed(position, QString::number(position) + QLatin1Char('\n'));
+    return succeed(*position, QString::number(*position) + QLatin1Char('\n'));
 }
 
 int VireoCtl::cacheSet()
@@ -279,7 +295,9 @@ int VireoCtl::cacheSet()
     if (!LibraryAdmin::checkLibraryRoots(error))
         return fail(error);
     if (!PlaybackPositionCache::save(assetId, position))
-        return fail(QStringLiteral("cannot write ") + LibraryPaths::cachePath());
+        return fail(PlaybackPositionCache::readEntries()
+                ? QStringLiteral("cannot write ") + LibraryPaths::cachePath()
+                : unreadableCache());
     return succeed(QJsonObject { { QStringLiteral("assetId"), assetId },
                        { QStringLiteral("positionMS"), position } },
         QStringLiteral("Saved position ") + QString::number(position)
@@ -291,7 +309,10 @@ int VireoCtl::cacheCleanup()
     QString error;
     if (!LibraryAdmin::checkLibraryRoots(error))
         return fail(error);
-    const qsizetype before = PlaybackPositionCache::entries().size();
+    const auto entries = PlaybackPositionCache::readEntries();
+    if (!entries)
+        return fail(unreadableCache());
+    const qsizetype before = entries->size();
     if (!PlaybackPositionCache::cleanup())
         return fail(QStringLiteral("cannot write ") + LibraryPaths::cachePath());
     const qsizetype after = PlaybackPositionCache::entries().size();
@@ -300,6 +321,23 @@ int VireoCtl::cacheCleanup()
         QStringLiteral("Removed ") + QString::number(before - after)
             + QStringLiteral(" old position(s), ") + QString::number(after)
             + QStringLiteral(" left\n"));
+}
+
+int VireoCtl::cacheReset()
+{
+    QString error;
+    if (!LibraryAdmin::checkLibraryRoots(error))
+        return fail(error);
+    const auto entries = PlaybackPositionCache::readEntries();
+    if (!PlaybackPositionCache::reset())
+        return fail(QStringLiteral("cannot write ") + LibraryPaths::cachePath());
+    const qint64 removed = entries ? entries->size() : 0;
+    return succeed(QJsonObject { { QStringLiteral("removed"), removed },
+                       { QStringLiteral("unreadable"), !entries } },
+        entries ? QStringLiteral("Removed ") + QString::number(removed)
+                + QStringLiteral(" position(s)\n")
+                : QStringLiteral("Replaced the unreadable cache ") + LibraryPaths::cachePath()
+                + QStringLiteral(" with an empty one\n"));
 }
 
 int VireoCtl::demo()

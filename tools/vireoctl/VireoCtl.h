@@ -33,6 +33,7 @@ private:
     int cacheGet();
     int cacheSet();
     int cacheCleanup();
+    int cacheReset();
     int demo();
     int trailers();
 

@@ -6,6 +6,9 @@
 #include "toolkit/stack/Sentinel.h"
 #include "vtvplugin/appliance/ApplianceConfig.h"
 #include "vtvplugin/screens/VireoApplianceController.h"
+#include "vtvplugin/store/PlaybackPositionCache.h"
+
+#include <QTimer>
 
 VireoAppliance::VireoAppliance(QObject* parent)
     : shell::Appliance(parent)
@@ -13,6 +16,15 @@ VireoAppliance::VireoAppliance(QObject* parent)
     shell::NotificationCenter::defaultCenter().addObserver(this,
         shell::NotificationCenter::applicationWillTerminate(),
         [this](const QString& name, QObject* sender) { appStopping(name, sender); });
+    // Not on the shell's start-up path: the first cleanup waits until the shell is up. A
+    // cache that cannot be read is left alone by the cleanup itself.
+    auto* cleanup = new QTimer(this);
+    cleanup->setInterval(kFirstCleanupDelay);
+    connect(cleanup, &QTimer::timeout, this, [cleanup] {
+        cleanup->setInterval(kCleanupInterval);
+        cleanupOldPlaybackPositions();
+    });
+    cleanup->start();
 }
 
 VireoAppliance::~VireoAppliance()

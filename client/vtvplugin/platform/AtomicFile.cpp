@@ -1,12 +1,15 @@
 #include "vtvplugin/platform/AtomicFile.h"
 
+#include "vtvplugin/platform/DirHandle.h"
 #include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/VtvLog.h"
 
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <utility>
 
 #include <fcntl.h>
@@ -16,10 +19,26 @@
 namespace {
 
 constexpr int kTempAttempts = 16;
+// A writer takes milliseconds; a temporary untouched for this long lost its writer.
+constexpr time_t kStaleSeconds = 60;
 
 QString describeErrno()
 {
     return QString::fromLocal8Bit(std::strerror(errno));
+}
+
+// The name open() gives a temporary: "." + the destination's name + "." + base-36
+// digits + ".tmp".
+bool isOwnTemporary(QByteArrayView name, QByteArrayView prefix)
+{
+    static constexpr QByteArrayView suffix = ".tmp";
+    if (!name.startsWith(prefix) || !name.endsWith(suffix)
+        || name.size() <= prefix.size() + suffix.size())
+        return false;
+    const QByteArrayView digits
+        = name.sliced(prefix.size(), name.size() - prefix.size() - suffix.size());
+    return std::all_of(digits.begin(), digits.end(),
+        [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z'); });
 }
 
 } // namespace
@@ -91,10 +110,37 @@ bool AtomicFile::openFolder(QString* error)
     return true;
 }
 
+// Only regular files are removed, and never through a link: unlinkat takes away the
+// entry itself, whatever may have been swapped in since it was looked at.
+void AtomicFile::removeStaleTemporaries() const
+{
+    const int fd = openat(m_folderFd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const DirHandle dir(fd >= 0 ? fdopendir(fd) : nullptr);
+    if (!dir) {
+        if (fd >= 0)
+            close(fd);
+        return;
+    }
+    const QByteArray prefix = "." + m_name + ".";
+    const QString folder = m_path.left(m_path.lastIndexOf(QLatin1Char('/')) + 1);
+    const time_t now = std::time(nullptr);
+    while (const dirent* entry = readdir(dir.get())) {
+        struct stat status { };
+        if (!isOwnTemporary(entry->d_name, prefix)
+            || fstatat(m_folderFd, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0
+            || !S_ISREG(status.st_mode) || now - status.st_mtime < kStaleSeconds)
+            continue;
+        if (unlinkat(m_folderFd, entry->d_name, 0) == 0)
+            qCDebug(lcFiles).noquote() << "Warning: removed a stale temporary file:"
+                                       << folder + FileSystem::decodeName(entry->d_name);
+    }
+}
+
 bool AtomicFile::open(QString* error)
 {
     if (!openFolder(error))
         return false;
+    removeStaleTemporaries();
     for (int attempt = 0; attempt < kTempAttempts && m_fd < 0; ++attempt) {
         m_tempName = "." + m_name + "."
             + QByteArray::number(QRandomGenerator::global()->generate(), 36) + ".tmp";

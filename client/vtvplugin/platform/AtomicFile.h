@@ -8,7 +8,8 @@
 // (or made, when missing) without following links, the contents go to a new temporary file beside
 // the destination, and commit() renames it over the destination. A symbolic link at the destination
 // is replaced by the new regular file; what it pointed to is never touched. Whatever is not
-// committed is removed again.
+// committed is removed again, and temporaries of the same destination that a killed
+// writer left behind are removed by the next writer once they are a minute old.
 class AtomicFile {
 public:
     // `path` must lie below `root` (both absolute, "/"-separated).
@@ -36,6 +37,7 @@ public:
 private:
     bool fail(QString* error, const QString& text);
     bool openFolder(QString* error);
+    void removeStaleTemporaries() const;
     void discard();
 
     QString m_root;

@@ -45,22 +45,38 @@ bool acceptable(const struct stat& status, qint64 maxBytes, const QString& path)
     return true;
 }
 
+// No such file, or a file where a folder on the way should be; anything else (a loop
+// of links, no permission) is a file that exists but cannot be read.
+bool isMissing(int error, bool* missing)
+{
+    const bool absent = error == ENOENT || error == ENOTDIR;
+    if (missing)
+        *missing = absent;
+    return absent;
+}
+
 } // namespace
 
-std::optional<QByteArray> BoundedFile::read(const QString& path, qint64 maxBytes)
+std::optional<QByteArray> BoundedFile::read(const QString& path, qint64 maxBytes, bool* missing)
 {
+    if (missing)
+        *missing = false;
     const QByteArray native = FileSystem::encodeName(path);
     struct stat status { };
     // A special file is turned away before it is opened: opening some devices does
     // something by itself.
-    if (stat(native.constData(), &status) != 0)
+    if (stat(native.constData(), &status) != 0) {
+        if (!isMissing(errno, missing))
+            refuse("Warning: cannot open file:", path);
         return std::nullopt;
+    }
     if (!acceptable(status, maxBytes, path))
         return std::nullopt;
     // O_NONBLOCK: a FIFO swapped in since the check cannot make the open wait.
     const int fd = open(native.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (fd < 0) {
-        refuse("Warning: cannot open file:", path);
+        if (!isMissing(errno, missing))
+            refuse("Warning: cannot open file:", path);
         return std::nullopt;
     }
     const FdCloser closer(fd);

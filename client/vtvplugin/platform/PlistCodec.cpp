@@ -15,8 +15,9 @@
 namespace {
 
 constexpr QChar kMiddleDot(0x00B7);
-// Files come from other programs; nesting deeper than this is not a settings file.
-constexpr int kMaxDepth = 64;
+// The precheck turns deeper files away before libplist reads them; the walks below
+// stop there all the same, so their recursion stays bounded whatever reaches them.
+constexpr int kMaxDepth = PlistPrecheck::kMaxDepth;
 
 // Seconds between 1970-01-01 and 2001-01-01, the epoch of property-list dates.
 constexpr qint64 kPlistEpochOffset = 978307200;
@@ -320,7 +321,7 @@ bool PlistCodec::decode(const QByteArray& data, QVariantMap& map)
         return true;
     if (data.size() > std::numeric_limits<uint32_t>::max())
         return false;
-    if (!PlistPrecheck::stringsAreSafe(data))
+    if (!PlistPrecheck::stringsAreSafe(data) || !PlistPrecheck::nestingIsSafe(data))
         return false;
     plist_t raw = nullptr;
     plist_from_memory(data.constData(), static_cast<uint32_t>(data.size()), &raw);

@@ -1,6 +1,7 @@
 #include "vtvplugin/store/PairConfig.h"
 
 #include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlistFile.h"
@@ -30,14 +31,18 @@ bool PairConfig::hasConfig(const QString& pairID)
 
 PairConfig::Config PairConfig::readConfig(const QString& pairID)
 {
-    const QVariantMap map = PlistFile::read(LibraryPaths::configPath(pairID));
+    // A file that cannot be read gives what a missing one gives: the pair stays listed,
+    // nameless, and can still be unpaired.
+    const QVariantMap map
+        = PlistFile::read(LibraryPaths::configPath(pairID)).value_or(QVariantMap());
     return { map.value(configKey(LibraryFormat::kClientNameKey)).toString(),
         readSeconds(map, configKey(LibraryFormat::kPairTimeKey)) };
 }
 
 PairConfig::Stats PairConfig::readStats(const QString& pairID)
 {
-    const QVariantMap map = PlistFile::read(LibraryPaths::statsPath(pairID));
+    const QVariantMap map
+        = PlistFile::read(LibraryPaths::statsPath(pairID)).value_or(QVariantMap());
     return { readSeconds(map, LibraryFormat::kLastSyncTimeKey),
         map.value(LibraryFormat::kLastSyncPeerKey).toString() };
 }
@@ -53,9 +58,15 @@ bool PairConfig::writeConfig(const QString& pairID, const Config& config)
 
 bool PairConfig::writeStats(const QString& pairID, const Stats& stats)
 {
-    // Keys that other programs keep in the file stay.
-    QVariantMap map = PlistFile::read(LibraryPaths::statsPath(pairID));
-    map.insert(LibraryFormat::kLastSyncTimeKey, QString::number(stats.lastSyncTime));
-    map.insert(LibraryFormat::kLastSyncPeerKey, stats.lastSyncPeer);
-    return PlistFile::write(LibraryPaths::statsPath(pairID), map);
+    // Keys that other programs keep in the file stay; a file that cannot be read is
+    // left as it is rather than replaced by these two keys alone.
+    const QString path = LibraryPaths::statsPath(pairID);
+    std::optional<QVariantMap> map = PlistFile::read(path);
+    if (!map) {
+        qCDebug(lcPlist).noquote() << "Error: statistics file cannot be read, not updated:" << path;
+        return false;
+    }
+    map->insert(LibraryFormat::kLastSyncTimeKey, QString::number(stats.lastSyncTime));
+    map->insert(LibraryFormat::kLastSyncPeerKey, stats.lastSyncPeer);
+    return PlistFile::write(path, *map);
 }

@@ -6,7 +6,8 @@
 // The two property lists of a pair folder: the configuration that pairing writes
 // ("vireo.plist") and the statistics that every sync updates ("vireostats.plist").
 // Numbers are stored as decimal text; on reading, anything that does not convert
-// counts as 0 and a missing text reads as empty.
+// counts as 0 and a missing text reads as empty. A file that exists but cannot be
+// read reads as a missing one; writeStats leaves such a file alone.
 class PairConfig {
 public:
     PairConfig() = delete;
@@ -25,7 +26,8 @@ public:
     static Stats readStats(const QString& pairID);
     static QString readClientName(const QString& pairID) { return readConfig(pairID).clientName; }
 
-    // Each replaces the whole file; false when it could not be written.
+    // writeConfig replaces the whole file, writeStats its two keys; false when the file
+    // could not be written, or for writeStats could not be read.
     static bool writeConfig(const QString& pairID, const Config& config);
     static bool writeStats(const QString& pairID, const Stats& stats);
 };

@@ -1,5 +1,7 @@
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
+#include "vtvplugin/platform/BoundedFile.h"
+#include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlistFile.h"
@@ -53,6 +55,16 @@ QMap<QString, QString> groupEntries(const QVariantMap& map)
     return result;
 }
 
+std::optional<QVariantMap> readCache()
+{
+    return PlistFile::read(LibraryPaths::cachePath(), BoundedFile::kMaxCacheBytes);
+}
+
+void logAboutCache(const char* message)
+{
+    qCDebug(lcPlist).noquote() << message << LibraryPaths::cachePath();
+}
+
 } // namespace
 
 void PlaybackPositionCache::setClock(Clock clock)
@@ -79,16 +91,19 @@ std::optional<qint32> PlaybackPositionCache::positionOf(const QString& entry)
 
 bool PlaybackPositionCache::save(qint32 assetId, qint32 positionMs)
 {
-    const QString path = LibraryPaths::cachePath();
-    QVariantMap map = PlistFile::read(path);
-    map.insert(
+    std::optional<QVariantMap> map = readCache();
+    if (!map) {
+        logAboutCache("Error: playback position cache cannot be read, position not saved:");
+        return false;
+    }
+    map->insert(
         keyOf(assetId), QString::number(now()) + QLatin1Char('_') + QString::number(positionMs));
-    return PlistFile::write(path, map);
+    return PlistFile::write(LibraryPaths::cachePath(), *map);
 }
 
 std::optional<qint32> PlaybackPositionCache::position(qint32 assetId)
 {
-    const QVariantMap map = PlistFile::read(LibraryPaths::cachePath());
+    const QVariantMap map = readCache().value_or(QVariantMap());
     const auto entry = map.constFind(keyOf(assetId));
     if (entry == map.cend())
         return std::nullopt;
@@ -100,23 +115,38 @@ bool PlaybackPositionCache::cleanup()
     const quint64 current = now();
     // An entry saved exactly at the cutoff is kept.
     const quint64 cutoff = current < kMaxAgeSeconds + 1 ? current : current - kMaxAgeSeconds;
-    const QString path = LibraryPaths::cachePath();
-    QVariantMap map = PlistFile::read(path);
-    const QStringList ids = groupEntries(map).keys();
+    std::optional<QVariantMap> map = readCache();
+    if (!map) {
+        logAboutCache("Error: playback position cache cannot be read, not cleaned up:");
+        return false;
+    }
+    const QStringList ids = groupEntries(*map).keys();
     qsizetype removed = 0;
     for (const QString& id : ids) {
         const QString key = groupPrefix() + id;
-        const std::optional<quint64> time = savedAt(map.value(key).toString());
+        const std::optional<quint64> time = savedAt(map->value(key).toString());
         if (!time || *time < cutoff)
-            removed += map.remove(key);
+            removed += map->remove(key);
     }
     // Nothing to remove leaves the file alone, and a missing cache missing.
-    return removed == 0 || PlistFile::write(path, map);
+    return removed == 0 || PlistFile::write(LibraryPaths::cachePath(), *map);
+}
+
+bool PlaybackPositionCache::reset()
+{
+    logAboutCache("Warning: replacing the playback position cache with an empty one:");
+    return PlistFile::write(LibraryPaths::cachePath(), QVariantMap());
+}
+
+std::optional<QMap<QString, QString>> PlaybackPositionCache::readEntries()
+{
+    const std::optional<QVariantMap> map = readCache();
+    return map ? std::optional(groupEntries(*map)) : std::nullopt;
 }
 
 QMap<QString, QString> PlaybackPositionCache::entries()
 {
-    return groupEntries(PlistFile::read(LibraryPaths::cachePath()));
+    return readEntries().value_or(QMap<QString, QString>());
 }
 
 void saveVideoPlaybackPosition(qint32 assetId, qint32 positionMs)

@@ -1,17 +1,21 @@
 #include "vtvplugin/store/PlistFile.h"
 
 #include "vtvplugin/platform/AtomicFile.h"
-#include "vtvplugin/platform/BoundedFile.h"
 #include "vtvplugin/platform/PlistCodec.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryPaths.h"
 
-QVariantMap PlistFile::read(const QString& path)
+std::optional<QVariantMap> PlistFile::read(const QString& path, qint64 maxBytes)
 {
+    bool missing = false;
+    const std::optional<QByteArray> data = BoundedFile::read(path, maxBytes, &missing);
+    if (missing)
+        return QVariantMap();
     QVariantMap map;
-    const std::optional<QByteArray> data = BoundedFile::read(path, BoundedFile::kMaxPlistBytes);
-    if (data && !PlistCodec::decode(*data, map))
+    if (!data || !PlistCodec::decode(*data, map)) {
         qCDebug(lcPlist).noquote() << "Error reading property list:" << path;
+        return std::nullopt;
+    }
     return map;
 }
 

@@ -8,6 +8,7 @@
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/platform/PlistCodec.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PairConfig.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
@@ -19,6 +20,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <functional>
 #include <future>
 
@@ -95,12 +97,14 @@ TEST_F(HostileLibraryTest, writesReplaceALinkInTheWayAndNeverTouchItsTarget)
             },
             u"global/clientName"_s, u"Den"_s },
     };
+    // The target reads as a property list: a file that cannot be read is never written.
+    const QByteArray precious = PlistCodec::encode({ { u"precious"_s, true } });
     for (const auto& row : rows) {
-        writeFile(outside(u"precious.plist"_s), "precious");
+        writeFile(outside(u"precious.plist"_s), precious);
         QFile::remove(row.linkPath);
         makeLink(row.target, row.linkPath);
         EXPECT_TRUE(row.write()) << row.name;
-        EXPECT_EQ(readFile(outside(u"precious.plist"_s)), "precious"_ba) << row.name;
+        EXPECT_EQ(readFile(outside(u"precious.plist"_s)), precious) << row.name;
         EXPECT_FALSE(QFileInfo::exists(outside(u"missing.plist"_s))) << row.name;
         EXPECT_TRUE(FileSystem::isRealFile(row.linkPath)) << row.name;
         if (!row.expected.isEmpty()) {
@@ -111,6 +115,48 @@ TEST_F(HostileLibraryTest, writesReplaceALinkInTheWayAndNeverTouchItsTarget)
         LogCapture::lines().clear();
     }
     EXPECT_TRUE(PlistHelpers::value(cache, u"playback_pos/-5"_s).endsWith(u"_42000"_s));
+}
+
+// What a writer killed before its rename leaves behind goes with the next write of the
+// same file, once it is a minute old; nothing else is touched.
+TEST_F(HostileLibraryTest, aWriteRemovesStaleTemporariesOfItsOwnFileOnly)
+{
+    const QString vireo = home() + u"/Vireo/"_s;
+    writeFile(outside(u"target"_s));
+    const struct {
+        const char* name;
+        char kind; // 'f' file, 'l' link, 'd' folder
+        bool old, removed;
+    } rows[] = {
+        { ".vireocache.plist.k3j9x.tmp", 'f', true, true },
+        { ".vireocache.plist.k3j9y.tmp", 'f', false, false }, // fresh: a writer may be at it
+        { ".vireocache.plist.link.tmp", 'l', true, false },
+        { ".vireocache.plist.dir.tmp", 'd', true, false },
+        { ".vireocache.plist.K3J9X.tmp", 'f', true, false }, // no name a writer makes
+        { ".vireocache.plist.k3j9x.tmp.keep", 'f', true, false },
+        { ".vireo.plist.k3j9x.tmp", 'f', true, false }, // another file's
+    };
+    for (const auto& row : rows) {
+        const QString path = vireo + QString::fromLatin1(row.name);
+        if (row.kind == 'f')
+            writeFile(path, "half a cache");
+        else if (row.kind == 'l')
+            makeLink(outside(u"target"_s), path);
+        else
+            QDir().mkpath(path);
+        const timespec times[2] = { { 0, UTIME_OMIT }, { std::time(nullptr) - 120, 0 } };
+        ASSERT_TRUE(!row.old
+            || utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, AT_SYMLINK_NOFOLLOW)
+                == 0);
+    }
+    EXPECT_TRUE(PlaybackPositionCache::save(-5, 42000));
+    for (const auto& row : rows)
+        EXPECT_EQ(FileSystem::entryExists(vireo + QString::fromLatin1(row.name)), !row.removed)
+            << row.name;
+    EXPECT_EQ(readFile(outside(u"target"_s)), "movie"_ba);
+    EXPECT_EQ(LogCapture::containing(u"Warning: removed a stale temporary file:"_s),
+        QStringList { u"Warning: removed a stale temporary file: "_s + vireo
+            + u".vireocache.plist.k3j9x.tmp"_s });
 }
 
 TEST_F(HostileLibraryTest, foldersThatAreLinksStopEveryChange)

@@ -2,12 +2,16 @@
 
 #include "vtvplugin/media/MetadataReader.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/platform/BoundedFile.h"
 #include "vtvplugin/platform/BoundedText.h"
 #include "vtvplugin/platform/HomeFolder.h"
+#include "vtvplugin/platform/PlistPrecheck.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
 #include "toolkit/media/DefaultMediaImages.h"
+
+#include <functional>
 
 namespace {
 
@@ -301,6 +305,45 @@ TEST_F(MediaLibraryTest, cleanupDropsEntriesOlderThanFourteenDays)
         cleanupOldPlaybackPositions();
         EXPECT_EQ(PlaybackPositionCache::entries().keys(), words(row.kept)) << row.now;
     }
+}
+
+// A cache that exists but cannot be read would lose every resume point if it were
+// written as if it were empty; only an explicit reset replaces it.
+TEST_F(MediaLibraryTest, aCacheThatCannotBeReadIsNeverWrittenOver)
+{
+    const std::pair<const char*, std::function<void()>> rows[] = {
+        { "too large",
+            [] {
+                QFile file(cachePath());
+                ASSERT_TRUE(file.open(QIODevice::WriteOnly)
+                    && file.resize(BoundedFile::kMaxCacheBytes + 1));
+            } },
+        { "garbage", [] { writeFile(cachePath(), "garbage"); } },
+        { "FIFO", [] { makeFifo(cachePath()); } },
+        { "nested too deep",
+            [] { writeFile(cachePath(), PlistHelpers::nestedXml(PlistPrecheck::kMaxDepth + 1)); } },
+    };
+    for (const auto& [name, make] : rows) {
+        QFile::remove(cachePath());
+        make();
+        const QStringList before = snapshot(home());
+        EXPECT_FALSE(PlaybackPositionCache::save(-5, 42000)) << name;
+        EXPECT_FALSE(PlaybackPositionCache::cleanup()) << name;
+        EXPECT_EQ(snapshot(home()), before) << name;
+        EXPECT_EQ(
+            LogCapture::containing(u"Error: playback position cache cannot be read"_s).size(), 2)
+            << name;
+        LogCapture::lines().clear();
+        EXPECT_TRUE(PlaybackPositionCache::reset()) << name;
+        EXPECT_TRUE(PlaybackPositionCache::save(-5, 42000)) << name;
+    }
+
+    // 100,000 entries of the longest kind still read.
+    QVariantMap full;
+    for (qint64 id = INT32_MIN; id < INT32_MIN + 100000; ++id)
+        full.insert(u"playback_pos/"_s + QString::number(id), u"4294967295_-2147483648"_s);
+    PlistHelpers::write(cachePath(), full);
+    EXPECT_EQ(PlaybackPositionCache::entries().size(), 100000);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "LibraryFixture.h"
 
 #include "vtvplugin/platform/PlistCodec.h"
+#include "vtvplugin/platform/PlistPrecheck.h"
 #include "vtvplugin/store/PlistFile.h"
 
 #include <QJsonDocument>
@@ -63,7 +64,7 @@ TEST_F(PlistFileTest, readsWhatPythonPlistlibWrites)
     }
 }
 
-TEST_F(PlistFileTest, malformedFilesReadAsEmpty)
+TEST_F(PlistFileTest, malformedFilesAreUnreadable)
 {
     for (const QByteArray& bytes :
         { "this is not a property list"_ba,
@@ -74,7 +75,7 @@ TEST_F(PlistFileTest, malformedFilesReadAsEmpty)
         EXPECT_FALSE(PlistCodec::decode(bytes, map)) << bytes.constData();
         EXPECT_TRUE(map.isEmpty());
         writeFile(path(), bytes);
-        EXPECT_TRUE(PlistFile::read(path()).isEmpty());
+        EXPECT_EQ(PlistFile::read(path()), std::nullopt);
     }
 }
 
@@ -156,13 +157,60 @@ TEST_F(PlistFileTest, hostileBinaryFilesNeitherAbortNorMisread)
               "     'after': datetime.datetime(2020, 5, 5, 1, 2, 3, 456000)}\n"
               "open(sys.argv[1], 'wb').write(plistlib.dumps(d, fmt=plistlib.FMT_BINARY))\n",
         { path() });
-    map = PlistFile::read(path());
+    map = PlistFile::read(path()).value_or(QVariantMap());
     const auto utcMs = [](int year) {
         return QDateTime(QDate(year, 5, 5), QTime(1, 2, 3, 456), QTimeZone::utc())
             .toMSecsSinceEpoch();
     };
     EXPECT_EQ(map.value(u"before"_s).toDateTime().toMSecsSinceEpoch(), utcMs(1990));
     EXPECT_EQ(map.value(u"after"_s).toDateTime().toMSecsSinceEpoch(), utcMs(2020));
+}
+
+// libplist recurses on the nesting when it reads a binary list and when it frees any
+// tree, and copies a shared container once per reference: such lists never reach it.
+TEST_F(PlistFileTest, nestingPastTheBoundIsRefusedBeforeLibplistReadsIt)
+{
+    using H = PlistHelpers;
+    const int bound = PlistPrecheck::kMaxDepth;
+    // `text` inside the innermost array of a list nested `depth` deep.
+    const auto innermost = [](int depth, const char* text) {
+        QByteArray xml = H::nestedXml(depth);
+        return xml.insert(xml.indexOf("</array>"), text);
+    };
+    // Each array holds the next one twice: 2^17 nodes from 20 small objects.
+    QList<QByteArray> doubling { "\xD1" + H::ref(1) + H::ref(2), H::ascii("a") };
+    for (quint32 i = 2; i < 19; ++i)
+        doubling.append("\xA2" + H::ref(i + 1) + H::ref(i + 1));
+    doubling.append("\xA0");
+    const struct {
+        const char* name;
+        QByteArray data;
+        bool safe;
+    } rows[] = {
+        { "XML at the bound", H::nestedXml(bound), true },
+        { "XML past the bound", H::nestedXml(bound + 1), false },
+        { "XML 250,000 deep", H::nestedXml(250000), false },
+        // An empty array is a level; one in a comment, a CDATA section or a quoted
+        // processing instruction is no array at all.
+        { "XML empty array past the bound", innermost(bound, "<array/>"), false },
+        { "XML hidden arrays at the bound",
+            innermost(bound - 1,
+                R"(<array/><array /><!-- <array> --><?pi "?><array>"?>)"
+                "<string><![CDATA[<array>]]></string>"),
+            true },
+        { "binary at the bound", H::nestedBinary(bound), true },
+        { "binary past the bound", H::nestedBinary(bound + 1), false },
+        { "binary 250,000 deep", H::nestedBinary(250000), false },
+        { "binary reference cycle",
+            H::binary({ "\xD1" + H::ref(1) + H::ref(2), H::ascii("a"), "\xA1" + H::ref(2) }),
+            false },
+        { "binary shared containers", H::binary(doubling), false },
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(PlistPrecheck::nestingIsSafe(row.data), row.safe) << row.name;
+        QVariantMap map;
+        EXPECT_EQ(PlistCodec::decode(row.data, map), row.safe) << row.name;
+    }
 }
 
 } // namespace

@@ -16,7 +16,11 @@
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/screens/VireoApplianceController.h"
+#include "vtvplugin/store/LibraryPaths.h"
+#include "vtvplugin/store/PlaybackPositionCache.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QLocale>
 #include <QLoggingCategory>
@@ -418,6 +422,17 @@ TEST_F(MainMenuTest, PluginLoadsFromTheAppliancesFolder)
     EXPECT_EQ(entry->appliance->moduleIconName(), u"ApplianceIcon.png"_s);
     EXPECT_FALSE(
         entry->appliance->bundle().imageForResource(u"ApplianceIcon"_s, u"png"_s).isNull());
+}
+
+TEST_F(MainMenuTest, OldResumePointsGoSoonAfterTheApplianceIsLoaded)
+{
+    const QString fresh = QString::number(QDateTime::currentSecsSinceEpoch()) + u"_5000"_s;
+    PlistHelpers::write(LibraryPaths::cachePath(),
+        { { u"playback_pos/1"_s, u"1000_5000"_s }, { u"playback_pos/2"_s, fresh } });
+    const QDeadlineTimer deadline(3 * VireoAppliance::kFirstCleanupDelay);
+    while (PlaybackPositionCache::entries().size() == 2 && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    EXPECT_EQ(PlaybackPositionCache::entries().keys(), QStringList { u"2"_s });
 }
 
 TEST_F(MainMenuTest, AppStoppingReachesTheDeepestMainMenu)
