@@ -23,7 +23,7 @@ ScriptRunner::ScriptRunner(
     , m_dump(dump)
     , m_screenshotsDir(screenshotsDir)
     , m_hooks(std::move(hooks))
-    , m_parser(!screenshotsDir.isEmpty())
+    , m_parser(screenshotsDir.isEmpty() ? QStringLiteral("needs --screenshots DIR") : QString())
 {
 }
 
@@ -52,15 +52,28 @@ bool ScriptRunner::prepare(QString* error)
     if (!file.open(QIODevice::ReadOnly))
         return fail(
             QStringLiteral("cannot read the script %1: %2").arg(m_script, file.errorString()));
-    QList<ScriptStep> steps;
-    QString why;
-    if (!ScriptParser::parseAll(
-            QString::fromUtf8(file.readAll()), !m_screenshotsDir.isEmpty(), &steps, &why))
-        return fail(QStringLiteral("%1: %2").arg(m_script, why));
-    for (const ScriptStep& step : steps)
-        m_queue.append({ step, QString() });
+    QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
+    // A final newline ends the last line; it starts no empty one.
+    if (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    for (const QString& line : lines) {
+        QString why;
+        if (const std::optional<shell::ScriptStep> step = readLine(line, &why))
+            m_queue.append(*step);
+        else if (!why.isEmpty())
+            return fail(QStringLiteral("%1: %2").arg(m_script, why));
+    }
     m_inputEnded = true;
     return true;
+}
+
+std::optional<shell::ScriptStep> ScriptRunner::readLine(const QString& line, QString* error)
+{
+    QString why;
+    std::optional<shell::ScriptStep> step = m_parser.parseLine(line, &why);
+    if (!why.isEmpty() && error)
+        *error = QStringLiteral("script line %1: %2").arg(m_parser.linesRead()).arg(why);
+    return step;
 }
 
 void ScriptRunner::start(QQuickWindow* window)
@@ -101,22 +114,15 @@ void ScriptRunner::readInput()
 
 void ScriptRunner::takeLine(const QString& line)
 {
-    if (m_finished)
+    if (m_finished || !m_badLine.isEmpty())
         return;
-    const ScriptParser::Result result = m_parser.parseLine(line);
-    switch (result.outcome) {
-    case ScriptParser::Outcome::Skipped:
-        break;
-    case ScriptParser::Outcome::Step:
-        m_queue.append({ result.step, QString() });
-        break;
-    case ScriptParser::Outcome::Error:
-        m_queue.append({ ScriptStep(), result.error });
+    if (const std::optional<shell::ScriptStep> step = readLine(line, &m_badLine)) {
+        m_queue.append(*step);
+    } else if (!m_badLine.isEmpty()) {
         // Nothing after a bad line runs.
         if (m_input)
             m_input->setEnabled(false);
         m_inputEnded = true;
-        break;
     }
 }
 
@@ -136,43 +142,41 @@ void ScriptRunner::pump()
     if (!m_started || m_busy || m_finished)
         return;
     if (m_queue.isEmpty()) {
-        if (m_inputEnded)
+        if (!m_badLine.isEmpty()) {
+            m_hooks.writeError(m_badLine);
+            finish(2);
+        } else if (m_inputEnded) {
             finish(0);
-        return;
-    }
-    const Entry entry = m_queue.takeFirst();
-    if (!entry.error.isEmpty()) {
-        m_hooks.writeError(entry.error);
-        finish(2);
+        }
         return;
     }
     m_busy = true;
-    run(entry.step);
+    run(m_queue.takeFirst());
 }
 
-void ScriptRunner::run(const ScriptStep& step)
+void ScriptRunner::run(const shell::ScriptStep& step)
 {
     qCDebug(lcScript).noquote() << "Step" << step.number << "(line" << step.line
                                 << "):" << step.text;
     switch (step.kind) {
-    case ScriptStep::Kind::Action:
+    case shell::ScriptStep::Kind::Action:
         m_hooks.perform(step.action);
         afterStep(step);
         break;
-    case ScriptStep::Kind::Wait:
+    case shell::ScriptStep::Kind::Wait:
         QTimer::singleShot(step.waitMS, this, [this, step] { afterStep(step); });
         break;
-    case ScriptStep::Kind::Shot:
+    case shell::ScriptStep::Kind::Shot:
         QTimer::singleShot(kSettleMS, this,
             [this, step] { m_frames->whenDrawn([this, step] { takeShot(step); }); });
         break;
-    case ScriptStep::Kind::Quit:
+    case shell::ScriptStep::Kind::Quit:
         finish(0);
         break;
     }
 }
 
-void ScriptRunner::afterStep(const ScriptStep& step)
+void ScriptRunner::afterStep(const shell::ScriptStep& step)
 {
     m_frames->whenDrawn([this, number = step.number] {
         dump(number);
@@ -182,7 +186,7 @@ void ScriptRunner::afterStep(const ScriptStep& step)
     });
 }
 
-void ScriptRunner::takeShot(const ScriptStep& step)
+void ScriptRunner::takeShot(const shell::ScriptStep& step)
 {
     const QString path
         = m_screenshotsDir + QLatin1Char('/') + step.shotName + QStringLiteral(".png");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ScriptParser.h"
+#include "toolkit/stack/ScriptParser.h"
 
 #include <QByteArray>
 #include <QJsonObject>
@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include <QQuickWindow>
 class QSocketNotifier;
@@ -55,18 +56,15 @@ signals:
     void finished(int exitStatus);
 
 private:
-    struct Entry {
-        ScriptStep step;
-        QString error; // non-empty: this line stops the run
-    };
-
+    // The parser's step for one more line, with an error that names the line.
+    std::optional<shell::ScriptStep> readLine(const QString& line, QString* error);
     void readInput();
     void takeLine(const QString& line);
     void endOfInput();
     void pump();
-    void run(const ScriptStep& step);
-    void afterStep(const ScriptStep& step);
-    void takeShot(const ScriptStep& step);
+    void run(const shell::ScriptStep& step);
+    void afterStep(const shell::ScriptStep& step);
+    void takeShot(const shell::ScriptStep& step);
     void dump(int stepNumber);
     void finish(int status);
 
@@ -74,8 +72,9 @@ private:
     bool m_dump;
     QString m_screenshotsDir;
     Hooks m_hooks;
-    ScriptParser m_parser;
-    QList<Entry> m_queue;
+    shell::ScriptParser m_parser;
+    QList<shell::ScriptStep> m_queue;
+    QString m_badLine; // the error of the line that stops the run, once its turn comes
     bool m_inputEnded = false;
     QByteArray m_partial;
     QSocketNotifier* m_input = nullptr;

@@ -262,16 +262,22 @@ int runShell(int argc, char** argv)
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
-    const ParsedOptions parsed = CommandLine::parse(arguments);
-    if (parsed.action == ParsedOptions::Action::Exit) {
-        std::fputs(parsed.text.toLocal8Bit().constData(), stdout);
-        return 0;
-    }
-    if (parsed.action == ParsedOptions::Action::Fail) {
-        std::fputs(parsed.text.toLocal8Bit().constData(), stderr);
+    QString usageError;
+    const std::optional<ShellOptions> parsed = ShellOptions::parse(arguments, &usageError);
+    if (!parsed) {
+        std::fputs(QStringLiteral("mediashell: %1\nTry 'mediashell --help'.\n")
+                       .arg(usageError)
+                       .toLocal8Bit()
+                       .constData(),
+            stderr);
         return 2;
     }
-    const ShellOptions& options = parsed.options;
+    if (parsed->help || parsed->version) {
+        const QString text = parsed->help ? ShellOptions::usage() : ShellOptions::versionText();
+        std::fputs(text.toLocal8Bit().constData(), stdout);
+        return 0;
+    }
+    const ShellOptions& options = *parsed;
 
     QLoggingCategory::setFilterRules(options.verbose ? QStringLiteral("vireo.*.debug=true")
                                                      : QStringLiteral("vireo.*.debug=false"));

@@ -1,8 +1,11 @@
 #include "ShellOptions.h"
 
+#include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 namespace mediashell {
 
@@ -10,17 +13,82 @@ namespace {
 
     constexpr int kLargestSide = 16384;
 
-    ParsedOptions failure(const QString& message)
+    const QString kHome = QStringLiteral("home");
+    const QString kAppliances = QStringLiteral("appliances");
+    const QString kWindowed = QStringLiteral("windowed");
+    const QString kSize = QStringLiteral("size");
+    const QString kKeys = QStringLiteral("keys");
+    const QString kVerbose = QStringLiteral("verbose");
+    const QString kScript = QStringLiteral("script");
+    const QString kDump = QStringLiteral("dump");
+    const QString kScreenshots = QStringLiteral("screenshots");
+    const QString kVersion = QStringLiteral("version");
+    const QString kHelp = QStringLiteral("help");
+
+    void describe(QCommandLineParser& parser)
     {
-        ParsedOptions parsed;
-        parsed.action = ParsedOptions::Action::Fail;
-        parsed.text = QStringLiteral("mediashell: %1\nTry 'mediashell --help'.\n").arg(message);
-        return parsed;
+        // "-help" means "--help", not "-h -e -l -p".
+        parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+        parser.addOptions({
+            { kHome, QString(), QStringLiteral("DIR") },
+            { kAppliances, QString(), QStringLiteral("DIR") },
+            { kWindowed, QString() },
+            { kSize, QString(), QStringLiteral("WxH") },
+            { kKeys, QString(), QStringLiteral("FILE") },
+            { kVerbose, QString() },
+            { kScript, QString(), QStringLiteral("FILE") },
+            { kDump, QString() },
+            { kScreenshots, QString(), QStringLiteral("DIR") },
+            { kVersion, QString() },
+            { { QStringLiteral("h"), kHelp }, QString() },
+        });
+    }
+
+    std::optional<ShellOptions> refuse(const QString& why, QString* error)
+    {
+        if (error)
+            *error = why;
+        return std::nullopt;
+    }
+
+    // What the parser read, each value checked on its own.
+    std::optional<ShellOptions> read(const QCommandLineParser& parser, QString* error)
+    {
+        if (!parser.positionalArguments().isEmpty())
+            return refuse(QStringLiteral("unexpected argument \"%1\"")
+                              .arg(parser.positionalArguments().constFirst()),
+                error);
+        for (const QString& name : { kHome, kAppliances, kSize, kKeys, kScript, kScreenshots }) {
+            const QStringList values = parser.values(name);
+            if (std::any_of(values.cbegin(), values.cend(),
+                    [](const QString& value) { return value.isEmpty(); }))
+                return refuse(QStringLiteral("--%1 needs a value").arg(name), error);
+        }
+        ShellOptions options;
+        options.help = parser.isSet(kHelp);
+        options.version = parser.isSet(kVersion);
+        options.home = parser.value(kHome);
+        options.applianceDirs = parser.values(kAppliances);
+        options.windowed = parser.isSet(kWindowed);
+        options.verbose = parser.isSet(kVerbose);
+        options.script = parser.value(kScript);
+        options.dump = parser.isSet(kDump);
+        options.screenshotsDir = parser.value(kScreenshots);
+        options.keysFile = parser.value(kKeys);
+        if (parser.isSet(kSize)) {
+            const QString text = parser.value(kSize);
+            options.size = ShellOptions::parseSize(text);
+            if (!options.size.isValid())
+                return refuse(
+                    QStringLiteral("--size wants WIDTHxHEIGHT, not \"%1\"").arg(text), error);
+            options.windowed = true;
+        }
+        return options;
     }
 
 } // namespace
 
-QString CommandLine::usage()
+QString ShellOptions::usage()
 {
     return QStringLiteral(
         "usage: mediashell [OPTION...]\n"
@@ -48,12 +116,12 @@ QString CommandLine::usage()
         "Exit status: 0 done, 1 the shell could not start, 2 a usage or script error.\n");
 }
 
-QString CommandLine::versionText()
+QString ShellOptions::versionText()
 {
     return QStringLiteral("mediashell %1\n").arg(QStringLiteral(MEDIASHELL_VERSION));
 }
 
-QSize CommandLine::parseSize(const QString& text)
+QSize ShellOptions::parseSize(const QString& text)
 {
     static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,5})[xX]([0-9]{1,5})$"));
     const QRegularExpressionMatch match = pattern.match(text);
@@ -66,98 +134,27 @@ QSize CommandLine::parseSize(const QString& text)
     return QSize(width, height);
 }
 
-ParsedOptions CommandLine::parse(const QStringList& arguments)
+std::optional<ShellOptions> ShellOptions::parse(const QStringList& arguments, QString* error)
 {
-    ParsedOptions parsed;
-    ShellOptions& options = parsed.options;
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        QString name = arguments.at(i);
-        QString value;
-        bool hasInlineValue = false;
-        if (name.startsWith(u"--")) {
-            const qsizetype equals = name.indexOf(u'=');
-            if (equals > 0) {
-                value = name.mid(equals + 1);
-                name = name.left(equals);
-                hasInlineValue = true;
-            }
-        }
-        // The value of an option that takes one, from "--name=VALUE" or the next word.
-        QString problem;
-        const auto takeValue = [&](QString& into) -> bool {
-            if (hasInlineValue)
-                into = value;
-            else if (i + 1 < arguments.size())
-                into = arguments.at(++i);
-            if (into.isEmpty())
-                problem = QStringLiteral("%1 needs a value").arg(name);
-            return problem.isEmpty();
-        };
-        const auto flag = [&](bool& into) -> bool {
-            into = true;
-            if (hasInlineValue)
-                problem = QStringLiteral("%1 takes no value").arg(name);
-            return problem.isEmpty();
-        };
+    QCommandLineParser parser;
+    describe(parser);
+    if (!parser.parse(QStringList { QStringLiteral("mediashell") } + arguments))
+        return refuse(parser.errorText(), error);
+    std::optional<ShellOptions> options = read(parser, error);
+    if (!options || options->help || options->version)
+        return options;
 
-        bool ok = true;
-        if (name == u"--help" || name == u"-h") {
-            parsed.action = ParsedOptions::Action::Exit;
-            parsed.text = usage();
-            return parsed;
-        } else if (name == u"--version") {
-            parsed.action = ParsedOptions::Action::Exit;
-            parsed.text = versionText();
-            return parsed;
-        } else if (name == u"--home") {
-            ok = takeValue(options.home);
-        } else if (name == u"--appliances") {
-            QString dir;
-            ok = takeValue(dir);
-            if (ok)
-                options.applianceDirs.append(dir);
-        } else if (name == u"--windowed") {
-            ok = flag(options.windowed);
-        } else if (name == u"--size") {
-            QString text;
-            ok = takeValue(text);
-            if (ok) {
-                options.size = parseSize(text);
-                if (!options.size.isValid())
-                    return failure(
-                        QStringLiteral("--size wants WIDTHxHEIGHT, not \"%1\"").arg(text));
-                options.windowed = true;
-            }
-        } else if (name == u"--verbose") {
-            ok = flag(options.verbose);
-        } else if (name == u"--script") {
-            ok = takeValue(options.script);
-        } else if (name == u"--dump") {
-            ok = flag(options.dump);
-        } else if (name == u"--screenshots") {
-            ok = takeValue(options.screenshotsDir);
-        } else if (name == u"--keys") {
-            ok = takeValue(options.keysFile);
-        } else if (name.startsWith(u'-') && name != u"-") {
-            return failure(QStringLiteral("unknown option %1").arg(name));
-        } else {
-            return failure(QStringLiteral("unexpected argument \"%1\"").arg(name));
-        }
-        if (!ok)
-            return failure(problem);
-    }
-
-    if (!options.home.isEmpty()) {
-        const QString home = QDir(options.home).absolutePath();
+    if (!options->home.isEmpty()) {
+        const QString home = QDir(options->home).absolutePath();
         if (!QFileInfo(home).isDir())
-            return failure(QStringLiteral("no such folder: %1").arg(home));
-        options.home = home;
+            return refuse(QStringLiteral("no such folder: %1").arg(home), error);
+        options->home = home;
     }
-    if (options.script.isEmpty() && options.dump)
-        return failure(QStringLiteral("--dump needs --script"));
-    if (options.script.isEmpty() && !options.screenshotsDir.isEmpty())
-        return failure(QStringLiteral("--screenshots needs --script"));
-    return parsed;
+    if (options->script.isEmpty() && options->dump)
+        return refuse(QStringLiteral("--dump needs --script"), error);
+    if (options->script.isEmpty() && !options->screenshotsDir.isEmpty())
+        return refuse(QStringLiteral("--screenshots needs --script"), error);
+    return options;
 }
 
 } // namespace mediashell

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace mediashell {
 
 // The command line of `mediashell`. Every option also takes the form --name=VALUE.
@@ -17,31 +19,17 @@ struct ShellOptions {
     bool dump = false;
     QString screenshotsDir;
     QString keysFile;
+    bool help = false; // print usage() and exit
+    bool version = false; // print versionText() and exit
 
     // The window's size when windowed.
     QSize windowSize() const { return size.isValid() ? size : QSize(1280, 720); }
-};
 
-// What parsing the command line decided.
-struct ParsedOptions {
-    enum class Action {
-        Run,
-        Exit, // print `text` on standard output, exit 0 (--help, --version)
-        Fail, // print `text` on standard error, exit 2
-    };
-    Action action = Action::Run;
-    ShellOptions options;
-    QString text;
-};
-
-class CommandLine {
-public:
-    CommandLine() = delete;
-
-    // `arguments` without the program's name. Checks what can be checked before
-    // anything starts: values present and well formed, the home folder exists, --dump
-    // and --screenshots only with --script.
-    static ParsedOptions parse(const QStringList& arguments);
+    // `arguments` without the program's name. A usage error gives nothing and says
+    // why. --help and --version are answered once the line parses; the rest is then
+    // checked before anything starts: the home folder exists, --dump and
+    // --screenshots come with --script.
+    static std::optional<ShellOptions> parse(const QStringList& arguments, QString* error);
 
     static QString usage();
     static QString versionText();

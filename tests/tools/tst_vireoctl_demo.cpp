@@ -81,14 +81,14 @@ TEST_F(VireoCtlDemo, ClipMakerWritesAPlayableFile)
     const QString clip = sources() + QStringLiteral("/clip.m4v");
     QString error;
     ASSERT_TRUE(
-        ClipMaker::make(QStringLiteral("testsrc2=size=160x90:rate=10"), 440, 1, clip, error))
+        ClipMaker::make(QStringLiteral("testsrc2=size=160x90:rate=10"), 440, 1, clip, &error))
         << error.toStdString();
     QFile file(clip);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.read(12).mid(4, 4), QByteArray("ftyp")) << "an MP4 container";
 
     EXPECT_FALSE(ClipMaker::make(
-        QStringLiteral("nosuchsource"), 440, 1, sources() + QStringLiteral("/bad.m4v"), error));
+        QStringLiteral("nosuchsource"), 440, 1, sources() + QStringLiteral("/bad.m4v"), &error));
     EXPECT_TRUE(error.startsWith(QStringLiteral("ffmpeg failed"))) << error.toStdString();
 }
 

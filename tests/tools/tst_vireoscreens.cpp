@@ -48,8 +48,9 @@ protected:
 TEST_F(VireoScreensTest, textWalkShowsRowsFocusAndTheSettingsScreens)
 {
     writeFile(movies() + QStringLiteral("Heat.m4v"));
-    const Walk result
-        = walk({ QStringLiteral("down"), QStringLiteral("select"), QStringLiteral("select") });
+    // Nothing runs after "quit".
+    const Walk result = walk({ QStringLiteral("down"), QStringLiteral("select"),
+        QStringLiteral("select"), QStringLiteral("quit"), QStringLiteral("menu") });
     ASSERT_EQ(result.status, 0) << qPrintable(result.err);
     const QStringList steps = result.out.split(QStringLiteral("== "), Qt::SkipEmptyParts);
     ASSERT_EQ(steps.size(), 4) << qPrintable(result.out);
@@ -68,6 +69,7 @@ TEST_F(VireoScreensTest, playbackWaitLeavesAResumePointOfferedNextTime)
     const Walk result = walk({ QStringLiteral("--json"), QStringLiteral("select"),
         QStringLiteral("wait:95"), QStringLiteral("menu"), QStringLiteral("select") });
     ASSERT_EQ(result.status, 0) << qPrintable(result.err);
+    EXPECT_EQ(result.err, "vireo-screens: \"wait:95\" is deprecated; write \"wait 95000\"\n");
     const QList<QJsonObject> screens = result.screens();
     ASSERT_EQ(screens.size(), 5);
     const QJsonObject playing = screens[2].value(u"screen").toObject().value(u"player").toObject();
@@ -80,14 +82,22 @@ TEST_F(VireoScreensTest, playbackWaitLeavesAResumePointOfferedNextTime)
         QStringLiteral("Resume Playing"));
 }
 
-TEST_F(VireoScreensTest, unknownStepsAndMissingHomesAreUsageErrors)
+TEST_F(VireoScreensTest, stepsItCannotTakeAndMissingHomesAreUsageErrors)
 {
-    const Walk unknown = walk({ QStringLiteral("sideways") });
-    EXPECT_EQ(unknown.status, 2);
-    EXPECT_TRUE(unknown.err.startsWith(QStringLiteral("error: unknown step: sideways")));
-    EXPECT_TRUE(unknown.out.isEmpty());
-    for (const char* bad : { "wait:-1", "wait:x", "wait:999999" })
-        EXPECT_EQ(walk({ QString::fromLatin1(bad) }).status, 2) << bad;
+    const std::pair<const char*, const char*> rows[] = {
+        { "sideways", "error: unknown step \"sideways\"" },
+        { "shot top", "error: \"shot top\" needs a window, and vireo-screens draws none" },
+        { "wait 3600001", "error: \"wait 3600001\": wait takes milliseconds" },
+        { "wait:-1", "error: unknown step \"wait:-1\"" },
+        { "wait:x", "error: unknown step \"wait:x\"" },
+        { "wait:999999", "error: \"wait 999999000\": wait takes milliseconds" },
+    };
+    for (const auto& [step, says] : rows) {
+        const Walk refused = walk({ QStringLiteral("down"), QString::fromLatin1(step) });
+        EXPECT_EQ(refused.status, 2) << step;
+        EXPECT_TRUE(refused.err.contains(QLatin1String(says))) << qPrintable(refused.err);
+        EXPECT_TRUE(refused.out.isEmpty()) << step << ": nothing runs";
+    }
     const Walk missing = walk({ QStringLiteral("--home"), root() + QStringLiteral("/nowhere") });
     EXPECT_EQ(missing.status, 2);
 }

@@ -5,7 +5,15 @@
 
 namespace {
 
-constexpr int kTimeoutMs = 300000;
+constexpr int kTimeoutMS = 300000;
+
+// False, with the reason where the caller asked for it.
+bool fail(QString* error, const QString& reason)
+{
+    if (error)
+        *error = reason;
+    return false;
+}
 
 QStringList commonArguments()
 {
@@ -72,7 +80,7 @@ QStringList ClipMaker::seriesArguments(const QString& videoSource, const QString
 }
 
 bool ClipMaker::makeSeries(const QString& videoSource, const QString& audioSource, int count,
-    int seconds, const QString& outputPattern, QString& error, Container container)
+    int seconds, const QString& outputPattern, QString* error, Container container)
 {
     return run(seriesArguments(videoSource, audioSource, count, seconds, outputPattern, container),
         outputPattern, error);
@@ -89,39 +97,37 @@ QStringList ClipMaker::stillsArguments(
 }
 
 bool ClipMaker::make(const QString& videoSource, int toneHz, int seconds, const QString& output,
-    QString& error, Container container)
+    QString* error, Container container)
 {
     return run(arguments(videoSource, toneHz, seconds, output, container), output, error);
 }
 
 bool ClipMaker::makeStills(
-    const QString& videoSource, int count, const QString& outputPattern, QString& error)
+    const QString& videoSource, int count, const QString& outputPattern, QString* error)
 {
     return run(stillsArguments(videoSource, count, outputPattern), outputPattern, error);
 }
 
-bool ClipMaker::run(const QStringList& arguments, const QString& output, QString& error)
+bool ClipMaker::run(const QStringList& arguments, const QString& output, QString* error)
 {
     const QString ffmpeg = ffmpegPath();
-    if (ffmpeg.isEmpty()) {
-        error = QStringLiteral("ffmpeg not found on the PATH (scripts/install-deps installs it)");
-        return false;
-    }
+    if (ffmpeg.isEmpty())
+        return fail(error,
+            QStringLiteral("ffmpeg not found on the PATH (scripts/install-deps installs it)"));
     QProcess process;
     process.setProcessChannelMode(QProcess::SeparateChannels);
     process.start(ffmpeg, arguments);
-    if (!process.waitForStarted() || !process.waitForFinished(kTimeoutMs)) {
+    if (!process.waitForStarted() || !process.waitForFinished(kTimeoutMS)) {
         process.kill();
         process.waitForFinished();
-        error = QStringLiteral("ffmpeg did not finish: ") + output;
-        return false;
+        return fail(error, QStringLiteral("ffmpeg did not finish: ") + output);
     }
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
         const QString reason = QString::fromLocal8Bit(process.readAllStandardError())
                                    .trimmed()
                                    .section(QLatin1Char('\n'), 0, 0);
-        error = QStringLiteral("ffmpeg failed for ") + output + QStringLiteral(": ") + reason;
-        return false;
+        return fail(
+            error, QStringLiteral("ffmpeg failed for ") + output + QStringLiteral(": ") + reason);
     }
     return true;
 }

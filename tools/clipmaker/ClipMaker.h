@@ -18,7 +18,7 @@ public:
     // `videoSource` is a lavfi video graph (size and rate included). Writes `output`
     // or answers false with the reason in `error`.
     static bool make(const QString& videoSource, int toneHz, int seconds, const QString& output,
-        QString& error, Container container = Container::Mp4);
+        QString* error, Container container = Container::Mp4);
 
     static QStringList arguments(const QString& videoSource, int toneHz, int seconds,
         const QString& output, Container container = Container::Mp4);
@@ -28,7 +28,7 @@ public:
     // as "/dir/clip-%02d.flv" numbered from 0; each clip starts on a key frame at time 0.
     // One encoder for the lot: a dozen short clips in about the time of one.
     static bool makeSeries(const QString& videoSource, const QString& audioSource, int count,
-        int seconds, const QString& outputPattern, QString& error,
+        int seconds, const QString& outputPattern, QString* error,
         Container container = Container::Mp4);
 
     static QStringList seriesArguments(const QString& videoSource, const QString& audioSource,
@@ -38,11 +38,11 @@ public:
     // an ffmpeg image sequence pattern such as "/dir/still-%02d.jpg" (numbered from 1).
     // One ffmpeg run for the lot, which is what keeps a demo quick.
     static bool makeStills(
-        const QString& videoSource, int count, const QString& outputPattern, QString& error);
+        const QString& videoSource, int count, const QString& outputPattern, QString* error);
 
     static QStringList stillsArguments(
         const QString& videoSource, int count, const QString& outputPattern);
 
 private:
-    static bool run(const QStringList& arguments, const QString& output, QString& error);
+    static bool run(const QStringList& arguments, const QString& output, QString* error);
 };

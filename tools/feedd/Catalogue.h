@@ -32,11 +32,11 @@ public:
 
     // Reads FOLDER/catalogue.json and checks that every media and thumbnail file named
     // is a regular file in FOLDER (links are not served).
-    static std::optional<Catalogue> load(const QString& folder, QString& error);
+    static std::optional<Catalogue> load(const QString& folder, QString* error);
     // The checks of load() that need no files; `folder` only names where sizes are
     // read from when left out (an empty folder: sizes must be given).
     static std::optional<Catalogue> fromJson(
-        const QByteArray& json, const QString& folder, QString& error);
+        const QByteArray& json, const QString& folder, QString* error);
     QByteArray toJson() const;
 
     const QList<FeedTrailer>& trailers() const { return m_trailers; }

@@ -19,8 +19,8 @@ ConnectionGuard::ConnectionGuard(QTcpSocket* socket, const FeedLimits& limits)
     connect(&m_timer, &QTimer::timeout, this, &ConnectionGuard::onTimeout);
     m_lifeTimer.setSingleShot(true);
     connect(&m_lifeTimer, &QTimer::timeout, this, &ConnectionGuard::onLifeOver);
-    m_timer.start(m_limits.requestTimeoutMs);
-    m_lifeTimer.start(m_limits.connectionLifeMs);
+    m_timer.start(m_limits.requestTimeoutMS);
+    m_lifeTimer.start(m_limits.connectionLifeMS);
 }
 
 ConnectionGuard* ConnectionGuard::of(QTcpSocket* socket)
@@ -97,7 +97,7 @@ void ConnectionGuard::onTimeout()
     }
     if (pendingAnswers() > 0 && m_written != m_writtenAtCheck) {
         m_writtenAtCheck = m_written;
-        m_timer.start(m_limits.stalledStreamMs);
+        m_timer.start(m_limits.stalledStreamMS);
         return;
     }
     if (pendingAnswers() > 0) {
@@ -105,11 +105,11 @@ void ConnectionGuard::onTimeout()
         qCWarning(lcFeedd).noquote()
             << QStringLiteral("dropped %1: took nothing of a response for %2 ms")
                    .arg(client())
-                   .arg(m_limits.stalledStreamMs);
+                   .arg(m_limits.stalledStreamMS);
         m_socket->abort();
         return;
     }
-    close(QStringLiteral("no complete request within %1 ms").arg(m_limits.requestTimeoutMs));
+    close(QStringLiteral("no complete request within %1 ms").arg(m_limits.requestTimeoutMS));
 }
 
 // A connection does not take requests for ever: a client that keeps sending one now and
@@ -121,7 +121,7 @@ void ConnectionGuard::onLifeOver()
     if (!m_reading || !m_framer.isBetweenRequests())
         return;
     if (pendingAnswers() == 0)
-        close(QStringLiteral("open for %1 ms").arg(m_limits.connectionLifeMs));
+        close(QStringLiteral("open for %1 ms").arg(m_limits.connectionLifeMS));
     else
         stopAfterAnswers();
 }
@@ -139,7 +139,7 @@ void ConnectionGuard::answerNext()
     m_answering = Answering::Writing;
     // From here on the client has to take what is written, or it is dropped.
     m_writtenAtCheck = m_written;
-    m_timer.start(m_limits.stalledStreamMs);
+    m_timer.start(m_limits.stalledStreamMS);
     answer();
 }
 
@@ -227,7 +227,7 @@ void ConnectionGuard::writeRefusal(RequestFramer::Verdict verdict)
     connect(m_socket, &QTcpSocket::bytesWritten, this, &ConnectionGuard::closeWriteSideWhenSent);
     m_socket->flush();
     closeWriteSideWhenSent();
-    m_timer.start(m_limits.lingerMs);
+    m_timer.start(m_limits.lingerMS);
 }
 
 // The end of the last answer may still be on its way to the client: the connection is
@@ -239,13 +239,13 @@ void ConnectionGuard::close(const QString& why)
         qCWarning(lcFeedd).noquote() << QStringLiteral("closed %1: %2").arg(client(), why);
     stopReading();
     m_closing = true;
-    m_timer.start(m_limits.lingerMs);
+    m_timer.start(m_limits.lingerMS);
     m_socket->disconnectFromHost();
 }
 
 void ConnectionGuard::waitForRequest()
 {
-    m_timer.start(m_limits.requestTimeoutMs);
+    m_timer.start(m_limits.requestTimeoutMS);
 }
 
 void ConnectionGuard::drain()

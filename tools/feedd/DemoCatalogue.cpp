@@ -49,6 +49,14 @@ const char* const kClipsVideo = "testsrc2=size=320x180:rate=15,hue=H=PI*floor(t/
 const char* const kClipsAudio = "aevalsrc=0.2*sin(2*PI*(262+40*floor(t/3))*t):s=44100";
 const char* const kStillsVideo = "testsrc2=size=320x180:rate=15,hue=H=PI*n/6";
 
+// False, with the reason where the caller asked for it.
+bool fail(QString* error, const QString& reason)
+{
+    if (error)
+        *error = reason;
+    return false;
+}
+
 QString idOf(int index)
 {
     return QStringLiteral("%1").arg(index + 1, 4, 10, QLatin1Char('0'));
@@ -67,25 +75,23 @@ bool isMissingOrEmpty(const QString& folder)
 
 // ffmpeg numbers its outputs from 0 (clips) or 1 (stills); the catalogue names them by id.
 bool renumber(const QString& folder, const QString& prefix, int firstNumber, const QString& suffix,
-    QString& error)
+    QString* error)
 {
     for (int i = 0; i < DemoCatalogue::kTrailers; ++i) {
         const QString made = folder + QLatin1Char('/') + prefix
             + QStringLiteral("%1").arg(i + firstNumber, 2, 10, QLatin1Char('0')) + suffix;
-        if (!QFile::rename(made, folder + QLatin1Char('/') + idOf(i) + suffix)) {
-            error = QStringLiteral("ffmpeg did not write ") + made;
-            return false;
-        }
+        if (!QFile::rename(made, folder + QLatin1Char('/') + idOf(i) + suffix))
+            return fail(error, QStringLiteral("ffmpeg did not write ") + made);
     }
     return true;
 }
 
-bool makeFiles(const QString& folder, QString& error)
+bool makeFiles(const QString& folder, QString* error)
 {
     QString stillsError;
     std::thread stills([&] {
         ClipMaker::makeStills(QString::fromLatin1(kStillsVideo), DemoCatalogue::kTrailers,
-            folder + QStringLiteral("/still-%02d.jpg"), stillsError);
+            folder + QStringLiteral("/still-%02d.jpg"), &stillsError);
     });
     const bool clips = ClipMaker::makeSeries(QString::fromLatin1(kClipsVideo),
         QString::fromLatin1(kClipsAudio), DemoCatalogue::kTrailers, kSeconds,
@@ -93,10 +99,8 @@ bool makeFiles(const QString& folder, QString& error)
     stills.join();
     if (!clips)
         return false;
-    if (!stillsError.isEmpty()) {
-        error = stillsError;
-        return false;
-    }
+    if (!stillsError.isEmpty())
+        return fail(error, stillsError);
     return renumber(folder, QStringLiteral("clip-"), 0, QStringLiteral(".flv"), error)
         && renumber(folder, QStringLiteral("still-"), 1, QStringLiteral(".jpg"), error);
 }
@@ -120,7 +124,7 @@ Catalogue DemoCatalogue::catalogue()
     return Catalogue(trailers, lists);
 }
 
-bool DemoCatalogue::writeInto(const QString& staging, QString& error)
+bool DemoCatalogue::writeInto(const QString& staging, QString* error)
 {
     if (!makeFiles(staging, error))
         return false;
@@ -134,38 +138,31 @@ bool DemoCatalogue::writeInto(const QString& staging, QString& error)
         lists[std::size_t(type)] = demo.list(type);
     QSaveFile file(staging + QLatin1Char('/') + Catalogue::fileName());
     if (!file.open(QIODevice::WriteOnly) || file.write(Catalogue(trailers, lists).toJson()) < 0
-        || !file.commit()) {
-        error = file.fileName() + QStringLiteral(": ") + file.errorString();
-        return false;
-    }
+        || !file.commit())
+        return fail(error, file.fileName() + QStringLiteral(": ") + file.errorString());
     return true;
 }
 
-bool DemoCatalogue::writeIfEmpty(const QString& folder, QString& error)
+bool DemoCatalogue::writeIfEmpty(const QString& folder, QString* error)
 {
     if (!isMissingOrEmpty(folder))
         return true;
     const QString target = QDir::cleanPath(QDir(folder).absolutePath());
     const QString parent = QFileInfo(target).absolutePath();
-    if (!QDir().mkpath(parent)) {
-        error = QStringLiteral("cannot create the folder ") + parent;
-        return false;
-    }
+    if (!QDir().mkpath(parent))
+        return fail(error, QStringLiteral("cannot create the folder ") + parent);
     QTemporaryDir staging(parent + QStringLiteral("/.vireo-feedd-demo-XXXXXX"));
-    if (!staging.isValid()) {
-        error = QStringLiteral("cannot create a folder in ") + parent + QStringLiteral(": ")
-            + staging.errorString();
-        return false;
-    }
+    if (!staging.isValid())
+        return fail(error,
+            QStringLiteral("cannot create a folder in ") + parent + QStringLiteral(": ")
+                + staging.errorString());
     qCInfo(lcFeedd).noquote() << "Writing a demo catalogue of" << kTrailers << "clips into"
                               << target;
     if (!writeInto(staging.path(), error))
         return false;
     QDir().rmdir(target); // empty, or missing
-    if (!QDir().rename(staging.path(), target)) {
-        error = QStringLiteral("cannot move the demo into ") + target;
-        return false;
-    }
+    if (!QDir().rename(staging.path(), target))
+        return fail(error, QStringLiteral("cannot move the demo into ") + target);
     staging.setAutoRemove(false);
     return true;
 }

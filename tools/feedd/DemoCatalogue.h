@@ -17,11 +17,11 @@ public:
     // Writes the demo into `folder` when the folder is missing or empty and answers
     // true; a folder with anything in it is left alone (also true). False with the
     // reason otherwise.
-    static bool writeIfEmpty(const QString& folder, QString& error);
+    static bool writeIfEmpty(const QString& folder, QString* error);
 
     // The catalogue the demo writes, before its files exist (sizes 0).
     static Catalogue catalogue();
 
 private:
-    static bool writeInto(const QString& staging, QString& error);
+    static bool writeInto(const QString& staging, QString* error);
 };

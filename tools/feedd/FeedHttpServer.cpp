@@ -80,14 +80,15 @@ FeedHttpServer::FeedHttpServer(std::shared_ptr<const Catalogue> catalogue, FileH
 
 FeedHttpServer::~FeedHttpServer() = default;
 
-bool FeedHttpServer::start(const QHostAddress& address, quint16 port, QString& error)
+bool FeedHttpServer::start(const QHostAddress& address, quint16 port, QString* error)
 {
     auto tcp = std::make_unique<GuardedTcpServer>(m_limits);
     if (!tcp->listen(address, port)) {
-        error = QStringLiteral("cannot listen on %1:%2: %3")
-                    .arg(address.toString())
-                    .arg(port)
-                    .arg(tcp->errorString());
+        if (error)
+            *error = QStringLiteral("cannot listen on %1:%2: %3")
+                         .arg(address.toString())
+                         .arg(port)
+                         .arg(tcp->errorString());
         return false;
     }
     m_tcp = tcp.release();

@@ -31,7 +31,7 @@ public:
     ~FeedHttpServer() override;
 
     // Starts listening; port 0 picks a free port. False with the reason otherwise.
-    bool start(const QHostAddress& address, quint16 port, QString& error);
+    bool start(const QHostAddress& address, quint16 port, QString* error);
     // "http://HOST:PORT" of the bound address: where clients that send no usable Host
     // header are pointed. A wildcard address is shown as the loopback one.
     QString listenBase() const;

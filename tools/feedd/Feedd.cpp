@@ -27,25 +27,26 @@ int cannotStart(QTextStream& err, const QString& reason)
 
 int Feedd::run(const QStringList& arguments, QTextStream& out, QTextStream& err)
 {
-    const FeeddOptions options = FeeddOptions::parse(arguments);
-    switch (options.outcome) {
-    case FeeddOptions::Outcome::Help:
+    QString usageError;
+    const std::optional<FeeddOptions> parsed = FeeddOptions::parse(arguments, &usageError);
+    if (!parsed) {
+        err << "vireo-feedd: " << usageError << "\nTry vireo-feedd --help." << Qt::endl;
+        return kUsage;
+    }
+    const FeeddOptions& options = *parsed;
+    if (options.help) {
         out << FeeddOptions::helpText() << Qt::flush;
         return kStopped;
-    case FeeddOptions::Outcome::Version:
+    }
+    if (options.version) {
         out << "vireo-feedd " << QCoreApplication::applicationVersion() << Qt::endl;
         return kStopped;
-    case FeeddOptions::Outcome::UsageError:
-        err << "vireo-feedd: " << options.error << "\nTry vireo-feedd --help." << Qt::endl;
-        return kUsage;
-    case FeeddOptions::Outcome::Run:
-        break;
     }
 
     QString error;
-    if (options.demo && !DemoCatalogue::writeIfEmpty(options.library, error))
+    if (options.demo && !DemoCatalogue::writeIfEmpty(options.library, &error))
         return cannotStart(err, QStringLiteral("cannot write the demo: ") + error);
-    std::optional<Catalogue> catalogue = Catalogue::load(options.library, error);
+    std::optional<Catalogue> catalogue = Catalogue::load(options.library, &error);
     if (!catalogue)
         return cannotStart(err, error);
     FileHandle library = FileHandle::openFolder(options.library);
@@ -58,7 +59,7 @@ int Feedd::run(const QStringList& arguments, QTextStream& out, QTextStream& err)
         [] { QCoreApplication::quit(); });
     FeedHttpServer server(
         std::make_shared<const Catalogue>(std::move(*catalogue)), std::move(library));
-    if (!server.start(options.address, options.port, error))
+    if (!server.start(options.address, options.port, &error))
         return cannotStart(err, error);
     out << server.listenBase() << Qt::endl;
     QCoreApplication::exec();

@@ -73,44 +73,32 @@ bool FeeddOptions::parseListen(const QString& text, QHostAddress& address, quint
     return true;
 }
 
-FeeddOptions FeeddOptions::parse(const QStringList& arguments)
+std::optional<FeeddOptions> FeeddOptions::parse(const QStringList& arguments, QString* error)
 {
+    const auto refuse = [error](const QString& why) -> std::optional<FeeddOptions> {
+        if (error)
+            *error = why;
+        return std::nullopt;
+    };
     FeeddOptions options;
     QCommandLineParser parser;
     describe(parser);
-    if (!parser.parse(QStringList { QStringLiteral("vireo-feedd") } + arguments)) {
-        options.outcome = Outcome::UsageError;
-        options.error = parser.errorText();
+    if (!parser.parse(QStringList { QStringLiteral("vireo-feedd") } + arguments))
+        return refuse(parser.errorText());
+    options.help = parser.isSet(kHelp);
+    options.version = parser.isSet(kVersion);
+    if (options.help || options.version)
         return options;
-    }
-    if (parser.isSet(kHelp)) {
-        options.outcome = Outcome::Help;
-        return options;
-    }
-    if (parser.isSet(kVersion)) {
-        options.outcome = Outcome::Version;
-        return options;
-    }
-    if (!parser.positionalArguments().isEmpty()) {
-        options.outcome = Outcome::UsageError;
-        options.error
-            = QStringLiteral("unexpected argument: ") + parser.positionalArguments().first();
-        return options;
-    }
-    if (parser.isSet(kListen)
-        && !parseListen(parser.value(kListen), options.address, options.port)) {
-        options.outcome = Outcome::UsageError;
-        options.error = QStringLiteral("--listen wants HOST:PORT (an IP address or localhost, "
-                                       "and a port from 0 to 65535), not: ")
-            + parser.value(kListen);
-        return options;
-    }
+    if (!parser.positionalArguments().isEmpty())
+        return refuse(
+            QStringLiteral("unexpected argument: ") + parser.positionalArguments().first());
+    if (parser.isSet(kListen) && !parseListen(parser.value(kListen), options.address, options.port))
+        return refuse(QStringLiteral("--listen wants HOST:PORT (an IP address or localhost, "
+                                     "and a port from 0 to 65535), not: ")
+            + parser.value(kListen));
     options.library = parser.isSet(kLibrary) ? parser.value(kLibrary) : defaultLibrary();
-    if (options.library.isEmpty()) {
-        options.outcome = Outcome::UsageError;
-        options.error = QStringLiteral("--library wants a folder");
-        return options;
-    }
+    if (options.library.isEmpty())
+        return refuse(QStringLiteral("--library wants a folder"));
     options.demo = parser.isSet(kDemo);
     return options;
 }

@@ -4,14 +4,12 @@
 #include <QString>
 #include <QStringList>
 
-// The command line of vireo-feedd.
-class FeeddOptions {
-public:
-    enum class Outcome { Run, Help, Version, UsageError };
+#include <optional>
 
-    // `arguments` without the program name. On a usage error, `error` says what is
-    // wrong.
-    static FeeddOptions parse(const QStringList& arguments);
+// The command line of vireo-feedd.
+struct FeeddOptions {
+    // `arguments` without the program name. A usage error gives nothing and says why.
+    static std::optional<FeeddOptions> parse(const QStringList& arguments, QString* error);
 
     // "HOST:PORT" with HOST an IP address (IPv6 in brackets) or "localhost", PORT
     // 0 to 65535.
@@ -19,8 +17,8 @@ public:
     static QString defaultLibrary();
     static QString helpText();
 
-    Outcome outcome = Outcome::Run;
-    QString error;
+    bool help = false; // print helpText() and stop
+    bool version = false; // print the version and stop
     QHostAddress address = QHostAddress::LocalHost;
     quint16 port = 8642;
     QString library;

@@ -6,31 +6,38 @@
 #include "toolkit/player/VideoPlayerController.h"
 #include "toolkit/scene/Scene.h"
 #include "toolkit/stack/ControllerStack.h"
+#include "toolkit/stack/ScriptParser.h"
 #include "vtvplugin/appliance/VireoAppliance.h"
 #include "vtvplugin/platform/HomeFolder.h"
 
+#include <QCommandLineParser>
 #include <QDir>
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include <optional>
-#include <variant>
+#include <utility>
+#include <vector>
 
 namespace {
 
-// One step of a walk: a remote action, or seconds of playback.
-using Step = std::variant<shell::RemoteAction, qint64>;
+const QString kHome = QStringLiteral("home");
+const QString kJson = QStringLiteral("json");
+const QString kHelp = QStringLiteral("help");
 
-std::optional<Step> parseStep(const QString& word)
+// "wait:SECONDS", the older way to write a wait, as the step line it stands for; any
+// other word as it is.
+QString fromOlderWait(const QString& word, QIODevice& err)
 {
-    if (const auto action = shell::remoteActionFromName(word))
-        return Step(*action);
-    if (word.startsWith(u"wait:")) {
-        bool ok = false;
-        const qint64 seconds = word.mid(5).toLongLong(&ok);
-        if (ok && seconds >= 0 && seconds <= 24 * 3600)
-            return Step(seconds * 1000);
-    }
-    return std::nullopt;
+    static const QRegularExpression older(QStringLiteral("^wait:([0-9]{1,9})$"));
+    const QRegularExpressionMatch match = older.match(word);
+    if (!match.hasMatch())
+        return word;
+    const QString line = QStringLiteral("wait %1").arg(match.captured(1).toLongLong() * 1000);
+    err.write(QStringLiteral("vireo-screens: \"%1\" is deprecated; write \"%2\"\n")
+                  .arg(word, line)
+                  .toUtf8());
+    return line;
 }
 
 void advancePlayer(shell::ControllerStack& stack, qint64 ms)
@@ -64,42 +71,47 @@ QString ScreenWalk::usage()
     return QStringLiteral(
         "usage: vireo-screens [--home DIR] [--json] [STEP...]\n"
         "Enters Vireo Movies over the library under DIR (default: $HOME) and prints the\n"
-        "top screen after entering and after each STEP:\n"
+        "top screen after entering and after each STEP, one line of a mediashell script:\n"
         "  up down left right select menu playpause   a remote action\n"
-        "  wait:SECONDS                                playback moves on (simulated player)\n");
+        "  \"wait MS\"                                  playback moves on (simulated player)\n"
+        "  quit                                        the walk ends there\n");
 }
 
 int ScreenWalk::run(const QStringList& args, QIODevice& out, QIODevice& err)
 {
-    bool json = false;
-    QStringList words;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString& arg = args.at(i);
-        if (arg == u"--json") {
-            json = true;
-        } else if (arg == u"--home" && i + 1 < args.size()) {
-            const QString home = QDir(args.at(++i)).absolutePath();
-            if (!QFileInfo(home).isDir()) {
-                err.write(QStringLiteral("error: no such folder: %1\n").arg(home).toUtf8());
-                return 2;
-            }
-            HomeFolder::set(home);
-        } else if (arg == u"-h" || arg == u"--help") {
-            out.write(usage().toUtf8());
-            return 0;
-        } else {
-            words.append(arg);
-        }
+    const auto usageError = [&err](const QString& message) {
+        err.write(QStringLiteral("error: %1\n").arg(message).toUtf8() + usage().toUtf8());
+        return 2;
+    };
+    QCommandLineParser parser;
+    parser.addOptions({ { kHome, QString(), QStringLiteral("DIR") }, { kJson, QString() },
+        { { QStringLiteral("h"), kHelp }, QString() } });
+    if (!parser.parse(QStringList { QStringLiteral("vireo-screens") } + args))
+        return usageError(parser.errorText());
+    if (parser.isSet(kHelp)) {
+        out.write(usage().toUtf8());
+        return 0;
     }
-    std::vector<std::pair<QString, Step>> steps;
-    for (const QString& word : words) {
-        const std::optional<Step> step = parseStep(word);
-        if (!step) {
-            err.write(
-                QStringLiteral("error: unknown step: %1\n").arg(word).toUtf8() + usage().toUtf8());
+    if (parser.isSet(kHome)) {
+        const QString home = QDir(parser.value(kHome)).absolutePath();
+        if (!QFileInfo(home).isDir()) {
+            err.write(QStringLiteral("error: no such folder: %1\n").arg(home).toUtf8());
             return 2;
         }
-        steps.emplace_back(word, *step);
+        HomeFolder::set(home);
+    }
+    const bool json = parser.isSet(kJson);
+
+    // Each STEP is one line of the step language; there is no window to take a shot of.
+    shell::ScriptParser reader(QStringLiteral("needs a window, and vireo-screens draws none"));
+    std::vector<std::pair<QString, shell::ScriptStep>> steps;
+    for (const QString& word : parser.positionalArguments()) {
+        QString error;
+        if (const std::optional<shell::ScriptStep> step
+            = reader.parseLine(fromOlderWait(word, err), &error))
+            steps.emplace_back(word, *step);
+        else if (!error.isEmpty())
+            return usageError(error);
     }
 
     shell::Scene scene;
@@ -108,10 +120,12 @@ int ScreenWalk::run(const QStringList& args, QIODevice& out, QIODevice& err)
     stack.pushController(appliance.applianceControllerWithScene(scene));
     print(out, appliance.moduleName(), stack, json);
     for (const auto& [word, step] : steps) {
-        if (const auto* action = std::get_if<shell::RemoteAction>(&step))
-            stack.handleAction(*action);
+        if (step.kind == shell::ScriptStep::Kind::Quit)
+            break;
+        if (step.kind == shell::ScriptStep::Kind::Action)
+            stack.handleAction(step.action);
         else
-            advancePlayer(stack, std::get<qint64>(step));
+            advancePlayer(stack, step.waitMS);
         print(out, word, stack, json);
     }
     return 0;

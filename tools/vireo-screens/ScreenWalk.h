@@ -3,9 +3,10 @@
 #include <QIODevice>
 #include <QStringList>
 
-// Enters the Vireo Movies appliance over a library and walks its screens with remote
-// actions given on the command line, printing the top screen after each step. The
-// video player is the toolkit's simulated one: "wait:SECONDS" moves its clock on.
+// Enters the Vireo Movies appliance over a library and walks its screens with the steps
+// given on the command line, one step line each (the language of `mediashell
+// --script`), printing the top screen after each step. The video player is the
+// toolkit's simulated one: "wait MS" moves its clock on.
 class ScreenWalk {
 public:
     ScreenWalk() = delete;

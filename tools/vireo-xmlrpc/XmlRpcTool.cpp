@@ -4,6 +4,7 @@
 #include "reposit/svcxmlrpc/RXMLRPCObject.h"
 #include "reposit/svcxmlrpc/RXMLRPCReplyAccess.h"
 
+#include <QCommandLineParser>
 #include <QFile>
 #include <QIODevice>
 
@@ -138,21 +139,29 @@ QString XmlRpcTool::usage()
 int XmlRpcTool::run(const QStringList& args, QIODevice& in, QIODevice& out, QIODevice& err)
 {
     const Streams io { in, out, err };
-    const QString command = args.value(0);
-    if (command == QLatin1String("-h") || command == QLatin1String("--help")) {
+    QCommandLineParser parser;
+    parser.addOption({ { QStringLiteral("h"), QStringLiteral("help") }, QString() });
+    if (!parser.parse(QStringList { QStringLiteral("vireo-xmlrpc") } + args)) {
+        io.fail(parser.errorText());
+        err.write(usage().toUtf8());
+        return Usage;
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
         io.print(usage());
         return Ok;
     }
+    const QStringList words = parser.positionalArguments();
+    const QString command = words.value(0);
     const bool hasKey = command == QLatin1String("find");
     const qsizetype first = hasKey ? 2 : 1;
     static const QStringList known { QStringLiteral("request"), QStringLiteral("reply"),
         QStringLiteral("payload"), QStringLiteral("find"), QStringLiteral("xml") };
-    if (!known.contains(command) || args.size() < first || args.size() > first + 1) {
+    if (!known.contains(command) || words.size() < first || words.size() > first + 1) {
         err.write(usage().toUtf8());
         return Usage;
     }
     QByteArray bytes;
-    if (!readDocument(args.value(first, QStringLiteral("-")), io, bytes))
+    if (!readDocument(words.value(first, QStringLiteral("-")), io, bytes))
         return Usage;
 
     if (command == QLatin1String("request"))
@@ -162,6 +171,6 @@ int XmlRpcTool::run(const QStringList& args, QIODevice& in, QIODevice& out, QIOD
     if (command == QLatin1String("payload"))
         return payload(bytes, io);
     if (hasKey)
-        return find(args.at(1), bytes, io);
+        return find(words.at(1), bytes, io);
     return xml(bytes, io);
 }

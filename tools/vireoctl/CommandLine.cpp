@@ -6,6 +6,14 @@
 
 namespace {
 
+// False, with the reason where the caller asked for it.
+bool fail(QString* error, const QString& reason)
+{
+    if (error)
+        *error = reason;
+    return false;
+}
+
 struct CommandShape {
     const char* name;
     int minArgs;
@@ -116,12 +124,10 @@ CommandLine::CommandLine()
     });
 }
 
-bool CommandLine::parse(const QStringList& args, QString& error)
+bool CommandLine::parse(const QStringList& args, QString* error)
 {
-    if (!m_parser.parse(QStringList { QStringLiteral("vireoctl") } + optionsFirst(args))) {
-        error = m_parser.errorText();
-        return false;
-    }
+    if (!m_parser.parse(QStringList { QStringLiteral("vireoctl") } + optionsFirst(args)))
+        return fail(error, m_parser.errorText());
     const QStringList positional = m_parser.positionalArguments();
     m_command = positional.value(0);
     m_arguments = positional.mid(1);
@@ -130,33 +136,24 @@ bool CommandLine::parse(const QStringList& args, QString& error)
     return checkCommand(error);
 }
 
-bool CommandLine::checkCommand(QString& error) const
+bool CommandLine::checkCommand(QString* error) const
 {
-    if (m_command.isEmpty()) {
-        error = QStringLiteral("no command given");
-        return false;
-    }
+    if (m_command.isEmpty())
+        return fail(error, QStringLiteral("no command given"));
     const CommandShape* shape = findCommand(m_command);
-    if (!shape) {
-        error = QStringLiteral("unknown command: ") + m_command;
-        return false;
-    }
-    if (m_arguments.size() < shape->minArgs || m_arguments.size() > shape->maxArgs) {
-        error = QStringLiteral("wrong number of arguments for ") + m_command;
-        return false;
-    }
+    if (!shape)
+        return fail(error, QStringLiteral("unknown command: ") + m_command);
+    if (m_arguments.size() < shape->minArgs || m_arguments.size() > shape->maxArgs)
+        return fail(error, QStringLiteral("wrong number of arguments for ") + m_command);
     for (const QString& option : commandOptions()) {
-        if (isSet(option) && !shape->options.contains(option)) {
-            error = QStringLiteral("option --") + option + QStringLiteral(" does not apply to ")
-                + m_command;
-            return false;
-        }
+        if (isSet(option) && !shape->options.contains(option))
+            return fail(error,
+                QStringLiteral("option --") + option + QStringLiteral(" does not apply to ")
+                    + m_command);
     }
     for (const QString& option : shape->required) {
-        if (!isSet(option)) {
-            error = m_command + QStringLiteral(" needs --") + option;
-            return false;
-        }
+        if (!isSet(option))
+            return fail(error, m_command + QStringLiteral(" needs --") + option);
     }
     return true;
 }

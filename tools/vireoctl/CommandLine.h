@@ -12,7 +12,7 @@ public:
     CommandLine();
 
     // `args` without the program name. False with the reason for a usage error.
-    bool parse(const QStringList& args, QString& error);
+    bool parse(const QStringList& args, QString* error);
 
     bool helpRequested() const;
     bool json() const;
@@ -25,7 +25,7 @@ public:
     static QString usage();
 
 private:
-    bool checkCommand(QString& error) const;
+    bool checkCommand(QString* error) const;
 
     QCommandLineParser m_parser;
     QString m_command;

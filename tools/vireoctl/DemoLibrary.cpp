@@ -77,6 +77,14 @@ const std::array<DemoMovie, 8> kMovies = { {
         "smptehdbars=size=640x360:rate=25,hue=H=2*PI*t/10", 262 },
 } };
 
+// False, with the reason where the caller asked for it.
+bool fail(QString* error, const QString& reason)
+{
+    if (error)
+        *error = reason;
+    return false;
+}
+
 QString stagingFolder()
 {
     return LibraryPaths::vireoRoot() + QStringLiteral(".vireoctl-demo");
@@ -85,19 +93,15 @@ QString stagingFolder()
 // The staging folder lives only while the demo is built.
 class Staging {
 public:
-    bool create(QString& error)
+    bool create(QString* error)
     {
         const QString folder = stagingFolder();
-        if (FileSystem::entryExists(folder) && !FileSystem::isRealFolder(folder)) {
-            error = QStringLiteral("not a folder: ") + folder;
-            return false;
-        }
+        if (FileSystem::entryExists(folder) && !FileSystem::isRealFolder(folder))
+            return fail(error, QStringLiteral("not a folder: ") + folder);
         if (FileSystem::isRealFolder(folder))
             QDir(folder).removeRecursively();
-        if (!QDir().mkdir(folder)) {
-            error = QStringLiteral("cannot create folder: ") + folder;
-            return false;
-        }
+        if (!QDir().mkdir(folder))
+            return fail(error, QStringLiteral("cannot create folder: ") + folder);
         m_created = true;
         return true;
     }
@@ -121,7 +125,7 @@ DemoArtwork::Metadata metadataOf(const DemoMovie& movie)
         names(movie.directors), names(movie.producers), movie.duration };
 }
 
-bool writeSources(const DemoMovie& movie, int index, bool clips, QString& error)
+bool writeSources(const DemoMovie& movie, int index, bool clips, QString* error)
 {
     const QString id = QString::fromUtf8(movie.identifier);
     StagedCopy sources(stagingFolder());
@@ -141,7 +145,7 @@ bool writeSources(const DemoMovie& movie, int index, bool clips, QString& error)
     return sources.commit(error);
 }
 
-bool addMovie(const DemoMovie& movie, int index, bool clips, QJsonArray& added, QString& error)
+bool addMovie(const DemoMovie& movie, int index, bool clips, QJsonArray& added, QString* error)
 {
     if (!writeSources(movie, index, clips, error))
         return false;
@@ -151,35 +155,33 @@ bool addMovie(const DemoMovie& movie, int index, bool clips, QJsonArray& added, 
     request.moviePath = base + QStringLiteral(".m4v");
     request.metadataPath = base + QStringLiteral(".xml");
     request.coverPath = base + QStringLiteral(".png");
-    AddResult result;
-    if (!LibraryAdmin::add(request, result, error))
+    const std::optional<AddResult> result = LibraryAdmin::add(request, error);
+    if (!result)
         return false;
     added.append(QJsonObject { { QStringLiteral("pair"), request.pairID },
         { QStringLiteral("identifier"), QString::fromUtf8(movie.identifier) },
-        { QStringLiteral("title"), result.title } });
+        { QStringLiteral("title"), result->title } });
     return true;
 }
 
 // What a sync by the pair's player would have left, at a fixed time.
-bool writeStats(const DemoPair& pair, QString& error)
+bool writeStats(const DemoPair& pair, QString* error)
 {
     const QString pairID = QString::fromUtf8(pair.id);
     if (PairConfig::writeStats(pairID, { pair.lastSyncTime, QString::fromUtf8(pair.peer) }))
         return true;
-    error = QStringLiteral("cannot write ") + LibraryPaths::statsPath(pairID);
-    return false;
+    return fail(error, QStringLiteral("cannot write ") + LibraryPaths::statsPath(pairID));
 }
 
-bool clearOwnPairs(const DemoLibrary::Options& options, QString& error)
+bool clearOwnPairs(const DemoLibrary::Options& options, QString* error)
 {
     if (LibraryAdmin::pairRecords().isEmpty())
         return true;
-    if (!options.force) {
-        error = QStringLiteral("the home folder already holds paired players (--force rebuilds the "
-                               "demo beside them): ")
-            + JUtils::homePath();
-        return false;
-    }
+    if (!options.force)
+        return fail(error,
+            QStringLiteral("the home folder already holds paired players (--force rebuilds the "
+                           "demo beside them): ")
+                + JUtils::homePath());
     for (const QString& pairID : DemoLibrary::pairIDs()) {
         if (LibraryAdmin::isKnownPair(pairID) && !LibraryAdmin::unpair(pairID, error))
             return false;
@@ -188,7 +190,7 @@ bool clearOwnPairs(const DemoLibrary::Options& options, QString& error)
 }
 
 bool buildPair(
-    int pairIndex, const DemoLibrary::Options& options, QJsonArray& added, QString& error)
+    int pairIndex, const DemoLibrary::Options& options, QJsonArray& added, QString* error)
 {
     const DemoPair& pair = kPairs.at(static_cast<size_t>(pairIndex));
     if (!LibraryAdmin::pair(
@@ -212,37 +214,37 @@ QStringList DemoLibrary::pairIDs()
     return ids;
 }
 
-bool DemoLibrary::build(const Options& options, QJsonObject& report, QString& error)
+std::optional<QJsonObject> DemoLibrary::build(const Options& options, QString* error)
 {
     if (!LibraryAdmin::checkLibraryRoots(error) || !clearOwnPairs(options, error))
-        return false;
+        return std::nullopt;
     if (options.clips && ClipMaker::ffmpegPath().isEmpty()) {
-        error = QStringLiteral("ffmpeg not found on the PATH (scripts/install-deps installs it)");
-        return false;
+        fail(error,
+            QStringLiteral("ffmpeg not found on the PATH (scripts/install-deps installs it)"));
+        return std::nullopt;
     }
     // The roots must exist before the staging folder goes inside "Vireo".
     const QString vireoRoot = LibraryPaths::roots().constFirst();
     if (!FileSystem::isRealFolder(vireoRoot) && !QDir().mkdir(vireoRoot)) {
-        error = QStringLiteral("cannot create folder: ") + vireoRoot;
-        return false;
+        fail(error, QStringLiteral("cannot create folder: ") + vireoRoot);
+        return std::nullopt;
     }
     Staging staging;
     if (!staging.create(error))
-        return false;
+        return std::nullopt;
     QJsonArray added;
     QJsonArray pairs;
     for (int i = 0; i < static_cast<int>(kPairs.size()); ++i) {
         if (!buildPair(i, options, added, error))
-            return false;
+            return std::nullopt;
         pairs.append(QJsonObject {
             { QStringLiteral("id"), QString::fromUtf8(kPairs[static_cast<size_t>(i)].id) },
             { QStringLiteral("name"),
                 QString::fromUtf8(kPairs[static_cast<size_t>(i)].clientName) } });
     }
-    report = QJsonObject { { QStringLiteral("home"), JUtils::homePath() },
+    return QJsonObject { { QStringLiteral("home"), JUtils::homePath() },
         { QStringLiteral("clips"), options.clips }, { QStringLiteral("pairs"), pairs },
         { QStringLiteral("movies"), added } };
-    return true;
 }
 
 QString DemoLibrary::text(const QJsonObject& report)

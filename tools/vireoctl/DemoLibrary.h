@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 // A demo library under the home folder: two paired players with different client
 // names, eight movies with metadata, covers and sync statistics, one title clash
 // that ends up as " (2)". Everything is fixed (pair ids, names, times), so two runs
@@ -24,7 +26,7 @@ public:
     // Refuses a home that already holds pairs unless `force`; with `force`, the demo's
     // own pairs are unpaired first and every other pair is left alone. The report
     // lists the pairs and the movies with their final titles.
-    static bool build(const Options& options, QJsonObject& report, QString& error);
+    static std::optional<QJsonObject> build(const Options& options, QString* error);
     static QString text(const QJsonObject& report);
 
     static QStringList pairIDs();

@@ -21,144 +21,127 @@
 
 namespace {
 
+// False, with the reason where the caller asked for it.
+bool fail(QString* error, const QString& reason)
+{
+    if (error)
+        *error = reason;
+    return false;
+}
+
 QString homeFolder()
 {
     return JUtils::homePath();
 }
 
-bool checkRoots(QString& error)
+bool checkRoots(QString* error)
 {
-    if (!FileSystem::isRealFolder(homeFolder())) {
-        error = QStringLiteral("home folder does not exist: ") + homeFolder();
-        return false;
-    }
+    if (!FileSystem::isRealFolder(homeFolder()))
+        return fail(error, QStringLiteral("home folder does not exist: ") + homeFolder());
     for (const QString& root : LibraryPaths::roots()) {
-        if (FileSystem::entryExists(root) && !FileSystem::isRealFolder(root)) {
-            error = QStringLiteral("not a folder: ") + root;
-            return false;
-        }
+        if (FileSystem::entryExists(root) && !FileSystem::isRealFolder(root))
+            return fail(error, QStringLiteral("not a folder: ") + root);
     }
     return true;
 }
 
-bool makeRoots(QString& error)
+bool makeRoots(QString* error)
 {
     for (const QString& root : LibraryPaths::roots()) {
-        if (!FileSystem::isRealFolder(root) && !QDir().mkdir(root)) {
-            error = QStringLiteral("cannot create folder: ") + root;
-            return false;
-        }
+        if (!FileSystem::isRealFolder(root) && !QDir().mkdir(root))
+            return fail(error, QStringLiteral("cannot create folder: ") + root);
     }
     return true;
 }
 
-bool checkPairID(const QString& pairID, QString& error)
+bool checkPairID(const QString& pairID, QString* error)
 {
-    if (!LibraryFormat::isWellFormedPairID(pairID)) {
-        error = QStringLiteral("pair id must be 32 letters and digits: ") + pairID;
-        return false;
-    }
+    if (!LibraryFormat::isWellFormedPairID(pairID))
+        return fail(error, QStringLiteral("pair id must be 32 letters and digits: ") + pairID);
     return true;
 }
 
-bool checkKnownPair(const QString& pairID, QString& error)
+bool checkKnownPair(const QString& pairID, QString* error)
 {
     if (!checkPairID(pairID, error) || !checkRoots(error))
         return false;
-    if (!LibraryAdmin::isKnownPair(pairID)) {
-        error = QStringLiteral("unknown pair: ") + pairID;
-        return false;
-    }
+    if (!LibraryAdmin::isKnownPair(pairID))
+        return fail(error, QStringLiteral("unknown pair: ") + pairID);
     return true;
 }
 
-bool checkClientName(const QString& pairID, const QString& clientName, QString& error)
+bool checkClientName(const QString& pairID, const QString& clientName, QString* error)
 {
-    if (!LibraryAdmin::isSafeName(clientName)) {
-        error = QStringLiteral("client name cannot name a folder: ") + clientName;
-        return false;
-    }
+    if (!LibraryAdmin::isSafeName(clientName))
+        return fail(error, QStringLiteral("client name cannot name a folder: ") + clientName);
     for (const VireoPlayerPair& other : LibraryAdmin::pairRecords()) {
-        if (other.clientName == clientName) {
-            error = QStringLiteral("client name already used by pair ") + other.pairID
-                + QStringLiteral(": ") + clientName;
-            return false;
-        }
+        if (other.clientName == clientName)
+            return fail(error,
+                QStringLiteral("client name already used by pair ") + other.pairID
+                    + QStringLiteral(": ") + clientName);
     }
     const QString clientFolder = LibraryPaths::moviesRoot() + clientName;
-    if (FileSystem::entryExists(clientFolder) && !FileSystem::isRealFolder(clientFolder)) {
-        error = QStringLiteral("not a folder: ") + clientFolder;
-        return false;
-    }
-    if (FileSystem::entryExists(LibraryPaths::pairFolder(pairID))) {
-        error = QStringLiteral("pair already exists: ") + pairID;
-        return false;
-    }
+    if (FileSystem::entryExists(clientFolder) && !FileSystem::isRealFolder(clientFolder))
+        return fail(error, QStringLiteral("not a folder: ") + clientFolder);
+    if (FileSystem::entryExists(LibraryPaths::pairFolder(pairID)))
+        return fail(error, QStringLiteral("pair already exists: ") + pairID);
     return true;
 }
 
-bool writeConfig(const QString& pairID, const QString& clientName, quint32 pairTime, QString& error)
+bool writeConfig(const QString& pairID, const QString& clientName, quint32 pairTime, QString* error)
 {
     if (PairConfig::writeConfig(pairID, { clientName, pairTime }))
         return true;
-    error = QStringLiteral("cannot write ") + LibraryPaths::configPath(pairID);
-    return false;
+    return fail(error, QStringLiteral("cannot write ") + LibraryPaths::configPath(pairID));
 }
 
 // A regular file (or a link to one); `what` names it in the error.
-bool checkSourceFile(const QString& path, const char* what, QString& error)
+bool checkSourceFile(const QString& path, const char* what, QString* error)
 {
     if (QFileInfo(path).isFile())
         return true;
-    error = QLatin1String(what) + QStringLiteral(" not found or not a regular file: ") + path;
-    return false;
+    return fail(
+        error, QLatin1String(what) + QStringLiteral(" not found or not a regular file: ") + path);
 }
 
-bool checkMovie(const QString& moviePath, QString& error)
+bool checkMovie(const QString& moviePath, QString* error)
 {
     if (!checkSourceFile(moviePath, "movie", error))
         return false;
     const QString suffix = QFileInfo(moviePath).suffix();
-    if (suffix.isEmpty() || !LibraryAdmin::isSafeName(suffix)) {
-        error = QStringLiteral("movie has no file extension: ") + moviePath;
-        return false;
-    }
-    if (LibraryFormat::isReservedMovieSuffix(suffix)) {
-        error = QStringLiteral("movie extension is reserved for metadata, covers and settings: ")
-            + moviePath;
-        return false;
-    }
+    if (suffix.isEmpty() || !LibraryAdmin::isSafeName(suffix))
+        return fail(error, QStringLiteral("movie has no file extension: ") + moviePath);
+    if (LibraryFormat::isReservedMovieSuffix(suffix))
+        return fail(error,
+            QStringLiteral("movie extension is reserved for metadata, covers and settings: ")
+                + moviePath);
     return true;
 }
 
-bool checkExtras(const AddRequest& request, QString& error)
+bool checkExtras(const AddRequest& request, QString* error)
 {
     if (!request.metadataPath.isEmpty()) {
         if (!checkSourceFile(request.metadataPath, "metadata file", error))
             return false;
-        if (QFileInfo(request.metadataPath).suffix() != QLatin1String("xml")) {
-            error = QStringLiteral("metadata file must end in .xml: ") + request.metadataPath;
-            return false;
-        }
+        if (QFileInfo(request.metadataPath).suffix() != QLatin1String("xml"))
+            return fail(
+                error, QStringLiteral("metadata file must end in .xml: ") + request.metadataPath);
     }
     if (!request.coverPath.isEmpty()) {
         if (!checkSourceFile(request.coverPath, "cover", error))
             return false;
-        if (QImageReader::imageFormat(request.coverPath) != "png") {
-            error = QStringLiteral("cover is not a PNG image: ") + request.coverPath;
-            return false;
-        }
+        if (QImageReader::imageFormat(request.coverPath) != "png")
+            return fail(error, QStringLiteral("cover is not a PNG image: ") + request.coverPath);
     }
     return true;
 }
 
 // Identifiers also name files beside the pair's own settings and the staging names.
-bool checkIdentifier(const QString& identifier, QString& error)
+bool checkIdentifier(const QString& identifier, QString* error)
 {
     if (!LibraryAdmin::isSafeName(identifier) || identifier.startsWith(QLatin1Char('.'))
         || LibraryFormat::isReservedIdentifier(identifier)) {
-        error = QStringLiteral("identifier cannot name a movie file: ") + identifier;
-        return false;
+        return fail(error, QStringLiteral("identifier cannot name a movie file: ") + identifier);
     }
     return true;
 }
@@ -177,7 +160,7 @@ QString chooseTitle(const AddRequest& request, const QString& identifier)
 }
 
 bool stageMovie(
-    const AddRequest& request, const QString& identifier, StagedCopy& staging, QString& error)
+    const AddRequest& request, const QString& identifier, StagedCopy& staging, QString* error)
 {
     const QString suffix = QFileInfo(request.moviePath).suffix();
     if (!staging.stageFile(request.moviePath, identifier + QLatin1Char('.') + suffix, error))
@@ -221,7 +204,7 @@ QStringList linksMade(const QString& pairID, const QString& title, const QString
 
 } // namespace
 
-bool LibraryAdmin::checkLibraryRoots(QString& error)
+bool LibraryAdmin::checkLibraryRoots(QString* error)
 {
     return checkRoots(error);
 }
@@ -256,16 +239,14 @@ QList<VireoPlayerPair> LibraryAdmin::pairRecords()
 }
 
 bool LibraryAdmin::pair(
-    const QString& pairID, const QString& clientName, quint32 pairTime, QString& error)
+    const QString& pairID, const QString& clientName, quint32 pairTime, QString* error)
 {
     if (!checkPairID(pairID, error) || !checkRoots(error)
         || !checkClientName(pairID, clientName, error) || !makeRoots(error))
         return false;
     const QString folder = LibraryPaths::pairFolder(pairID);
-    if (!QDir().mkdir(folder)) {
-        error = QStringLiteral("cannot create folder: ") + folder;
-        return false;
-    }
+    if (!QDir().mkdir(folder))
+        return fail(error, QStringLiteral("cannot create folder: ") + folder);
     if (!writeConfig(pairID, clientName, pairTime, error)) {
         FileSystem::removeEntry(LibraryPaths::configPath(pairID));
         FileSystem::removeFolder(folder);
@@ -275,84 +256,76 @@ bool LibraryAdmin::pair(
     return true;
 }
 
-bool LibraryAdmin::add(const AddRequest& request, AddResult& result, QString& error)
+std::optional<AddResult> LibraryAdmin::add(const AddRequest& request, QString* error)
 {
     if (!checkKnownPair(request.pairID, error) || !checkMovie(request.moviePath, error)
         || !checkExtras(request, error))
-        return false;
+        return std::nullopt;
     const QString identifier = request.identifier.isEmpty()
         ? QFileInfo(request.moviePath).completeBaseName()
         : request.identifier;
     if (!checkIdentifier(identifier, error))
-        return false;
+        return std::nullopt;
     QString title = chooseTitle(request, identifier);
     if (!isSafeName(title)) {
-        error = QStringLiteral("title cannot name a link (give another with --title): ") + title;
-        return false;
+        fail(error,
+            QStringLiteral("title cannot name a link (give another with --title): ") + title);
+        return std::nullopt;
     }
 
     const QString pairFolder = LibraryPaths::pairFolder(request.pairID);
     StagedCopy staging(pairFolder);
     if (!stageMovie(request, identifier, staging, error))
-        return false;
+        return std::nullopt;
     const QStringList names = staging.names();
     if (!staging.commit(error))
-        return false;
+        return std::nullopt;
     removeStaleFiles(pairFolder, identifier, names);
 
     const QString fileName = names.first();
     JUtils::makeTitleUnique(request.pairID, fileName, title);
-    const bool linked = JUtils::setupLinks(request.pairID, fileName, title);
-    result.title = title;
-    result.links = linksMade(request.pairID, title, names);
-    if (!linked)
-        error = QStringLiteral("could not make every link for: ") + title;
-    return linked;
+    if (!JUtils::setupLinks(request.pairID, fileName, title)) {
+        fail(error, QStringLiteral("could not make every link for: ") + title);
+        return std::nullopt;
+    }
+    return AddResult { title, linksMade(request.pairID, title, names) };
 }
 
-bool LibraryAdmin::recordSync(const QString& pairID, const QString& peer, QString& error)
+bool LibraryAdmin::recordSync(const QString& pairID, const QString& peer, QString* error)
 {
     if (!checkKnownPair(pairID, error))
         return false;
-    if (peer.isEmpty()) {
-        error = QStringLiteral("peer address must not be empty");
-        return false;
-    }
+    if (peer.isEmpty())
+        return fail(error, QStringLiteral("peer address must not be empty"));
     if (!JUtils::updatePairStats(pairID, peer)) {
         const QString stats = LibraryPaths::statsPath(pairID);
-        error = PlistFile::read(stats)
-            ? QStringLiteral("cannot write ") + stats
-            : QStringLiteral("cannot read ") + stats + QStringLiteral("; it is left as it is");
-        return false;
+        return fail(error,
+            PlistFile::read(stats)
+                ? QStringLiteral("cannot write ") + stats
+                : QStringLiteral("cannot read ") + stats + QStringLiteral("; it is left as it is"));
     }
     return true;
 }
 
-bool LibraryAdmin::unpair(const QString& pairID, QString& error)
+bool LibraryAdmin::unpair(const QString& pairID, QString* error)
 {
     if (!checkKnownPair(pairID, error))
         return false;
     const QList<VireoPlayerPair> records = pairRecords();
     const auto record = std::find_if(records.cbegin(), records.cend(),
         [&](const VireoPlayerPair& p) { return p.pairID == pairID; });
-    if (record == records.cend()) {
-        error = QStringLiteral("unknown pair: ") + pairID;
-        return false;
-    }
-    if (!removeOnePair(&*record)) {
-        error = QStringLiteral("could not remove the pair completely: ") + pairID;
-        return false;
-    }
+    if (record == records.cend())
+        return fail(error, QStringLiteral("unknown pair: ") + pairID);
+    if (!removeOnePair(&*record))
+        return fail(error, QStringLiteral("could not remove the pair completely: ") + pairID);
     return true;
 }
 
-bool LibraryAdmin::fixLinks(QString& error)
+bool LibraryAdmin::fixLinks(QString* error)
 {
     if (!checkRoots(error))
         return false;
-    if (!JUtils::checkAndFixLinks()) {
-        error = QStringLiteral("could not repair every link");
-        return false;
-    }
+    if (!JUtils::checkAndFixLinks())
+        return fail(error, QStringLiteral("could not repair every link"));
     return true;
 }

@@ -10,21 +10,27 @@ namespace {
 
 constexpr qint64 kChunkSize = 1 << 20;
 
-bool copyContents(QFile& from, AtomicFile& to, QString& error)
+// False, with the reason where the caller asked for it.
+bool fail(QString* error, const QString& reason)
+{
+    if (error)
+        *error = reason;
+    return false;
+}
+
+bool copyContents(QFile& from, AtomicFile& to, QString* error)
 {
     QByteArray chunk;
     while (!from.atEnd()) {
         chunk = from.read(kChunkSize);
-        if (chunk.isEmpty() && from.error() != QFileDevice::NoError) {
-            error = QStringLiteral("cannot read ") + from.fileName() + QStringLiteral(": ")
-                + from.errorString();
-            return false;
-        }
+        if (chunk.isEmpty() && from.error() != QFileDevice::NoError)
+            return fail(error,
+                QStringLiteral("cannot read ") + from.fileName() + QStringLiteral(": ")
+                    + from.errorString());
         QString reason;
-        if (!to.write(chunk, &reason)) {
-            error = QStringLiteral("cannot write ") + to.path() + QStringLiteral(": ") + reason;
-            return false;
-        }
+        if (!to.write(chunk, &reason))
+            return fail(
+                error, QStringLiteral("cannot write ") + to.path() + QStringLiteral(": ") + reason);
     }
     return true;
 }
@@ -39,25 +45,24 @@ StagedCopy::StagedCopy(QString folder)
 // Each AtomicFile removes its own temporary file unless it was committed.
 StagedCopy::~StagedCopy() = default;
 
-std::unique_ptr<AtomicFile> StagedCopy::open(const QString& name, QString& error) const
+std::unique_ptr<AtomicFile> StagedCopy::open(const QString& name, QString* error) const
 {
     const QString path = m_folder + QLatin1Char('/') + name;
     auto file = std::make_unique<AtomicFile>(HomeFolder::path(), path);
     QString reason;
     if (!file->open(&reason)) {
-        error = QStringLiteral("cannot write ") + path + QStringLiteral(": ") + reason;
+        fail(error, QStringLiteral("cannot write ") + path + QStringLiteral(": ") + reason);
         return nullptr;
     }
     return file;
 }
 
-bool StagedCopy::stageFile(const QString& source, const QString& name, QString& error)
+bool StagedCopy::stageFile(const QString& source, const QString& name, QString* error)
 {
     QFile from(source);
-    if (!from.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("cannot read ") + source + QStringLiteral(": ") + from.errorString();
-        return false;
-    }
+    if (!from.open(QIODevice::ReadOnly))
+        return fail(error,
+            QStringLiteral("cannot read ") + source + QStringLiteral(": ") + from.errorString());
     std::unique_ptr<AtomicFile> to = open(name, error);
     if (!to || !copyContents(from, *to, error))
         return false;
@@ -65,21 +70,20 @@ bool StagedCopy::stageFile(const QString& source, const QString& name, QString& 
     return true;
 }
 
-bool StagedCopy::stageBytes(const QByteArray& bytes, const QString& name, QString& error)
+bool StagedCopy::stageBytes(const QByteArray& bytes, const QString& name, QString* error)
 {
     std::unique_ptr<AtomicFile> to = open(name, error);
     if (!to)
         return false;
     QString reason;
-    if (!to->write(bytes, &reason)) {
-        error = QStringLiteral("cannot write ") + to->path() + QStringLiteral(": ") + reason;
-        return false;
-    }
+    if (!to->write(bytes, &reason))
+        return fail(
+            error, QStringLiteral("cannot write ") + to->path() + QStringLiteral(": ") + reason);
     m_files.emplace_back(name, std::move(to));
     return true;
 }
 
-bool StagedCopy::commit(QString& error)
+bool StagedCopy::commit(QString* error)
 {
     // The first failure stops the group: what was not yet renamed is discarded by
     // the destructor rather than put in place beside a missing sibling.
@@ -90,8 +94,8 @@ bool StagedCopy::commit(QString& error)
         if (!file->commit(&reason)) {
             qCDebug(lcVireoCtl).noquote()
                 << "Error: failed to put staged file into place:" << file->path();
-            error = QStringLiteral("cannot write ") + file->path() + QStringLiteral(": ") + reason;
-            return false;
+            return fail(error,
+                QStringLiteral("cannot write ") + file->path() + QStringLiteral(": ") + reason);
         }
     }
     return true;

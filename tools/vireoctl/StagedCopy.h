@@ -25,18 +25,18 @@ public:
     StagedCopy& operator=(const StagedCopy&) = delete;
 
     // Copies `source` to be folder + "/" + name once committed.
-    bool stageFile(const QString& source, const QString& name, QString& error);
+    bool stageFile(const QString& source, const QString& name, QString* error);
     // Writes `bytes` to be folder + "/" + name once committed.
-    bool stageBytes(const QByteArray& bytes, const QString& name, QString& error);
+    bool stageBytes(const QByteArray& bytes, const QString& name, QString* error);
 
     // Renames every staged file into place, replacing older files of the same name.
-    bool commit(QString& error);
+    bool commit(QString* error);
 
     // The names staged so far.
     QStringList names() const;
 
 private:
-    std::unique_ptr<AtomicFile> open(const QString& name, QString& error) const;
+    std::unique_ptr<AtomicFile> open(const QString& name, QString* error) const;
 
     QString m_folder;
     std::vector<std::pair<QString, std::unique_ptr<AtomicFile>>> m_files;

@@ -9,32 +9,37 @@
 #include <QEventLoop>
 #include <QJsonObject>
 
-bool TrailerReport::load(int type, TrailerReport& report, QString& error)
+std::optional<TrailerReport> TrailerReport::load(int type, QString* error)
 {
+    QString reason;
+    const auto failed = [&] {
+        if (error)
+            *error = reason;
+        return std::nullopt;
+    };
     // The loader is driven by the event loop, which needs an application object.
     if (!QCoreApplication::instance()) {
-        error = QStringLiteral("no application event loop to load trailers in");
-        return false;
+        reason = QStringLiteral("no application event loop to load trailers in");
+        return failed();
     }
     VireoTrailerLoader loader;
     QEventLoop loop;
     bool ok = false;
-    QObject::connect(&loader, &VireoTrailerLoader::loadFinished, &loop,
-        [&](bool succeeded, const QString& reason) {
+    QObject::connect(
+        &loader, &VireoTrailerLoader::loadFinished, &loop, [&](bool succeeded, const QString& why) {
             ok = succeeded;
-            error = reason;
+            reason = why;
             loop.quit();
         });
     if (!loader.fetchStats(type, nullptr)) {
-        error = QStringLiteral("cannot start loading list ") + QString::number(type);
-        return false;
+        reason = QStringLiteral("cannot start loading list ") + QString::number(type);
+        return failed();
     }
     // The loader's own deadline ends every load, so this returns.
     loop.exec();
     if (!ok)
-        return false;
-    report = TrailerReport(TrailerTypes::title(type), loader.assetList(), loader.assetListSize());
-    return true;
+        return failed();
+    return TrailerReport(TrailerTypes::title(type), loader.assetList(), loader.assetListSize());
 }
 
 TrailerReport::TrailerReport(

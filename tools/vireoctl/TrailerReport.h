@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class VTVMediaAsset;
 
@@ -13,8 +14,8 @@ class VTVMediaAsset;
 class TrailerReport {
 public:
     // Loads list `type` (0 .. 3) to its end, running the application's event loop
-    // meanwhile. False with the reason when the load failed.
-    static bool load(int type, TrailerReport& report, QString& error);
+    // meanwhile. Nothing, with the reason, when the load failed.
+    static std::optional<TrailerReport> load(int type, QString* error);
 
     TrailerReport() = default;
     TrailerReport(

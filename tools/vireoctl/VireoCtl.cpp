@@ -30,16 +30,18 @@ namespace {
 // which must never be written by accident.
 constexpr int kShortestHome = 5;
 
-bool applyHome(const QString& dir, QString& error)
+bool applyHome(const QString& dir, QString* error)
 {
     const QFileInfo info(dir);
     const QString absolute = QDir::cleanPath(info.absoluteFilePath());
-    if (absolute.length() < kShortestHome) {
-        error = QStringLiteral("home folder path must be longer than 4 characters: ") + absolute;
-        return false;
-    }
-    if (!info.isDir()) {
-        error = QStringLiteral("home folder does not exist: ") + dir;
+    QString problem;
+    if (absolute.length() < kShortestHome)
+        problem = QStringLiteral("home folder path must be longer than 4 characters: ") + absolute;
+    else if (!info.isDir())
+        problem = QStringLiteral("home folder does not exist: ") + dir;
+    if (!problem.isEmpty()) {
+        if (error)
+            *error = problem;
         return false;
     }
     HomeFolder::set(absolute);
@@ -65,7 +67,7 @@ int VireoCtl::run(const QStringList& args, QIODevice& out, QIODevice& err)
 {
     CommandLine commandLine;
     QString error;
-    const bool parsed = commandLine.parse(args, error);
+    const bool parsed = commandLine.parse(args, &error);
     VireoCtl tool(commandLine, out, err);
     if (!parsed)
         return tool.usageError(error);
@@ -77,7 +79,7 @@ int VireoCtl::run(const QStringList& args, QIODevice& out, QIODevice& err)
     // same process.
     HomeFolder::set(QString());
     if (commandLine.isSet(QStringLiteral("home"))
-        && !applyHome(commandLine.value(QStringLiteral("home")), error))
+        && !applyHome(commandLine.value(QStringLiteral("home")), &error))
         return tool.fail(error);
     return tool.dispatch();
 }
@@ -153,7 +155,7 @@ int VireoCtl::pair()
                 + m_commandLine.value(QStringLiteral("time")));
     }
     QString error;
-    if (!LibraryAdmin::pair(pairID, name, pairTime, error))
+    if (!LibraryAdmin::pair(pairID, name, pairTime, &error))
         return fail(error);
     return succeed(QJsonObject { { QStringLiteral("id"), pairID }, { QStringLiteral("name"), name },
                        { QStringLiteral("pairTime"), static_cast<qint64>(pairTime) } },
@@ -172,13 +174,13 @@ int VireoCtl::add()
     request.coverPath = m_commandLine.value(QStringLiteral("cover"));
     if (m_commandLine.isSet(QStringLiteral("id")) && request.identifier.isEmpty())
         return fail(QStringLiteral("identifier must not be empty"));
-    AddResult result;
     QString error;
-    if (!LibraryAdmin::add(request, result, error))
+    const std::optional<AddResult> result = LibraryAdmin::add(request, &error);
+    if (!result)
         return fail(error);
-    return succeed(QJsonObject { { QStringLiteral("title"), result.title },
-                       { QStringLiteral("links"), QJsonArray::fromStringList(result.links) } },
-        result.title + QLatin1Char('\n'));
+    return succeed(QJsonObject { { QStringLiteral("title"), result->title },
+                       { QStringLiteral("links"), QJsonArray::fromStringList(result->links) } },
+        result->title + QLatin1Char('\n'));
 }
 
 int VireoCtl::stats()
@@ -186,7 +188,7 @@ int VireoCtl::stats()
     const QString pairID = m_commandLine.arguments().at(0);
     const QString peer = m_commandLine.value(QStringLiteral("peer"));
     QString error;
-    if (!LibraryAdmin::recordSync(pairID, peer, error))
+    if (!LibraryAdmin::recordSync(pairID, peer, &error))
         return fail(error);
     return succeed(
         QJsonObject { { QStringLiteral("id"), pairID }, { QStringLiteral("peer"), peer } },
@@ -198,7 +200,7 @@ int VireoCtl::unpair()
 {
     const QString pairID = m_commandLine.arguments().at(0);
     QString error;
-    if (!LibraryAdmin::unpair(pairID, error))
+    if (!LibraryAdmin::unpair(pairID, &error))
         return fail(error);
     return succeed(
         QJsonObject { { QStringLiteral("id"), pairID }, { QStringLiteral("unpaired"), true } },
@@ -208,7 +210,7 @@ int VireoCtl::unpair()
 int VireoCtl::fixLinks()
 {
     QString error;
-    if (!LibraryAdmin::fixLinks(error))
+    if (!LibraryAdmin::fixLinks(&error))
         return fail(error);
     const qsizetype count = LibraryAdmin::pairRecords().size();
     return succeed(QJsonObject { { QStringLiteral("pairCount"), static_cast<qint64>(count) } },
@@ -292,7 +294,7 @@ int VireoCtl::cacheSet()
         return usageError(QStringLiteral("position must be a 32-bit integer of milliseconds: ")
             + m_commandLine.arguments().at(2));
     QString error;
-    if (!LibraryAdmin::checkLibraryRoots(error))
+    if (!LibraryAdmin::checkLibraryRoots(&error))
         return fail(error);
     if (!PlaybackPositionCache::save(assetId, position))
         return fail(PlaybackPositionCache::readEntries()
@@ -307,7 +309,7 @@ int VireoCtl::cacheSet()
 int VireoCtl::cacheCleanup()
 {
     QString error;
-    if (!LibraryAdmin::checkLibraryRoots(error))
+    if (!LibraryAdmin::checkLibraryRoots(&error))
         return fail(error);
     const auto entries = PlaybackPositionCache::readEntries();
     if (!entries)
@@ -326,7 +328,7 @@ int VireoCtl::cacheCleanup()
 int VireoCtl::cacheReset()
 {
     QString error;
-    if (!LibraryAdmin::checkLibraryRoots(error))
+    if (!LibraryAdmin::checkLibraryRoots(&error))
         return fail(error);
     const auto entries = PlaybackPositionCache::readEntries();
     if (!PlaybackPositionCache::reset())
@@ -345,11 +347,11 @@ int VireoCtl::demo()
     DemoLibrary::Options options;
     options.clips = m_commandLine.isSet(QStringLiteral("clips"));
     options.force = m_commandLine.isSet(QStringLiteral("force"));
-    QJsonObject report;
     QString error;
-    if (!DemoLibrary::build(options, report, error))
+    const std::optional<QJsonObject> report = DemoLibrary::build(options, &error);
+    if (!report)
         return fail(error);
-    return succeed(report, DemoLibrary::text(report));
+    return succeed(*report, DemoLibrary::text(*report));
 }
 
 int VireoCtl::trailers()
@@ -359,9 +361,9 @@ int VireoCtl::trailers()
         = { QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3") };
     if (!types.contains(word))
         return usageError(QStringLiteral("trailer list type must be 0, 1, 2 or 3: ") + word);
-    TrailerReport report;
     QString error;
-    if (!TrailerReport::load(word.toInt(), report, error))
+    const std::optional<TrailerReport> report = TrailerReport::load(word.toInt(), &error);
+    if (!report)
         return fail(QStringLiteral("cannot load the trailer list: ") + error);
-    return succeed(report.json(), report.text());
+    return succeed(report->json(), report->text());
 }

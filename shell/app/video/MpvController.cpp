@@ -78,7 +78,8 @@ std::unique_ptr<MpvController> MpvController::create(const MpvOutput& output, QS
         return nullptr;
     std::unique_ptr<MpvController> controller(new MpvController(std::move(handle), output));
     if (!controller->configure()) {
-        *error = tr("libmpv did not start.");
+        if (error)
+            *error = tr("libmpv did not start.");
         return nullptr;
     }
     controller->m_events.reset(QThread::create([raw = controller.get()] { raw->readEvents(); }));

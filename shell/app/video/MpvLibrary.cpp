@@ -46,7 +46,7 @@ const MpvLibrary* MpvLibrary::get(QString* error)
         result.library = open(&result.error);
         return result;
     }();
-    if (error)
+    if (error && !opened.library)
         *error = opened.error;
     return opened.library;
 }
@@ -60,9 +60,12 @@ const MpvLibrary* MpvLibrary::open(QString* error)
 {
     // Never unloaded: mpv's threads and FFmpeg's static state outlive any one player.
     QLibrary library(fileName());
+    QString why;
     if (!library.load()) {
-        *error = tr("libmpv cannot be opened: %1").arg(library.errorString());
-        qCWarning(lcMpv).noquote() << *error;
+        why = tr("libmpv cannot be opened: %1").arg(library.errorString());
+        qCWarning(lcMpv).noquote() << why;
+        if (error)
+            *error = why;
         return nullptr;
     }
     auto* const mpv = new MpvLibrary;
@@ -88,17 +91,19 @@ const MpvLibrary* MpvLibrary::open(QString* error)
     VIREO_MPV_RESOLVE(render_context_free);
 #undef VIREO_MPV_RESOLVE
     if (!missing.isEmpty()) {
-        *error = tr("%1 lacks %2").arg(library.fileName(), missing.join(QStringLiteral(", ")));
+        why = tr("%1 lacks %2").arg(library.fileName(), missing.join(QStringLiteral(", ")));
     } else if (const unsigned long major = mpv->client_api_version() >> 16; major != kBuiltMajor) {
-        *error = tr("%1 has client API %2, the shell was built for %3")
-                     .arg(library.fileName())
-                     .arg(major)
-                     .arg(kBuiltMajor);
+        why = tr("%1 has client API %2, the shell was built for %3")
+                  .arg(library.fileName())
+                  .arg(major)
+                  .arg(kBuiltMajor);
     } else {
         qCDebug(lcMpv).noquote() << "Opened" << library.fileName();
         return mpv;
     }
-    qCWarning(lcMpv).noquote() << *error;
+    qCWarning(lcMpv).noquote() << why;
+    if (error)
+        *error = why;
     delete mpv;
     return nullptr;
 }

@@ -20,35 +20,38 @@ namespace {
     // Key frames and rounding put the start of a file a little off the asked position.
     constexpr qint64 kStartToleranceMS = 1'000;
 
+    std::optional<QByteArray> refuse(const QString& why, QString* error)
+    {
+        if (error)
+            *error = why;
+        return std::nullopt;
+    }
+
     // Where mpv should read the asset from: a local path (its very bytes: a name need
     // not be UTF-8) or an http(s) URL. mpv understands many more protocols (some reach
     // far beyond a file); the library only ever hands out these two.
-    struct Target {
-        QByteArray location;
-        QString error;
-    };
-
-    Target targetOf(const shell::MediaAsset* asset)
+    std::optional<QByteArray> targetOf(const shell::MediaAsset* asset, QString* error)
     {
         if (!asset)
-            return { {}, MpvVideoPlayer::tr("There is nothing to play.") };
+            return refuse(MpvVideoPlayer::tr("There is nothing to play."), error);
         const QString mediaURL = asset->mediaURL();
         if (mediaURL.isEmpty())
-            return { {}, MpvVideoPlayer::tr("This item has no video.") };
+            return refuse(MpvVideoPlayer::tr("This item has no video."), error);
         const QUrl url(mediaURL);
         const QString scheme = url.scheme().toLower();
         if (scheme == u"http" || scheme == u"https")
-            return { url.toEncoded(), {} };
+            return url.toEncoded();
         QString path;
         if (url.isLocalFile())
             path = FileSystem::localPath(url);
         else if (scheme.isEmpty() && mediaURL.startsWith(u'/'))
             path = mediaURL;
         else
-            return { {}, MpvVideoPlayer::tr("Only local files and web addresses can be played.") };
+            return refuse(
+                MpvVideoPlayer::tr("Only local files and web addresses can be played."), error);
         if (!FileSystem::isFile(path))
-            return { {}, MpvVideoPlayer::tr("The video file is missing.") };
-        return { FileSystem::encodeName(path), {} };
+            return refuse(MpvVideoPlayer::tr("The video file is missing."), error);
+        return FileSystem::encodeName(path);
     }
 
 } // namespace
@@ -206,111 +209,114 @@ MpvVideoPlayer::MpvVideoPlayer(QObject* parent)
 
 MpvVideoPlayer::MpvVideoPlayer(const MpvOutput& output, QObject* parent)
     : VideoPlayer(parent)
-    , d(std::make_unique<Private>(*this))
+    , m_private(std::make_unique<Private>(*this))
 {
-    d->mpv = MpvController::create(output, &d->startError);
-    if (d->mpv)
-        d->connectController();
+    m_private->mpv = MpvController::create(output, &m_private->startError);
+    if (m_private->mpv)
+        m_private->connectController();
 }
 
 MpvVideoPlayer::~MpvVideoPlayer() = default;
 
 bool MpvVideoPlayer::setMedia(std::shared_ptr<shell::MediaAsset> asset, QString* error)
 {
-    if (d->mpv)
-        d->unload();
-    d->asset = std::move(asset);
-    d->position = 0;
-    d->duration = d->asset ? qint64(d->asset->duration()) * 1000 : 0;
-    const Target target = targetOf(d->asset.get());
-    d->location = target.location;
-    d->error = d->mpv ? target.error
-                      : tr("The video player could not be started: %1").arg(d->startError);
-    if (error)
-        *error = d->error;
-    if (!d->error.isNull())
-        qCWarning(lcMpv).noquote() << d->error << (d->asset ? d->asset->mediaURL() : QString());
-    d->setState(d->error.isNull() ? State::Stopped : State::Error);
-    return d->error.isNull();
+    if (m_private->mpv)
+        m_private->unload();
+    m_private->asset = std::move(asset);
+    m_private->position = 0;
+    m_private->duration = m_private->asset ? qint64(m_private->asset->duration()) * 1000 : 0;
+    m_private->error.clear();
+    m_private->location
+        = targetOf(m_private->asset.get(), &m_private->error).value_or(QByteArray());
+    if (!m_private->mpv)
+        m_private->error
+            = tr("The video player could not be started: %1").arg(m_private->startError);
+    if (error && !m_private->error.isNull())
+        *error = m_private->error;
+    if (!m_private->error.isNull())
+        qCWarning(lcMpv).noquote()
+            << m_private->error << (m_private->asset ? m_private->asset->mediaURL() : QString());
+    m_private->setState(m_private->error.isNull() ? State::Stopped : State::Error);
+    return m_private->error.isNull();
 }
 
 std::shared_ptr<shell::MediaAsset> MpvVideoPlayer::media() const
 {
-    return d->asset;
+    return m_private->asset;
 }
 
 void MpvVideoPlayer::play()
 {
-    if (!d->asset || d->state == State::Error || d->state == State::Playing)
+    if (!m_private->asset || m_private->state == State::Error || m_private->state == State::Playing)
         return;
-    if (d->state == State::Ended) {
-        d->position = 0;
-        d->beginSettling(d->mpv->seek(0));
-    } else if (!d->loaded) {
-        d->loaded = true;
-        d->loadStartMS = d->position;
-        d->loadRequest = d->mpv->load(d->location, d->position);
-        d->beginSettling(*d->loadRequest);
+    if (m_private->state == State::Ended) {
+        m_private->position = 0;
+        m_private->beginSettling(m_private->mpv->seek(0));
+    } else if (!m_private->loaded) {
+        m_private->loaded = true;
+        m_private->loadStartMS = m_private->position;
+        m_private->loadRequest = m_private->mpv->load(m_private->location, m_private->position);
+        m_private->beginSettling(*m_private->loadRequest);
     }
-    d->mpv->setPaused(false);
-    d->setState(State::Playing);
+    m_private->mpv->setPaused(false);
+    m_private->setState(State::Playing);
 }
 
 void MpvVideoPlayer::pause()
 {
-    if (d->state != State::Playing)
+    if (m_private->state != State::Playing)
         return;
-    d->mpv->setPaused(true);
-    d->setState(State::Paused);
+    m_private->mpv->setPaused(true);
+    m_private->setState(State::Paused);
 }
 
 void MpvVideoPlayer::seekToMS(qint64 ms)
 {
-    if (!d->asset || d->state == State::Error)
+    if (!m_private->asset || m_private->state == State::Error)
         return;
-    d->position = d->clamped(ms);
-    emit positionChanged(d->position);
+    m_private->position = m_private->clamped(ms);
+    emit positionChanged(m_private->position);
     // At the end, play() starts over; anywhere else mpv follows at once.
-    if (d->state == State::Ended || !d->loaded)
+    if (m_private->state == State::Ended || !m_private->loaded)
         return;
-    if (d->fileReady)
-        d->beginSettling(d->mpv->seek(d->position));
+    if (m_private->fileReady)
+        m_private->beginSettling(m_private->mpv->seek(m_private->position));
     else
-        d->seekOnceLoaded = d->position;
+        m_private->seekOnceLoaded = m_private->position;
 }
 
 void MpvVideoPlayer::stop()
 {
-    if (d->state == State::Stopped || d->state == State::Error)
+    if (m_private->state == State::Stopped || m_private->state == State::Error)
         return;
-    d->unload();
-    d->position = 0;
-    d->setState(State::Stopped);
+    m_private->unload();
+    m_private->position = 0;
+    m_private->setState(State::Stopped);
 }
 
 qint64 MpvVideoPlayer::positionMS() const
 {
-    return d->position;
+    return m_private->position;
 }
 
 qint64 MpvVideoPlayer::durationMS() const
 {
-    return d->duration;
+    return m_private->duration;
 }
 
 shell::VideoPlayer::State MpvVideoPlayer::state() const
 {
-    return d->state;
+    return m_private->state;
 }
 
 QString MpvVideoPlayer::errorString() const
 {
-    return d->error;
+    return m_private->error;
 }
 
 MpvController* MpvVideoPlayer::controller() const
 {
-    return d->mpv.get();
+    return m_private->mpv.get();
 }
 
 bool MpvVideoPlayer::isAvailable()

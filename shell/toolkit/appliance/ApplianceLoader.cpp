@@ -64,7 +64,7 @@ void ApplianceLoader::loadFile(const QString& path)
     }
     Entry entry;
     entry.fileName = fileName;
-    if (const QString reason = readMetaData(metaData, entry); !reason.isNull()) {
+    if (QString reason; !readMetaData(metaData, entry, &reason)) {
         fail(fileName, reason);
         return;
     }
@@ -87,24 +87,29 @@ void ApplianceLoader::loadFile(const QString& path)
     insertSorted(std::move(entry));
 }
 
-QString ApplianceLoader::readMetaData(const QJsonObject& metaData, Entry& entry)
+bool ApplianceLoader::readMetaData(const QJsonObject& metaData, Entry& entry, QString* error)
 {
+    const auto refuse = [error](const QString& why) {
+        if (error)
+            *error = why;
+        return false;
+    };
     const QJsonValue value = metaData.value(QStringLiteral("MetaData"));
     if (!value.isObject())
-        return QStringLiteral("the plugin has no metadata");
+        return refuse(QStringLiteral("the plugin has no metadata"));
     const QJsonObject fields = value.toObject();
     entry.name = fields.value(QStringLiteral("name")).toString();
     entry.key = fields.value(QStringLiteral("key")).toString();
     if (entry.name.isEmpty() || entry.key.isEmpty())
-        return QStringLiteral("the metadata has no name or no key");
+        return refuse(QStringLiteral("the metadata has no name or no key"));
     const QJsonValue sortOrder = fields.value(QStringLiteral("sortOrder"));
     if (sortOrder.isUndefined())
-        return {};
+        return true;
     const double order = sortOrder.toDouble(0.5);
     if (!sortOrder.isDouble() || order != std::trunc(order) || order < INT_MIN || order > INT_MAX)
-        return QStringLiteral("the metadata's sortOrder is not a whole number");
+        return refuse(QStringLiteral("the metadata's sortOrder is not a whole number"));
     entry.sortOrder = int(order);
-    return {};
+    return true;
 }
 
 void ApplianceLoader::insertSorted(Entry entry)

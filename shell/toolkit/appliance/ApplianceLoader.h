@@ -42,9 +42,9 @@ public:
 
 private:
     void loadFile(const QString& path);
-    // The entry's name, key and sortOrder from the plugin's metadata; the reason
-    // when the metadata is not an appliance's.
-    static QString readMetaData(const QJsonObject& metaData, Entry& entry);
+    // The entry's name, key and sortOrder from the plugin's metadata; false, with the
+    // reason, when the metadata is not an appliance's.
+    static bool readMetaData(const QJsonObject& metaData, Entry& entry, QString* error);
     void insertSorted(Entry entry);
     void fail(const QString& fileName, const QString& reason);
 

@@ -23,7 +23,7 @@ bool SimulatedVideoPlayer::setMedia(std::shared_ptr<MediaAsset> asset, QString* 
         m_error = tr("This item has no video.");
     if (!m_durationFixed)
         m_duration = m_asset ? qint64(m_asset->duration()) * 1000 : 0;
-    if (error)
+    if (error && !m_error.isNull())
         *error = m_error;
     setState(m_error.isNull() ? State::Stopped : State::Error);
     return m_error.isNull();

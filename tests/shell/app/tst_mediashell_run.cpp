@@ -386,5 +386,5 @@ TEST_F(MediashellRun, VersionHelpAndBadOptionsNeedNoDisplay)
     EXPECT_EQ(help.finish(), 0);
     ShellRun bad({ "--no-such-option" }, environment(false));
     EXPECT_EQ(bad.finish(), 2);
-    EXPECT_TRUE(bad.err().contains("unknown option --no-such-option")) << qPrintable(bad.err());
+    EXPECT_TRUE(bad.err().contains("Unknown option 'no-such-option'.")) << qPrintable(bad.err());
 }

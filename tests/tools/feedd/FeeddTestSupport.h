@@ -105,13 +105,13 @@ public:
             m_context.get(),
             [&] {
                 QString error;
-                auto catalogue = Catalogue::load(library, error);
+                auto catalogue = Catalogue::load(library, &error);
                 if (!catalogue)
                     return;
                 m_server = std::make_unique<FeedHttpServer>(
                     std::make_shared<const Catalogue>(std::move(*catalogue)),
                     FileHandle::openFolder(library), limits);
-                if (!m_server->start(QHostAddress::LocalHost, 0, error))
+                if (!m_server->start(QHostAddress::LocalHost, 0, &error))
                     m_server.reset();
             },
             Qt::BlockingQueuedConnection);

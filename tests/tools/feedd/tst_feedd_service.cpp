@@ -414,9 +414,9 @@ protected:
     FeedLimits limits() const override
     {
         FeedLimits limits;
-        limits.requestTimeoutMs = 600;
-        limits.stalledStreamMs = 500;
-        limits.connectionLifeMs = 1500;
+        limits.requestTimeoutMS = 600;
+        limits.stalledStreamMS = 500;
+        limits.connectionLifeMS = 1500;
         return limits;
     }
 };

@@ -157,7 +157,7 @@ protected:
         EXPECT_TRUE(json.contains(from)) << from.toStdString();
         writeFile(path, json.replace(from, to));
         QString error;
-        EXPECT_FALSE(Catalogue::load(m_dir.path(), error).has_value()) << to.toStdString();
+        EXPECT_FALSE(Catalogue::load(m_dir.path(), &error).has_value()) << to.toStdString();
         return error;
     }
     QTemporaryDir m_dir;
@@ -208,7 +208,7 @@ TEST_F(CatalogueLoad, RefusesLinkedFilesAndSizesTheMediaWhenTheSizeIsLeftOut)
     ASSERT_TRUE(QFile::link(
         outside.path() + QStringLiteral("/clip"), m_dir.path() + QStringLiteral("/t01.jpg")));
     QString error;
-    EXPECT_FALSE(Catalogue::load(m_dir.path(), error));
+    EXPECT_FALSE(Catalogue::load(m_dir.path(), &error));
     EXPECT_TRUE(error.contains(QStringLiteral("links are not served"))) << error.toStdString();
 
     // Without a size the media file's is taken; without a thumbnail there is none.
@@ -217,15 +217,15 @@ TEST_F(CatalogueLoad, RefusesLinkedFilesAndSizesTheMediaWhenTheSizeIsLeftOut)
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QByteArray json
         = file.readAll().replace("\"size\": 40001,", "").replace("\"thumbnail\": \"t01.jpg\",", "");
-    const std::optional<Catalogue> catalogue = Catalogue::fromJson(json, m_dir.path(), error);
+    const std::optional<Catalogue> catalogue = Catalogue::fromJson(json, m_dir.path(), &error);
     ASSERT_TRUE(catalogue) << error.toStdString();
     EXPECT_EQ(catalogue->trailers()[1].size, 40001);
     EXPECT_TRUE(catalogue->trailers()[1].thumbnailFile.isEmpty());
-    EXPECT_FALSE(Catalogue::fromJson(json, QString(), error));
+    EXPECT_FALSE(Catalogue::fromJson(json, QString(), &error));
     EXPECT_TRUE(error.contains(QStringLiteral("no \"size\""))) << error.toStdString();
 
-    EXPECT_FALSE(Catalogue::fromJson("[]", m_dir.path(), error));
+    EXPECT_FALSE(Catalogue::fromJson("[]", m_dir.path(), &error));
     EXPECT_EQ(error, QStringLiteral("not a JSON object"));
-    EXPECT_FALSE(Catalogue::fromJson("{\"trailers\": [", m_dir.path(), error));
+    EXPECT_FALSE(Catalogue::fromJson("{\"trailers\": [", m_dir.path(), &error));
     EXPECT_TRUE(error.startsWith(QStringLiteral("not JSON"))) << error.toStdString();
 }
