@@ -221,7 +221,7 @@ bool DemoLibrary::build(const Options& options, QJsonObject& report, QString& er
         return false;
     }
     // The roots must exist before the staging folder goes inside "Vireo".
-    const QString vireoRoot = LibraryPaths::roots().constFirst();
+    const QString vireoRoot = LibraryPaths::vireoFolder();
     if (!FileSystem::isRealFolder(vireoRoot) && !QDir().mkdir(vireoRoot)) {
         error = QStringLiteral("cannot create folder: ") + vireoRoot;
         return false;

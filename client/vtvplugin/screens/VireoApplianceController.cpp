@@ -7,10 +7,10 @@
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/FileSystem.h"
-#include "vtvplugin/platform/HomeFolder.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/screens/ScreenResources.h"
 #include "vtvplugin/screens/VireoConfigController.h"
+#include "vtvplugin/store/LibraryPaths.h"
 
 #include <QUrl>
 
@@ -34,11 +34,6 @@ constexpr std::array<QLatin1StringView, 22> kMovieExtensions { QLatin1StringView
     QLatin1StringView("mpeg"), QLatin1StringView("mp4"), QLatin1StringView("mkv"),
     QLatin1StringView("avc"), QLatin1StringView("flv"), QLatin1StringView("dv"),
     QLatin1StringView("fli"), QLatin1StringView("m2v"), QLatin1StringView("ts") };
-
-QString moviesFolder()
-{
-    return HomeFolder::path() + QStringLiteral("/Movies");
-}
 
 // Where the extension's dot is, -1 for none. A leading dot starts a hidden name, not
 // an extension.
@@ -92,7 +87,7 @@ void takeFolderVerdict(const QString& path, bool& isFolder)
 } // namespace
 
 VireoApplianceController::VireoApplianceController(shell::Scene& scene)
-    : VireoApplianceController(scene, moviesFolder(), false, true)
+    : VireoApplianceController(scene, LibraryPaths::moviesFolder(), false, true)
 {
 }
 
@@ -105,7 +100,7 @@ VireoApplianceController::VireoApplianceController(
 VireoApplianceController::VireoApplianceController(
     shell::Scene& scene, const QString& directory, bool initDone, bool isMainMenu)
     : shell::MediaMenuController(scene)
-    , m_pDirectory(directory.isNull() ? moviesFolder() : directory)
+    , m_pDirectory(directory.isNull() ? LibraryPaths::moviesFolder() : directory)
     , m_bShowTrailers(isMainMenu)
     , m_bIsMainMenu(isMainMenu)
     , m_nLastSyncTime(getLastSyncTimeForAllPairs())
