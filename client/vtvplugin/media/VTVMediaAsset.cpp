@@ -4,22 +4,13 @@
 #include "vtvplugin/platform/BoundedFile.h"
 #include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/VtvLog.h"
+#include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
 #include <optional>
 #include <utility>
 
 namespace {
-
-// The path with the extension of its last component replaced ("Dir/Film.m4v" with
-// "xml" gives "Dir/Film.xml"); a name without extension just gains one.
-QString replacedExtension(const QString& path, const QString& extension)
-{
-    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
-    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
-    const QString stem = dot > slash + 1 ? path.left(dot) : path;
-    return stem + QLatin1Char('.') + extension;
-}
 
 QString lastPathComponent(QString path)
 {
@@ -54,7 +45,7 @@ VTVMediaAsset::VTVMediaAsset(const QUrl& mediaURL)
 {
     const QString path = FileSystem::localPath(_mediaURL);
     if (!path.isNull())
-        takeMetadata(replacedExtension(path, QStringLiteral("xml")));
+        takeMetadata(LibraryFormat::metadataPathFor(path));
 }
 
 VTVMediaAsset::VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, int duration,
@@ -168,7 +159,7 @@ QString VTVMediaAsset::previewURL() const
     if (isTrailer())
         return _trailerThumbnailURL;
     const QString path = FileSystem::localPath(_mediaURL);
-    return path.isNull() ? QString() : replacedExtension(path, QStringLiteral("png"));
+    return path.isNull() ? QString() : LibraryFormat::coverPathFor(path);
 }
 
 QString VTVMediaAsset::coverArtID() const
