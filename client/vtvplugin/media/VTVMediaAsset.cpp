@@ -6,6 +6,7 @@
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
+#include "vtvplugin/trailers/TrailerMediaNames.h"
 
 #include <optional>
 #include <utility>
@@ -57,7 +58,7 @@ VTVMediaAsset::VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, i
     , _trailerSize(size)
     , _vireoContentId(contentId)
 {
-    thumbnail += QStringLiteral("vtv_ca_") + contentId + QStringLiteral(".jpg");
+    thumbnail += TrailerMediaNames::thumbnailFileName(contentId);
     _trailerThumbnailURL = thumbnail;
 }
 

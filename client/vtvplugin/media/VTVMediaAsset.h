@@ -17,8 +17,9 @@ public:
     // A library movie. A file URL whose metadata file exists is parsed at once.
     explicit VTVMediaAsset(const QUrl& mediaURL);
 
-    // A trailer. "vtv_ca_" + contentId + ".jpg" is appended to the caller's
-    // thumbnail string in place; the result is the trailer's thumbnail URL.
+    // A trailer. The thumbnail's file name for contentId (TrailerMediaNames) is
+    // appended to the caller's thumbnail string in place; the result is the
+    // trailer's thumbnail URL.
     VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, int duration, int size,
         const QString& title, QString& thumbnail, const QString& description);
 
