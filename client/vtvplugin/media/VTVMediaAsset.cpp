@@ -145,6 +145,11 @@ QString VTVMediaAsset::copyright() const
     return copyrightLine();
 }
 
+bool VTVMediaAsset::isLocal() const
+{
+    return _mediaURL.isLocalFile();
+}
+
 QString VTVMediaAsset::mediaURL() const
 {
     return _mediaURL.isEmpty() ? QString() : _mediaURL.toString(QUrl::FullyEncoded);
@@ -165,8 +170,9 @@ QString VTVMediaAsset::previewURL() const
 
 QString VTVMediaAsset::coverArtID() const
 {
+    // A trailer's cover is named by its thumbnail URL, which is unique per cover.
     if (isTrailer() && !_vireoContentId.isEmpty())
-        return XmlMediaAsset::coverArtID();
+        return previewURL();
     if (_coverArtId.isEmpty()) {
         const QString preview = previewURL();
         if (preview.isEmpty())
