@@ -1,5 +1,7 @@
 #include "VideoListPayload.h"
 
+#include "vtvplugin/trailers/TrailerMediaNames.h"
+
 #include <QXmlStreamWriter>
 
 #include <algorithm>
@@ -16,12 +18,12 @@ QString VideoListPayload::thumbnailUrlPrefix(const QString& base)
 
 QString VideoListPayload::mediaPath(const QString& id)
 {
-    return QStringLiteral("/media/") + id + QStringLiteral("x.flv");
+    return TrailerMediaNames::stream(QStringLiteral("/media/") + id);
 }
 
 QString VideoListPayload::thumbnailPath(const QString& id)
 {
-    return QStringLiteral("/thumbnails/vtv_ca_") + id + QStringLiteral(".jpg");
+    return QStringLiteral("/thumbnails/") + TrailerMediaNames::thumbnailFileName(id);
 }
 
 QString VideoListPayload::write(

@@ -10,8 +10,8 @@
 // declaration, so the codec's payload parser can read it as well as the loader.
 //
 // The URLs point back at this service, at `base` ("http://HOST[:PORT]"): the trailer
-// is BASE/media/ID (the loader appends "x.flv" to it, which is the path served) and the
-// thumbnail prefix is BASE/thumbnails/ (the asset appends "vtv_ca_" ID ".jpg").
+// is BASE/media/ID and the thumbnail prefix is BASE/thumbnails/. The client completes
+// both by TrailerMediaNames, and the paths served are named by the same rules.
 class VideoListPayload {
 public:
     VideoListPayload() = delete;

@@ -8,6 +8,7 @@
 
 #include "vtvplugin/library/JUtils.h"
 #include "vtvplugin/platform/FileSystem.h"
+#include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PairConfig.h"
 
@@ -125,21 +126,28 @@ DemoArtwork::Metadata metadataOf(const DemoMovie& movie)
         names(movie.directors), names(movie.producers), movie.duration };
 }
 
+// The demo's movie file, with its metadata and cover beside it.
+QString movieName(const DemoMovie& movie)
+{
+    return QString::fromUtf8(movie.identifier) + QStringLiteral(".m4v");
+}
+
 bool writeSources(const DemoMovie& movie, int index, bool clips, QString* error)
 {
-    const QString id = QString::fromUtf8(movie.identifier);
+    const QString name = movieName(movie);
     StagedCopy sources(stagingFolder());
-    if (!sources.stageBytes(
-            DemoArtwork::metadataXml(metadataOf(movie)), id + QStringLiteral(".xml"), error)
-        || !sources.stageBytes(DemoArtwork::coverPng(index), id + QStringLiteral(".png"), error))
+    if (!sources.stageBytes(DemoArtwork::metadataXml(metadataOf(movie)),
+            LibraryFormat::metadataPathFor(name), error)
+        || !sources.stageBytes(
+            DemoArtwork::coverPng(index), LibraryFormat::coverPathFor(name), error))
         return false;
     if (clips) {
         if (!ClipMaker::make(QString::fromUtf8(movie.video), movie.toneHz, movie.duration,
-                stagingFolder() + QLatin1Char('/') + id + QStringLiteral(".m4v"), error))
+                stagingFolder() + QLatin1Char('/') + name, error))
             return false;
     } else if (!sources.stageBytes(
-                   QByteArrayLiteral("Vireo demo placeholder: ") + movie.title + '\n',
-                   id + QStringLiteral(".m4v"), error)) {
+                   QByteArrayLiteral("Vireo demo placeholder: ") + movie.title + '\n', name,
+                   error)) {
         return false;
     }
     return sources.commit(error);
@@ -149,12 +157,11 @@ bool addMovie(const DemoMovie& movie, int index, bool clips, QJsonArray& added, 
 {
     if (!writeSources(movie, index, clips, error))
         return false;
-    const QString base = stagingFolder() + QLatin1Char('/') + QString::fromUtf8(movie.identifier);
     AddRequest request;
     request.pairID = QString::fromUtf8(kPairs.at(static_cast<size_t>(movie.pair)).id);
-    request.moviePath = base + QStringLiteral(".m4v");
-    request.metadataPath = base + QStringLiteral(".xml");
-    request.coverPath = base + QStringLiteral(".png");
+    request.moviePath = stagingFolder() + QLatin1Char('/') + movieName(movie);
+    request.metadataPath = LibraryFormat::metadataPathFor(request.moviePath);
+    request.coverPath = LibraryFormat::coverPathFor(request.moviePath);
     const std::optional<AddResult> result = LibraryAdmin::add(request, error);
     if (!result)
         return false;
@@ -224,7 +231,7 @@ std::optional<QJsonObject> DemoLibrary::build(const Options& options, QString* e
         return std::nullopt;
     }
     // The roots must exist before the staging folder goes inside "Vireo".
-    const QString vireoRoot = LibraryPaths::roots().constFirst();
+    const QString vireoRoot = LibraryPaths::vireoFolder();
     if (!FileSystem::isRealFolder(vireoRoot) && !QDir().mkdir(vireoRoot)) {
         fail(error, QStringLiteral("cannot create folder: ") + vireoRoot);
         return std::nullopt;

@@ -108,13 +108,15 @@ bool checkMovie(const QString& moviePath, QString* error)
 {
     if (!checkSourceFile(moviePath, "movie", error))
         return false;
+    // The copy keeps the movie's extension, and the menus list only these.
     const QString suffix = QFileInfo(moviePath).suffix();
-    if (suffix.isEmpty() || !LibraryAdmin::isSafeName(suffix))
+    if (suffix.isEmpty())
         return fail(error, QStringLiteral("movie has no file extension: ") + moviePath);
-    if (LibraryFormat::isReservedMovieSuffix(suffix))
+    if (!LibraryFormat::isMovieExtension(suffix))
         return fail(error,
-            QStringLiteral("movie extension is reserved for metadata, covers and settings: ")
-                + moviePath);
+            QStringLiteral("movie extension is not one the menus list (")
+                + LibraryFormat::movieExtensions().join(QStringLiteral(", "))
+                + QStringLiteral(", exactly as written): ") + moviePath);
     return true;
 }
 
@@ -123,7 +125,7 @@ bool checkExtras(const AddRequest& request, QString* error)
     if (!request.metadataPath.isEmpty()) {
         if (!checkSourceFile(request.metadataPath, "metadata file", error))
             return false;
-        if (QFileInfo(request.metadataPath).suffix() != QLatin1String("xml"))
+        if (QFileInfo(request.metadataPath).suffix() != LibraryFormat::kMetadataExtension)
             return fail(
                 error, QStringLiteral("metadata file must end in .xml: ") + request.metadataPath);
     }
@@ -162,14 +164,15 @@ QString chooseTitle(const AddRequest& request, const QString& identifier)
 bool stageMovie(
     const AddRequest& request, const QString& identifier, StagedCopy& staging, QString* error)
 {
-    const QString suffix = QFileInfo(request.moviePath).suffix();
-    if (!staging.stageFile(request.moviePath, identifier + QLatin1Char('.') + suffix, error))
+    const QString movieName = identifier + QLatin1Char('.') + QFileInfo(request.moviePath).suffix();
+    if (!staging.stageFile(request.moviePath, movieName, error))
         return false;
     if (!request.metadataPath.isEmpty()
-        && !staging.stageFile(request.metadataPath, identifier + QStringLiteral(".xml"), error))
+        && !staging.stageFile(
+            request.metadataPath, LibraryFormat::metadataPathFor(movieName), error))
         return false;
     return request.coverPath.isEmpty()
-        || staging.stageFile(request.coverPath, identifier + QStringLiteral(".png"), error);
+        || staging.stageFile(request.coverPath, LibraryFormat::coverPathFor(movieName), error);
 }
 
 // Files of the replaced movie that the new version does not bring: an older movie

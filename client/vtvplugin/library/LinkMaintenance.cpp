@@ -134,7 +134,7 @@ void removeDanglingTopLevelLinks(const LinkList& topLinks)
     const QString movies = LibraryPaths::moviesRoot();
     for (const auto& [name, target] : topLinks) {
         const QString path = movies + name;
-        if (!target.contains(QStringLiteral("/Vireo/"))
+        if (!target.contains(QLatin1Char('/') + LibraryFormat::kVireoFolder + QLatin1Char('/'))
             || FileSystem::exists(resolvedTarget(movies, target)) || !FileSystem::entryExists(path))
             continue;
         logLine("Warning in checkAndFixLinks: found a link to a non-existent file:", path);
@@ -319,8 +319,7 @@ bool LinkMaintenance::unpairOnePair(const QString& pairID)
     if (refuseInvalidPair("Error in unpair: got a unpairID that's not valid:", pairID)
         || !LibraryPaths::rootsAreSafe())
         return false;
-    const QString pairDir
-        = LibraryPaths::home() + QStringLiteral("/Vireo") + QLatin1Char('/') + pairID;
+    const QString pairDir = LibraryPaths::pairFolder(pairID);
     if (FileSystem::isSymLink(pairDir)) {
         logLine("Error in unpair: pair folder is a symbolic link:", pairDir);
         return false;

@@ -4,22 +4,14 @@
 #include "vtvplugin/platform/BoundedFile.h"
 #include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/VtvLog.h"
+#include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
+#include "vtvplugin/trailers/TrailerMediaNames.h"
 
 #include <optional>
 #include <utility>
 
 namespace {
-
-// The path with the extension of its last component replaced ("Dir/Film.m4v" with
-// "xml" gives "Dir/Film.xml"); a name without extension just gains one.
-QString replacedExtension(const QString& path, const QString& extension)
-{
-    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
-    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
-    const QString stem = dot > slash + 1 ? path.left(dot) : path;
-    return stem + QLatin1Char('.') + extension;
-}
 
 QString lastPathComponent(QString path)
 {
@@ -54,7 +46,7 @@ VTVMediaAsset::VTVMediaAsset(const QUrl& mediaURL)
 {
     const QString path = FileSystem::localPath(_mediaURL);
     if (!path.isNull())
-        takeMetadata(replacedExtension(path, QStringLiteral("xml")));
+        takeMetadata(LibraryFormat::metadataPathFor(path));
 }
 
 VTVMediaAsset::VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, int duration,
@@ -66,7 +58,7 @@ VTVMediaAsset::VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, i
     , _trailerSize(size)
     , _vireoContentId(contentId)
 {
-    thumbnail += QStringLiteral("vtv_ca_") + contentId + QStringLiteral(".jpg");
+    thumbnail += TrailerMediaNames::thumbnailFileName(contentId);
     _trailerThumbnailURL = thumbnail;
 }
 
@@ -153,6 +145,11 @@ QString VTVMediaAsset::copyright() const
     return copyrightLine();
 }
 
+bool VTVMediaAsset::isLocal() const
+{
+    return _mediaURL.isLocalFile();
+}
+
 QString VTVMediaAsset::mediaURL() const
 {
     return _mediaURL.isEmpty() ? QString() : _mediaURL.toString(QUrl::FullyEncoded);
@@ -168,13 +165,14 @@ QString VTVMediaAsset::previewURL() const
     if (isTrailer())
         return _trailerThumbnailURL;
     const QString path = FileSystem::localPath(_mediaURL);
-    return path.isNull() ? QString() : replacedExtension(path, QStringLiteral("png"));
+    return path.isNull() ? QString() : LibraryFormat::coverPathFor(path);
 }
 
 QString VTVMediaAsset::coverArtID() const
 {
+    // A trailer's cover is named by its thumbnail URL, which is unique per cover.
     if (isTrailer() && !_vireoContentId.isEmpty())
-        return XmlMediaAsset::coverArtID();
+        return previewURL();
     if (_coverArtId.isEmpty()) {
         const QString preview = previewURL();
         if (preview.isEmpty())

@@ -2,10 +2,13 @@
 
 #include "toolkit/media/XmlMediaAsset.h"
 
+#include <QDateTime>
 #include <QImage>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
+
+#include <optional>
 
 // One movie of the library, or one trailer of the feed, as the shell's previews and
 // video player see it. A library movie takes its texts from the metadata XML beside
@@ -17,8 +20,9 @@ public:
     // A library movie. A file URL whose metadata file exists is parsed at once.
     explicit VTVMediaAsset(const QUrl& mediaURL);
 
-    // A trailer. "vtv_ca_" + contentId + ".jpg" is appended to the caller's
-    // thumbnail string in place; the result is the trailer's thumbnail URL.
+    // A trailer. The thumbnail's file name for contentId (TrailerMediaNames) is
+    // appended to the caller's thumbnail string in place; the result is the
+    // trailer's thumbnail URL.
     VTVMediaAsset(const QUrl& trailerURL, const QString& contentId, int duration, int size,
         const QString& title, QString& thumbnail, const QString& description);
 
@@ -29,7 +33,6 @@ public:
 
     shell::MediaType mediaType() const override;
     QString title() const override;
-    QString titleForSorting() const override;
     QString mediaDescription() const override;
     QString mediaSummary() const override;
     QString description() const override;
@@ -41,39 +44,47 @@ public:
     QString mediaURL() const override;
     bool hasVideoContent() const override;
     QString previewURL() const override;
-    QString coverArtID() const override;
     QImage coverArt() const override;
-    bool hasCoverArt() const override;
-    QString assetID() const override;
-
-    QString artist() const override;
-    QString artistForSorting() const override;
-    std::optional<QDateTime> dateAcquired() const override;
-    std::optional<QDateTime> datePublished() const override;
-    QString primaryGenre() const override;
-    QStringList genres() const override;
-    QString seriesName() const override;
-    QString broadcaster() const override;
-    QString episodeNumber() const override;
-    QString rating() const override;
-    QString publisher() const override;
-    QString composer() const override;
-    int performanceCount() const override;
-    int startTimeInSeconds() const override;
-    int startTimeInMS() const override;
-    int season() const override;
-    int episode() const override;
-    float userStarRating() const override;
-    float starRating() const override;
-    QImage coverArtForBookmarkTimeInMS(int ms) const override;
 
     bool hasBeenPlayed() const override;
     int bookmarkTimeInMS() const override;
-    int bookmarkTimeInSeconds() const override;
     void setBookmarkTimeInMS(int ms) override;
     void setHasBeenPlayed(bool played) override;
     // Taken only by a library movie whose metadata gives no duration.
     void takePlayerDuration(qint64 ms) override;
+
+    // What the asset answers beyond what the shell asks: its sort title, where it
+    // lies, its cover's name and its id as text.
+    QString titleForSorting() const;
+    bool isLocal() const;
+    QString coverArtID() const;
+    bool hasCoverArt() const;
+    QString assetID() const;
+    int bookmarkTimeInSeconds() const;
+
+    // A movie of the library has no artist, dates, genres, series, ratings or start
+    // offset: these answers are fixed.
+    QString artist() const;
+    QString artistForSorting() const;
+    std::optional<QDateTime> dateAcquired() const;
+    std::optional<QDateTime> datePublished() const;
+    QString primaryGenre() const;
+    QStringList genres() const;
+    QString seriesName() const;
+    QString broadcaster() const;
+    QString episodeNumber() const;
+    QString rating() const;
+    QString publisher() const;
+    QString composer() const;
+    int performanceCount() const;
+    int startTimeInSeconds() const;
+    int startTimeInMS() const;
+    int season() const;
+    int episode() const;
+    float userStarRating() const;
+    float starRating() const;
+    // Logs its own name and gives no image.
+    QImage coverArtForBookmarkTimeInMS(int ms) const;
 
     // Keys the playback position cache; stable across runs, processes and machines.
     qint32 assetIdInt() const;

@@ -7,15 +7,15 @@
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/FileSystem.h"
-#include "vtvplugin/platform/HomeFolder.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/screens/ScreenResources.h"
 #include "vtvplugin/screens/VireoConfigController.h"
+#include "vtvplugin/store/LibraryFormat.h"
+#include "vtvplugin/store/LibraryPaths.h"
 
 #include <QUrl>
 
 #include <algorithm>
-#include <array>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,45 +24,6 @@ namespace {
 
 constexpr qint32 kInitialAssetSlots = 16;
 constexpr qsizetype kInitialFolderCapacity = 4;
-
-// Matched exactly: "MOV" is not a movie, "mov" is.
-constexpr std::array<QLatin1StringView, 22> kMovieExtensions { QLatin1StringView("m4v"),
-    QLatin1StringView("3gp"), QLatin1StringView("m3u"), QLatin1StringView("pls"),
-    QLatin1StringView("divx"), QLatin1StringView("xvid"), QLatin1StringView("avi"),
-    QLatin1StringView("mov"), QLatin1StringView("wmv"), QLatin1StringView("asx"),
-    QLatin1StringView("asf"), QLatin1StringView("ogm"), QLatin1StringView("mpg"),
-    QLatin1StringView("mpeg"), QLatin1StringView("mp4"), QLatin1StringView("mkv"),
-    QLatin1StringView("avc"), QLatin1StringView("flv"), QLatin1StringView("dv"),
-    QLatin1StringView("fli"), QLatin1StringView("m2v"), QLatin1StringView("ts") };
-
-QString moviesFolder()
-{
-    return HomeFolder::path() + QStringLiteral("/Movies");
-}
-
-// Where the extension's dot is, -1 for none. A leading dot starts a hidden name, not
-// an extension.
-qsizetype extensionDot(const QString& name)
-{
-    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    return dot > 0 ? dot : -1;
-}
-
-bool isMovieName(const QString& name)
-{
-    const qsizetype dot = extensionDot(name);
-    if (dot < 0)
-        return false;
-    const QStringView extension = QStringView(name).mid(dot + 1);
-    return std::any_of(kMovieExtensions.begin(), kMovieExtensions.end(),
-        [extension](QLatin1StringView known) { return extension == known; });
-}
-
-QString withoutExtension(const QString& name)
-{
-    const qsizetype dot = extensionDot(name);
-    return dot < 0 ? name : name.left(dot);
-}
 
 QString lastPathComponent(QString path)
 {
@@ -92,7 +53,7 @@ void takeFolderVerdict(const QString& path, bool& isFolder)
 } // namespace
 
 VireoApplianceController::VireoApplianceController(shell::Scene& scene)
-    : VireoApplianceController(scene, moviesFolder(), false, true)
+    : VireoApplianceController(scene, LibraryPaths::moviesFolder(), false, true)
 {
 }
 
@@ -105,7 +66,7 @@ VireoApplianceController::VireoApplianceController(
 VireoApplianceController::VireoApplianceController(
     shell::Scene& scene, const QString& directory, bool initDone, bool isMainMenu)
     : shell::MediaMenuController(scene)
-    , m_pDirectory(directory.isNull() ? moviesFolder() : directory)
+    , m_pDirectory(directory.isNull() ? LibraryPaths::moviesFolder() : directory)
     , m_bShowTrailers(isMainMenu)
     , m_bIsMainMenu(isMainMenu)
     , m_nLastSyncTime(getLastSyncTimeForAllPairs())
@@ -144,7 +105,7 @@ QString VireoApplianceController::titleForRow(long row)
     case RowKind::Folder:
         return lastPathComponent(m_pDirectoryList.at(row));
     case RowKind::Movie:
-        return withoutExtension(m_pFileList->at(row - folderCount()));
+        return LibraryPaths::withoutLastSuffix(m_pFileList->at(row - folderCount()));
     case RowKind::Settings:
         return QStringLiteral("Settings");
     case RowKind::None:
@@ -310,7 +271,7 @@ void VireoApplianceController::sortEntries(const QStringList& entries)
     QStringList movies;
     bool isFolder = false;
     for (const QString& name : entries) {
-        if (isMovieName(name))
+        if (LibraryFormat::isMovieFileName(name))
             movies.append(name);
         const QString path = m_pDirectory + QLatin1Char('/') + name;
         takeFolderVerdict(path, isFolder);

@@ -1,7 +1,5 @@
 #include "vtvplugin/store/LibraryFormat.h"
 
-#include <QStringList>
-
 #include <algorithm>
 
 bool LibraryFormat::isValidPairID(const QString& pairID)
@@ -17,11 +15,45 @@ bool LibraryFormat::isWellFormedPairID(const QString& pairID)
         && std::all_of(pairID.cbegin(), pairID.cend(), letterOrDigit);
 }
 
-bool LibraryFormat::isReservedMovieSuffix(const QString& suffix)
+const QStringList& LibraryFormat::movieExtensions()
 {
-    static const QStringList reserved
-        = { QStringLiteral("xml"), QStringLiteral("png"), QStringLiteral("plist") };
-    return reserved.contains(suffix, Qt::CaseInsensitive);
+    static const QStringList extensions { QStringLiteral("m4v"), QStringLiteral("3gp"),
+        QStringLiteral("m3u"), QStringLiteral("pls"), QStringLiteral("divx"),
+        QStringLiteral("xvid"), QStringLiteral("avi"), QStringLiteral("mov"), QStringLiteral("wmv"),
+        QStringLiteral("asx"), QStringLiteral("asf"), QStringLiteral("ogm"), QStringLiteral("mpg"),
+        QStringLiteral("mpeg"), QStringLiteral("mp4"), QStringLiteral("mkv"), QStringLiteral("avc"),
+        QStringLiteral("flv"), QStringLiteral("dv"), QStringLiteral("fli"), QStringLiteral("m2v"),
+        QStringLiteral("ts") };
+    return extensions;
+}
+
+bool LibraryFormat::isMovieExtension(QStringView extension)
+{
+    return movieExtensions().contains(extension, Qt::CaseSensitive);
+}
+
+bool LibraryFormat::isMovieFileName(const QString& name)
+{
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot > 0 && isMovieExtension(QStringView(name).mid(dot + 1));
+}
+
+QString LibraryFormat::metadataPathFor(const QString& moviePath)
+{
+    return withExtension(moviePath, kMetadataExtension);
+}
+
+QString LibraryFormat::coverPathFor(const QString& moviePath)
+{
+    return withExtension(moviePath, kCoverExtension);
+}
+
+QString LibraryFormat::withExtension(const QString& path, QLatin1String extension)
+{
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    const QString stem = dot > slash + 1 ? path.left(dot) : path;
+    return stem + QLatin1Char('.') + extension;
 }
 
 bool LibraryFormat::isReservedIdentifier(const QString& identifier)

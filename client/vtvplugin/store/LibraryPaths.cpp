@@ -13,19 +13,29 @@ QString LibraryPaths::home()
     return HomeFolder::path();
 }
 
+QString LibraryPaths::vireoFolder()
+{
+    return home() + QLatin1Char('/') + LibraryFormat::kVireoFolder;
+}
+
+QString LibraryPaths::moviesFolder()
+{
+    return home() + QLatin1Char('/') + LibraryFormat::kMoviesFolder;
+}
+
 QString LibraryPaths::vireoRoot()
 {
-    return home() + QStringLiteral("/Vireo/");
+    return vireoFolder() + QLatin1Char('/');
 }
 
 QString LibraryPaths::moviesRoot()
 {
-    return home() + QStringLiteral("/Movies/");
+    return moviesFolder() + QLatin1Char('/');
 }
 
 QString LibraryPaths::pairFolder(const QString& pairID)
 {
-    return home() + QStringLiteral("/Vireo/") + pairID;
+    return vireoRoot() + pairID;
 }
 
 QString LibraryPaths::configPath(const QString& pairID)
@@ -60,7 +70,7 @@ bool LibraryPaths::isInsideLibrary(const QString& path)
 
 QStringList LibraryPaths::roots()
 {
-    return { home() + QStringLiteral("/Vireo"), home() + QStringLiteral("/Movies") };
+    return { vireoFolder(), moviesFolder() };
 }
 
 bool LibraryPaths::rootsAreSafe()

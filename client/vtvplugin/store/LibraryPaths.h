@@ -12,6 +12,9 @@ public:
 
     // The home folder (see HomeFolder), without a trailing "/".
     static QString home();
+    // HOME + "/Vireo" and HOME + "/Movies", without a trailing "/".
+    static QString vireoFolder();
+    static QString moviesFolder();
     // HOME + "/Vireo/": holds only pair folders.
     static QString vireoRoot();
     // HOME + "/Movies/": the movie folder the box's browser shows.
@@ -24,7 +27,7 @@ public:
     // HOME + "/Vireo/" + "vireocache.plist".
     static QString cachePath();
 
-    // The two library roots, HOME + "/Vireo" and HOME + "/Movies", without a trailing "/".
+    // The two library roots, vireoFolder() and moviesFolder().
     static QStringList roots();
 
     // Absolute, cleaned form of the pair folder: what link targets are compared with.

@@ -4,6 +4,7 @@
 #include "vtvplugin/platform/BoundedText.h"
 #include "vtvplugin/platform/TextNumber.h"
 #include "vtvplugin/platform/VtvLog.h"
+#include "vtvplugin/trailers/TrailerMediaNames.h"
 
 #include <QUrl>
 
@@ -185,7 +186,7 @@ void TrailerFeedParser::takeVideo()
         return;
     }
     // The service names the stream without its container suffix.
-    const QUrl url(m_pTrailerURL + QStringLiteral("x.flv"));
+    const QUrl url(TrailerMediaNames::stream(m_pTrailerURL));
     // The asset appends its own file name to the thumbnail text it is given, so it gets
     // a copy of its own.
     QString thumbnail = m_pThumbnailURL;

@@ -2,17 +2,14 @@
 
 #include "toolkit/media/MediaType.h"
 
-#include <QDateTime>
 #include <QImage>
 #include <QString>
 #include <QStringList>
 
-#include <optional>
-
 namespace shell {
 
-// What the shell's previews and video player ask of one piece of media. An absent
-// answer is a null QString, an empty list, an empty optional or a null QImage.
+// What the shell's previews and video player ask of one piece of media, and no more.
+// An absent answer is a null QString, an empty list or a null QImage.
 // Getters that fill caches lazily stay const for the caller.
 class MediaAsset {
 public:
@@ -20,9 +17,8 @@ public:
 
     virtual MediaType mediaType() const = 0;
 
-    // Descriptive texts.
+    // Descriptive texts, as the preview shows them.
     virtual QString title() const = 0;
-    virtual QString titleForSorting() const = 0;
     virtual QString mediaDescription() const = 0;
     virtual QString mediaSummary() const = 0;
     virtual QString description() const = 0;
@@ -30,46 +26,21 @@ public:
     virtual QStringList cast() const = 0;
     virtual QStringList directors() const = 0;
     virtual QStringList producers() const = 0;
-    virtual QString artist() const = 0;
-    virtual QString artistForSorting() const = 0;
-    virtual QString primaryGenre() const = 0;
-    virtual QStringList genres() const = 0;
-    virtual QString seriesName() const = 0;
-    virtual QString broadcaster() const = 0;
-    virtual QString episodeNumber() const = 0;
-    virtual QString rating() const = 0;
-    virtual QString publisher() const = 0;
-    virtual QString composer() const = 0;
-    virtual std::optional<QDateTime> dateAcquired() const = 0;
-    virtual std::optional<QDateTime> datePublished() const = 0;
-    virtual int season() const = 0;
-    virtual int episode() const = 0;
-    virtual int performanceCount() const = 0;
-    virtual float userStarRating() const = 0;
-    virtual float starRating() const = 0;
 
     // Running time in seconds, 0 when unknown.
     virtual int duration() const = 0;
 
-    // Where the media is and how to identify it.
+    // Where the media is.
     virtual QString mediaURL() const = 0;
     virtual bool hasVideoContent() const = 0;
-    virtual bool isLocal() const = 0;
-    virtual QString assetID() const = 0;
 
     // Artwork.
     virtual QString previewURL() const = 0;
-    virtual QString coverArtID() const = 0;
     virtual QImage coverArt() const = 0;
-    virtual bool hasCoverArt() const = 0;
-    virtual QImage coverArtForBookmarkTimeInMS(int ms) const = 0;
 
     // Resume.
-    virtual int startTimeInSeconds() const = 0;
-    virtual int startTimeInMS() const = 0;
     virtual bool hasBeenPlayed() const = 0;
     virtual int bookmarkTimeInMS() const = 0;
-    virtual int bookmarkTimeInSeconds() const = 0;
     virtual void setBookmarkTimeInMS(int ms) = 0;
     virtual void setHasBeenPlayed(bool played) = 0;
     // The running time the player found in the media, in ms; the player tells it

@@ -36,14 +36,6 @@ int XmlMediaAsset::intValue(const char* key) const
     return m_values.value(QLatin1String(key)).toInt();
 }
 
-std::optional<QDateTime> XmlMediaAsset::dateValue(const char* key) const
-{
-    const QDateTime when = m_values.value(QLatin1String(key)).toDateTime();
-    if (!when.isValid())
-        return std::nullopt;
-    return when;
-}
-
 MediaType XmlMediaAsset::mediaType() const
 {
     const QVariant type = value(QStringLiteral("mediaType"));
@@ -53,12 +45,6 @@ MediaType XmlMediaAsset::mediaType() const
 QString XmlMediaAsset::title() const
 {
     return stringValue("title");
-}
-
-QString XmlMediaAsset::titleForSorting() const
-{
-    const QString sorting = stringValue("titleForSorting");
-    return sorting.isNull() ? title() : sorting;
 }
 
 QString XmlMediaAsset::mediaDescription() const
@@ -89,76 +75,7 @@ QStringList XmlMediaAsset::producers() const
 {
     return listValue("producers");
 }
-QString XmlMediaAsset::artist() const
-{
-    return stringValue("artist");
-}
-QString XmlMediaAsset::artistForSorting() const
-{
-    return stringValue("artistForSorting");
-}
-QString XmlMediaAsset::primaryGenre() const
-{
-    return stringValue("primaryGenre");
-}
-QStringList XmlMediaAsset::genres() const
-{
-    return listValue("genres");
-}
-QString XmlMediaAsset::seriesName() const
-{
-    return stringValue("seriesName");
-}
-QString XmlMediaAsset::broadcaster() const
-{
-    return stringValue("broadcaster");
-}
-QString XmlMediaAsset::episodeNumber() const
-{
-    return stringValue("episodeNumber");
-}
-QString XmlMediaAsset::rating() const
-{
-    return stringValue("rating");
-}
-QString XmlMediaAsset::publisher() const
-{
-    return stringValue("publisher");
-}
-QString XmlMediaAsset::composer() const
-{
-    return stringValue("composer");
-}
-std::optional<QDateTime> XmlMediaAsset::dateAcquired() const
-{
-    return dateValue("dateAcquired");
-}
-std::optional<QDateTime> XmlMediaAsset::datePublished() const
-{
-    return dateValue("datePublished");
-}
-int XmlMediaAsset::season() const
-{
-    return intValue("season");
-}
-int XmlMediaAsset::episode() const
-{
-    return intValue("episode");
-}
-int XmlMediaAsset::performanceCount() const
-{
-    return intValue("performanceCount");
-}
 
-float XmlMediaAsset::userStarRating() const
-{
-    return value(QStringLiteral("userStarRating")).toFloat();
-}
-
-float XmlMediaAsset::starRating() const
-{
-    return value(QStringLiteral("starRating")).toFloat();
-}
 int XmlMediaAsset::duration() const
 {
     return intValue("duration");
@@ -172,26 +89,9 @@ bool XmlMediaAsset::hasVideoContent() const
     return !mediaURL().isEmpty();
 }
 
-bool XmlMediaAsset::isLocal() const
-{
-    return QUrl(mediaURL()).isLocalFile();
-}
-
-QString XmlMediaAsset::assetID() const
-{
-    const QString id = stringValue("assetID");
-    return id.isNull() ? mediaURL() : id;
-}
-
 QString XmlMediaAsset::previewURL() const
 {
     return stringValue("previewURL");
-}
-
-QString XmlMediaAsset::coverArtID() const
-{
-    const QString id = stringValue("coverArtID");
-    return id.isNull() ? previewURL() : id;
 }
 
 QImage XmlMediaAsset::coverArt() const
@@ -211,23 +111,6 @@ QImage XmlMediaAsset::coverArt() const
     return defaultImageForMediaType(mediaType());
 }
 
-bool XmlMediaAsset::hasCoverArt() const
-{
-    return value(QStringLiteral("coverArt")).isValid() || !previewURL().isEmpty();
-}
-
-QImage XmlMediaAsset::coverArtForBookmarkTimeInMS(int) const
-{
-    return {};
-}
-int XmlMediaAsset::startTimeInSeconds() const
-{
-    return startTimeInMS() / 1000;
-}
-int XmlMediaAsset::startTimeInMS() const
-{
-    return intValue("startTimeInMS");
-}
 bool XmlMediaAsset::hasBeenPlayed() const
 {
     return value(QStringLiteral("hasBeenPlayed")).toBool();
@@ -235,10 +118,6 @@ bool XmlMediaAsset::hasBeenPlayed() const
 int XmlMediaAsset::bookmarkTimeInMS() const
 {
     return intValue("bookmarkTimeInMS");
-}
-int XmlMediaAsset::bookmarkTimeInSeconds() const
-{
-    return bookmarkTimeInMS() / 1000;
 }
 
 void XmlMediaAsset::setBookmarkTimeInMS(int ms)

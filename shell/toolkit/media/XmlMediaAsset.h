@@ -21,7 +21,6 @@ public:
     MediaType mediaType() const override;
 
     QString title() const override;
-    QString titleForSorting() const override;
     QString mediaDescription() const override;
     QString mediaSummary() const override;
     QString description() const override;
@@ -29,45 +28,18 @@ public:
     QStringList cast() const override;
     QStringList directors() const override;
     QStringList producers() const override;
-    QString artist() const override;
-    QString artistForSorting() const override;
-    QString primaryGenre() const override;
-    QStringList genres() const override;
-    QString seriesName() const override;
-    QString broadcaster() const override;
-    QString episodeNumber() const override;
-    QString rating() const override;
-    QString publisher() const override;
-    QString composer() const override;
-    std::optional<QDateTime> dateAcquired() const override;
-    std::optional<QDateTime> datePublished() const override;
-    int season() const override;
-    int episode() const override;
-    int performanceCount() const override;
-    float userStarRating() const override;
-    float starRating() const override;
     int duration() const override;
 
     QString mediaURL() const override;
     bool hasVideoContent() const override;
-    // True when the media URL is a local file.
-    bool isLocal() const override;
-    QString assetID() const override;
 
     QString previewURL() const override;
-    // The "coverArtID" value, else the preview URL (unique per cover).
-    QString coverArtID() const override;
     // The "coverArt" image, else the decoded local preview file, else the default
     // image of the media type (remote previews are fetched by the front end).
     QImage coverArt() const override;
-    bool hasCoverArt() const override;
-    QImage coverArtForBookmarkTimeInMS(int ms) const override;
 
-    int startTimeInSeconds() const override;
-    int startTimeInMS() const override;
     bool hasBeenPlayed() const override;
     int bookmarkTimeInMS() const override;
-    int bookmarkTimeInSeconds() const override;
     void setBookmarkTimeInMS(int ms) override;
     void setHasBeenPlayed(bool played) override;
 
@@ -81,7 +53,6 @@ private:
     QString stringValue(const char* key) const;
     QStringList listValue(const char* key) const;
     int intValue(const char* key) const;
-    std::optional<QDateTime> dateValue(const char* key) const;
 
     QHash<QString, QVariant> m_values;
     mutable QImage m_decodedPreview;
