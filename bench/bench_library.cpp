@@ -221,7 +221,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     // The title clash is logged on every run otherwise.
-    QLoggingCategory::setFilterRules(QStringLiteral("vireo.library.debug=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("vireo.appliance.library.debug=false"));
 
     const auto trees = std::make_unique<Trees>();
     if (!trees->valid())
