@@ -6,9 +6,9 @@
 // The trees are made in a temporary folder at start and removed at the end. After the
 // runs the ratios are printed against their goals (1.3x and 1.2x).
 
+#include "foundation/HomeFolder.h"
 #include "vtvplugin/library/DiskUsage.h"
 #include "vtvplugin/library/JUtils.h"
-#include "vtvplugin/platform/HomeFolder.h"
 
 #include "RatioReporter.h"
 
@@ -221,7 +221,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     // The title clash is logged on every run otherwise.
-    QLoggingCategory::setFilterRules(QStringLiteral("vireo.library.debug=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("vireo.appliance.library.debug=false"));
 
     const auto trees = std::make_unique<Trees>();
     if (!trees->valid())

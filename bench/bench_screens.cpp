@@ -6,8 +6,8 @@
 // is made in a temporary folder at start and removed at the end. After the runs the
 // ratios are printed against their goal (1.5x).
 
+#include "foundation/HomeFolder.h"
 #include "toolkit/scene/Scene.h"
-#include "vtvplugin/platform/HomeFolder.h"
 #include "vtvplugin/screens/VireoApplianceController.h"
 
 #include "RatioReporter.h"

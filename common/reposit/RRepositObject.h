@@ -93,7 +93,7 @@ private:
     quint64 m_setCols = 0;
     quint32 m_nModifiedVersion = 0;
     quint32 m_nSavedVersion = 0;
-    quint32 m_nSavingVersion = 0;   // 0: no save under way
+    quint32 m_nSavingVersion = 0; // 0: no save under way
     quint64 m_modifiedCols = 0;
     quint64 m_savingCols = 0;
 };

@@ -3,8 +3,8 @@
 #include "BoundedImage.h"
 #include "ShellLog.h"
 
-#include "vtvplugin/platform/BoundedFile.h"
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/BoundedFile.h"
+#include "foundation/FileSystem.h"
 
 namespace mediashell {
 

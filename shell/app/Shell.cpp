@@ -14,13 +14,13 @@
 #include "video/MpvVideoItem.h"
 #include "video/MpvVideoPlayer.h"
 
+#include "foundation/HomeFolder.h"
 #include "toolkit/appliance/ApplianceLoader.h"
 #include "toolkit/appliance/NotificationCenter.h"
 #include "toolkit/player/VideoPlayerFactory.h"
 #include "toolkit/scene/Scene.h"
 #include "toolkit/stack/ControllerStack.h"
 #include "toolkit/stack/Sentinel.h"
-#include "vtvplugin/platform/HomeFolder.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #include "TempHome.h"
 
-#include "vtvplugin/platform/HomeFolder.h"
+#include "foundation/HomeFolder.h"
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -1,8 +1,8 @@
 #include "VireoCtlFixture.h"
 
-#include "PlistHelpers.h"
+#include "PlistBytes.h"
 
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/FileSystem.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -430,7 +430,7 @@ TEST_F(VireoCtlCommands, LinksInTheLibraryAreReplacedNeverWrittenThrough)
 TEST_F(VireoCtlCommands, UnreadableFilesNeitherStopTheToolNorGetLost)
 {
     pair(kPairA, QStringLiteral("Den"));
-    writeFile(pairDir(kPairA) + QStringLiteral("/vireo.plist"), PlistHelpers::nestedBinary(250000));
+    writeFile(pairDir(kPairA) + QStringLiteral("/vireo.plist"), PlistBytes::nestedBinary(250000));
     CtlOutcome o = ctl({ QStringLiteral("--json"), QStringLiteral("pairs") });
     ASSERT_EQ(o.status, 0);
     EXPECT_TRUE(o.json().array().at(0).toObject().value(QStringLiteral("name")).isNull());

@@ -1,3 +1,3 @@
 #include "FeeddLog.h"
 
-Q_LOGGING_CATEGORY(lcFeedd, "vireo.feedd")
+Q_LOGGING_CATEGORY(lcFeedd, "vireo.tools.feedd")

@@ -2,13 +2,13 @@
 
 #include "ScreenText.h"
 
+#include "foundation/HomeFolder.h"
 #include "toolkit/player/SimulatedVideoPlayer.h"
 #include "toolkit/player/VideoPlayerController.h"
 #include "toolkit/scene/Scene.h"
 #include "toolkit/stack/ControllerStack.h"
 #include "toolkit/stack/ScriptParser.h"
 #include "vtvplugin/appliance/VireoAppliance.h"
-#include "vtvplugin/platform/HomeFolder.h"
 
 #include <QCommandLineParser>
 #include <QDir>

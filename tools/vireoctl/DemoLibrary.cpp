@@ -6,8 +6,8 @@
 #include "StagedCopy.h"
 #include "VireoCtlLog.h"
 
+#include "foundation/FileSystem.h"
 #include "vtvplugin/library/JUtils.h"
-#include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PairConfig.h"

@@ -3,10 +3,10 @@
 #include "StagedCopy.h"
 #include "VireoCtlLog.h"
 
+#include "foundation/FileSystem.h"
 #include "vtvplugin/library/JUtils.h"
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
-#include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PairConfig.h"

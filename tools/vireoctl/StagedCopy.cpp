@@ -2,7 +2,7 @@
 
 #include "VireoCtlLog.h"
 
-#include "vtvplugin/platform/HomeFolder.h"
+#include "foundation/HomeFolder.h"
 
 #include <QFile>
 

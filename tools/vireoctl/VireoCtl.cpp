@@ -9,8 +9,8 @@
 #include "PlaybackCacheAdmin.h"
 #include "TrailerReport.h"
 
+#include "foundation/HomeFolder.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
-#include "vtvplugin/platform/HomeFolder.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 

@@ -1,3 +1,3 @@
 #include "VireoCtlLog.h"
 
-Q_LOGGING_CATEGORY(lcVireoCtl, "vireo.ctl")
+Q_LOGGING_CATEGORY(lcVireoCtl, "vireo.tools.vireoctl")

@@ -5,6 +5,7 @@
 #include "toolkit/stack/LayerController.h"
 #include "toolkit/stack/Sentinel.h"
 #include "vtvplugin/appliance/ApplianceConfig.h"
+#include "vtvplugin/screens/ScreenResources.h"
 #include "vtvplugin/screens/VireoApplianceController.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
@@ -49,7 +50,7 @@ QString VireoAppliance::moduleIconName() const
 
 const shell::Bundle& VireoAppliance::bundle() const
 {
-    return ApplianceConfig::bundle();
+    return ScreenResources::bundle();
 }
 
 std::unique_ptr<shell::LayerController> VireoAppliance::applianceControllerWithScene(

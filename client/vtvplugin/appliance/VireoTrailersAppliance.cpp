@@ -28,7 +28,7 @@ QString VireoTrailersAppliance::moduleIconName() const
 
 const shell::Bundle& VireoTrailersAppliance::bundle() const
 {
-    return ApplianceConfig::trailersBundle();
+    return VireoTrailerListsController::bundle();
 }
 
 std::unique_ptr<shell::LayerController> VireoTrailersAppliance::applianceControllerWithScene(

@@ -1,7 +1,7 @@
 #include "vtvplugin/library/DiskUsage.h"
 
-#include "vtvplugin/platform/DirHandle.h"
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/DirHandle.h"
+#include "foundation/FileSystem.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,9 +1,9 @@
 #include "vtvplugin/library/JUtils.h"
 
+#include "foundation/HomeFolder.h"
 #include "vtvplugin/library/DeviceFacts.h"
 #include "vtvplugin/library/DiskUsage.h"
 #include "vtvplugin/platform/DeviceRegistry.h"
-#include "vtvplugin/platform/HomeFolder.h"
 
 QString JUtils::homePath()
 {

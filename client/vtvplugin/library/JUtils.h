@@ -13,7 +13,7 @@ class DeviceRegistry;
 // The library's utility functions under the names the screens and tools know, over
 // the classes that do the work: PairFolders (the folder tree and its links),
 // LinkMaintenance (making, moving and removing links; unpairing), DiskUsage and
-// DeviceFacts. Everything reports through the "vireo.library" log and return values;
+// DeviceFacts. Everything reports through the "vireo.appliance.library" log and return values;
 // nothing throws.
 //
 // Strings are QString throughout, so the old conversions to and from platform

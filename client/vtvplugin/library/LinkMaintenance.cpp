@@ -1,7 +1,7 @@
 #include "vtvplugin/library/LinkMaintenance.h"
 
+#include "foundation/FileSystem.h"
 #include "vtvplugin/library/PairFolders.h"
-#include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"

@@ -1,7 +1,7 @@
 #include "vtvplugin/library/PairFolders.h"
 
-#include "vtvplugin/platform/DirHandle.h"
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/DirHandle.h"
+#include "foundation/FileSystem.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"

@@ -1,8 +1,8 @@
 #include "vtvplugin/media/MetadataReader.h"
 
-#include "vtvplugin/platform/BoundedFile.h"
+#include "foundation/BoundedFile.h"
+#include "foundation/FileSystem.h"
 #include "vtvplugin/platform/BoundedText.h"
-#include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/TextNumber.h"
 #include "vtvplugin/platform/VtvLog.h"
 

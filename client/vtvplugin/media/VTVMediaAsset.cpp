@@ -1,8 +1,8 @@
 #include "vtvplugin/media/VTVMediaAsset.h"
 
+#include "foundation/BoundedFile.h"
+#include "foundation/FileSystem.h"
 #include "vtvplugin/media/MetadataReader.h"
-#include "vtvplugin/platform/BoundedFile.h"
-#include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"

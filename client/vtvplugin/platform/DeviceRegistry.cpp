@@ -1,6 +1,6 @@
 #include "vtvplugin/platform/DeviceRegistry.h"
 
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/FileSystem.h"
 
 #include <QDir>
 #include <QFile>

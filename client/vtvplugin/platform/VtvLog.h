@@ -2,8 +2,8 @@
 
 #include <QLoggingCategory>
 
-// Every log category of the appliance library, one per area. Turn them on with
-// QT_LOGGING_RULES="vireo.*.debug=true".
+// Every log category of the appliance library, one per area, all named
+// "vireo.appliance.*". Turn them on with QT_LOGGING_RULES="vireo.appliance.*.debug=true".
 
 // Reading and writing files of the library: special files, sizes, links in the way.
 Q_DECLARE_LOGGING_CATEGORY(lcFiles)

@@ -1,7 +1,7 @@
 #include "vtvplugin/store/LibraryPaths.h"
 
-#include "vtvplugin/platform/FileSystem.h"
-#include "vtvplugin/platform/HomeFolder.h"
+#include "foundation/FileSystem.h"
+#include "foundation/HomeFolder.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 

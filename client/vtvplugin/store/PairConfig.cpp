@@ -1,6 +1,6 @@
 #include "vtvplugin/store/PairConfig.h"
 
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/FileSystem.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"

@@ -1,6 +1,6 @@
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
-#include "vtvplugin/platform/BoundedFile.h"
+#include "foundation/BoundedFile.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"

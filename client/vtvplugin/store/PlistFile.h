@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vtvplugin/platform/BoundedFile.h"
+#include "foundation/BoundedFile.h"
 
 #include <QString>
 #include <QVariantMap>

@@ -5,7 +5,7 @@
 #include "video/MpvLog.h"
 #include "video/MpvProperties.h"
 
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/FileSystem.h"
 
 #include <QUrl>
 

@@ -4,10 +4,10 @@
 
 #include "LibraryFixture.h"
 
+#include "foundation/FileSystem.h"
 #include "vtvplugin/library/JUtils.h"
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
-#include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/platform/PlistCodec.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PairConfig.h"

@@ -1,10 +1,11 @@
 #include "LibraryFixture.h"
+#include "PlistBytes.h"
 
+#include "foundation/BoundedFile.h"
+#include "foundation/HomeFolder.h"
 #include "vtvplugin/media/MetadataReader.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
-#include "vtvplugin/platform/BoundedFile.h"
 #include "vtvplugin/platform/BoundedText.h"
-#include "vtvplugin/platform/HomeFolder.h"
 #include "vtvplugin/platform/PlistPrecheck.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
@@ -321,7 +322,7 @@ TEST_F(MediaLibraryTest, aCacheThatCannotBeReadIsNeverWrittenOver)
         { "garbage", [] { writeFile(cachePath(), "garbage"); } },
         { "FIFO", [] { makeFifo(cachePath()); } },
         { "nested too deep",
-            [] { writeFile(cachePath(), PlistHelpers::nestedXml(PlistPrecheck::kMaxDepth + 1)); } },
+            [] { writeFile(cachePath(), PlistBytes::nestedXml(PlistPrecheck::kMaxDepth + 1)); } },
     };
     for (const auto& [name, make] : rows) {
         QFile::remove(cachePath());

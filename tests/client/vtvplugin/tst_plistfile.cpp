@@ -1,4 +1,5 @@
 #include "LibraryFixture.h"
+#include "PlistBytes.h"
 
 #include "vtvplugin/platform/PlistCodec.h"
 #include "vtvplugin/platform/PlistPrecheck.h"
@@ -170,7 +171,7 @@ TEST_F(PlistFileTest, hostileBinaryFilesNeitherAbortNorMisread)
 // tree, and copies a shared container once per reference: such lists never reach it.
 TEST_F(PlistFileTest, nestingPastTheBoundIsRefusedBeforeLibplistReadsIt)
 {
-    using H = PlistHelpers;
+    using H = PlistBytes;
     const int bound = PlistPrecheck::kMaxDepth;
     // `text` inside the innermost array of a list nested `depth` deep.
     const auto innermost = [](int depth, const char* text) {

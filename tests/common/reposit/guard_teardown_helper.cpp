@@ -20,7 +20,8 @@ int main()
         RRepositObject::changeGuard(&guards[1], &object);
         RRepositObject::removeGuard(&guards[2]);
         const auto state = [](const RObject* slot) { return slot ? "kept" : "null"; };
-        std::printf("teardown: add=%s change=%s remove=%s\n", state(guards[0]), state(guards[1]), state(guards[2]));
+        std::printf("teardown: add=%s change=%s remove=%s\n", state(guards[0]), state(guards[1]),
+            state(guards[2]));
     });
 
     std::vector<RObject*> guarded(4);
@@ -36,6 +37,8 @@ int main()
             });
         }
     }
-    std::printf("race: %s\n", std::ranges::count(guarded, nullptr) == std::ssize(guarded) ? "one registry" : "guards lost");
+    std::printf("race: %s\n",
+        std::ranges::count(guarded, nullptr) == std::ssize(guarded) ? "one registry"
+                                                                    : "guards lost");
     return 0;
 }

@@ -12,7 +12,7 @@ int main(int argc, char** argv)
     std::puts("ready");
     char line[64];
     while (std::fflush(stdout) == 0 && std::fgets(line, sizeof line, stdin)) {
-        struct flock record {};
+        struct flock record { };
         record.l_whence = SEEK_SET;
         record.l_type = line[0] == 'r' ? F_RDLCK : line[0] == 'w' ? F_WRLCK : F_UNLCK;
         std::puts(fcntl(fd, F_SETLK, &record) == 0 ? "ok" : "busy");

@@ -49,10 +49,11 @@ TEST_F(LockedFileTest, FailuresWarnAndHeldModeIsAnsweredWithoutAskingTheSystem)
     EXPECT_FALSE(m_file.lock(QtLockedFile::WriteLock, false));
     EXPECT_EQ(m_file.lockMode(), QtLockedFile::NoLock);
 
-    EXPECT_EQ(g_warnings.join(u'|').toStdString(), "QtLockedFile::lock(): file is not opened|"
-                                                   "QtLockedFile::lock(): file is not opened|"
-                                                   "QtLockedFile::unlock(): file is not opened|"
-                                                   "QtLockedFile::lock(): fcntl: Bad file descriptor");
+    EXPECT_EQ(g_warnings.join(u'|').toStdString(),
+        "QtLockedFile::lock(): file is not opened|"
+        "QtLockedFile::lock(): file is not opened|"
+        "QtLockedFile::unlock(): file is not opened|"
+        "QtLockedFile::lock(): fcntl: Bad file descriptor");
 }
 
 TEST_F(LockedFileTest, SharesAndWaitsWithAnotherProcess)
@@ -64,7 +65,8 @@ TEST_F(LockedFileTest, SharesAndWaitsWithAnotherProcess)
     EXPECT_FALSE(m_file.lock(QtLockedFile::ReadLock, false));
     EXPECT_EQ(m_file.lockMode(), QtLockedFile::NoLock);
 
-    auto locked = std::async(std::launch::async, [this] { return m_file.lock(QtLockedFile::WriteLock); });
+    auto locked
+        = std::async(std::launch::async, [this] { return m_file.lock(QtLockedFile::WriteLock); });
     EXPECT_EQ(locked.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
     EXPECT_EQ(ask("unlock"), "ok");
     EXPECT_TRUE(locked.get());

@@ -10,13 +10,24 @@ struct Parent : RRepositObject {
     QList<RRepositObject*> children;
     bool answer = true;
     int clearModifiedCalls = 0;
-    bool getAllChildObjects(QList<RRepositObject*>& out) override { out = children; return answer; }
-    void clearAllModifiedCols(bool recursive) override { ++clearModifiedCalls; RRepositObject::clearAllModifiedCols(recursive); }
+    bool getAllChildObjects(QList<RRepositObject*>& out) override
+    {
+        out = children;
+        return answer;
+    }
+    void clearAllModifiedCols(bool recursive) override
+    {
+        ++clearModifiedCalls;
+        RRepositObject::clearAllModifiedCols(recursive);
+    }
 };
 
 TEST(Columns, NumbersOneToSixtyFourMapToBits)
 {
-    const struct { unsigned int col; bool inRange; } rows[] = { { 0, false }, { 1, true }, { 64, true }, { 65, false } };
+    const struct {
+        unsigned int col;
+        bool inRange;
+    } rows[] = { { 0, false }, { 1, true }, { 64, true }, { 65, false } };
     for (const auto& [col, inRange] : rows) {
         RRepositObject object;
         object.setCol(col);

@@ -193,7 +193,7 @@ protected:
     {
         ASSERT_TRUE(s_error.isEmpty()) << qPrintable(s_error);
         ASSERT_TRUE(m_dir.isValid());
-        for (const char* folder : { "home", "config", "runtime", "shots" })
+        for (const char* folder : { "home", "user", "config", "runtime", "shots" })
             ASSERT_TRUE(QDir(m_dir.path()).mkpath(QLatin1String(folder)));
         QFile::setPermissions(path("runtime"),
             QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
@@ -220,7 +220,9 @@ protected:
         env.insert("ASAN_OPTIONS", asan.isEmpty() ? "detect_leaks=0" : asan + ":detect_leaks=0");
         // The simulated player: these runs check the shell, not libmpv.
         env.insert("MEDIASHELL_VIDEO", "simulated");
-        env.insert("HOME", home());
+        // The user's own home is another, empty folder: the library the shell and its
+        // plugins show can only come from --home.
+        env.insert("HOME", path("user"));
         env.insert("XDG_CONFIG_HOME", path("config"));
         env.insert("XDG_RUNTIME_DIR", path("runtime"));
         return env;

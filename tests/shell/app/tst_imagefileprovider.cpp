@@ -2,7 +2,7 @@
 // through must answer at once, whatever the file turns out to be.
 #include "ImageFileProvider.h"
 
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/FileSystem.h"
 
 #include <gtest/gtest.h>
 

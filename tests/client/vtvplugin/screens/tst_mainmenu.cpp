@@ -1,5 +1,6 @@
 #include "../LibraryFixture.h"
 
+#include "foundation/FileSystem.h"
 #include "toolkit/appliance/ApplianceLoader.h"
 #include "toolkit/appliance/NotificationCenter.h"
 #include "toolkit/media/MediaPreviewController.h"
@@ -14,7 +15,6 @@
 #include "vtvplugin/appliance/VireoAppliance.h"
 #include "vtvplugin/library/JUtils.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
-#include "vtvplugin/platform/FileSystem.h"
 #include "vtvplugin/screens/VireoApplianceController.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
@@ -401,7 +401,7 @@ TEST_F(MainMenuTest, PreviewsOfFolderMovieAndSettingsRows)
     EXPECT_EQ(asset->mediaURL(), u"qrc:/vireo-movies/ApplianceIcon.png"_s);
     EXPECT_EQ(asset->previewURL(), asset->mediaURL());
     EXPECT_EQ(asset->mediaType(), shell::MediaType::photo);
-    EXPECT_EQ(asset->copyright(), ApplianceConfig::copyrightLine());
+    EXPECT_EQ(asset->copyright(), VTVMediaAsset::copyrightLine());
 }
 
 TEST_F(MainMenuTest, PluginLoadsFromTheAppliancesFolder)

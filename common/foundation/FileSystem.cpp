@@ -1,6 +1,6 @@
-#include "vtvplugin/platform/FileSystem.h"
+#include "foundation/FileSystem.h"
 
-#include "vtvplugin/platform/DirHandle.h"
+#include "foundation/DirHandle.h"
 
 #include <array>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "vtvplugin/platform/HomeFolder.h"
+#include "foundation/HomeFolder.h"
 
 #include <QDir>
 #include <QMutex>

@@ -1,7 +1,7 @@
-#include "vtvplugin/platform/BoundedFile.h"
+#include "foundation/BoundedFile.h"
 
-#include "vtvplugin/platform/FileSystem.h"
-#include "vtvplugin/platform/VtvLog.h"
+#include "foundation/FileSystem.h"
+#include "foundation/FoundationLog.h"
 
 #include <cerrno>
 
@@ -31,7 +31,7 @@ private:
 
 bool refuse(const char* message, const QString& path)
 {
-    qCDebug(lcFiles).noquote() << message << path;
+    qCDebug(lcFoundationFiles).noquote() << message << path;
     return false;
 }
 
