@@ -1,6 +1,6 @@
 #include "VideoListPayload.h"
 
-#include "vtvplugin/trailers/TrailerMediaNames.h"
+#include "vtvplugin/store/TrailerMediaNames.h"
 
 #include <QXmlStreamWriter>
 

@@ -6,7 +6,7 @@
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
-#include "vtvplugin/trailers/TrailerMediaNames.h"
+#include "vtvplugin/store/TrailerMediaNames.h"
 
 #include <optional>
 #include <utility>

@@ -4,7 +4,7 @@
 #include "vtvplugin/platform/BoundedText.h"
 #include "vtvplugin/platform/TextNumber.h"
 #include "vtvplugin/platform/VtvLog.h"
-#include "vtvplugin/trailers/TrailerMediaNames.h"
+#include "vtvplugin/store/TrailerMediaNames.h"
 
 #include <QUrl>
 

@@ -1,4 +1,4 @@
-#include "vtvplugin/trailers/TrailerMediaNames.h"
+#include "vtvplugin/store/TrailerMediaNames.h"
 
 QString TrailerMediaNames::stream(const QString& trailerURL)
 {
