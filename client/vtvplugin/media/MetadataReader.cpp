@@ -84,7 +84,7 @@ void MetadataReader::storeCurrentItem(const QString& trimmed)
     MovieMetadata& m = m_metadata;
     const qint32 number = TextNumber::leadingInt(_currentData);
     if (item == QLatin1String("title"))
-        BoundedText::append(m.title, trimmed);
+        appendTrimmed(m.title, trimmed);
     else if (item == QLatin1String("description"))
         BoundedText::append(m.description, _currentData);
     else if (item == QLatin1String("cast"))
@@ -96,13 +96,25 @@ void MetadataReader::storeCurrentItem(const QString& trimmed)
     else if (item == QLatin1String("duration") && number > 0)
         m.duration = number;
     else if (item == QLatin1String("sversion"))
-        BoundedText::append(m.xmlVersion, trimmed);
+        appendTrimmed(m.xmlVersion, trimmed);
     else if (item == QLatin1String("ccontentid"))
-        BoundedText::append(m.clientContentId, trimmed);
+        appendTrimmed(m.clientContentId, trimmed);
     else if (item == QLatin1String("vcontentid"))
-        BoundedText::append(m.vireoContentId, trimmed);
+        appendTrimmed(m.vireoContentId, trimmed);
     else if (item == QLatin1String("cversion") && number > 0)
         m.cVersion = number;
+}
+
+// The pieces are trimmed, so only a cut at the field's bound can leave white space at
+// the end; that cut is trimmed too, so a trimmed field stays trimmed.
+void MetadataReader::appendTrimmed(QString& field, const QString& piece)
+{
+    const qsizetype before = field.size();
+    BoundedText::append(field, piece);
+    if (field.size() - before < piece.size()) {
+        while (!field.isEmpty() && field.back().isSpace())
+            field.chop(1);
+    }
 }
 
 void MetadataReader::appendEntry(QStringList& list, qsizetype& listChars, const QString& entry)
@@ -111,6 +123,9 @@ void MetadataReader::appendEntry(QStringList& list, qsizetype& listChars, const 
         = BoundedText::fittingLength(entry, BoundedText::kMaxFieldChars - listChars - 1);
     if (length <= 0)
         return;
-    list.append(entry.left(length));
+    // The list's bound is spent either way; an entry cut to white space is no name.
     listChars += length + 1;
+    const QString kept = entry.left(length).trimmed();
+    if (!kept.isEmpty())
+        list.append(kept);
 }

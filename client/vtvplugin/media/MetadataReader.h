@@ -39,6 +39,7 @@ private:
     void characters(const QString& text) override;
     void endElement(const QString& name) override;
     void storeCurrentItem(const QString& trimmed);
+    static void appendTrimmed(QString& field, const QString& piece);
     static void appendEntry(QStringList& list, qsizetype& listChars, const QString& entry);
 
     MovieMetadata& m_metadata;

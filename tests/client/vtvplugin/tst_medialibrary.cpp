@@ -144,6 +144,9 @@ TEST_F(MediaLibraryTest, metadataTextsAreBounded)
             "<m><cast>" + element("name", 30000) + element("name", 30000) + element("name", 30000)
                 + "</cast><title>T</title></m>",
             "T 0 65535", false },
+        { "a name cut at the bound keeps no white space at its end",
+            "<m><cast>" + element("name", kField - 6) + "<name>ab   cd</name></cast></m>",
+            " 0 65533", false },
         { "entities past the document's bound stop the parse", inflated, "T 0 0", true },
     };
     for (const auto& row : rows) {
