@@ -7,12 +7,11 @@
 #include "ScriptRunner.h"
 #include "ShellLog.h"
 #include "ShellMenu.h"
-#include "ShellView.h"
 #include "UnixSignals.h"
 
 #include "video/MpvLibrary.h"
-#include "video/MpvVideoItem.h"
 #include "video/MpvVideoPlayer.h"
+#include "views/ShellView.h"
 
 #include "foundation/HomeFolder.h"
 #include "toolkit/appliance/ApplianceLoader.h"
@@ -37,6 +36,7 @@
 #include <cstdio>
 
 Q_IMPORT_QML_PLUGIN(Vireo_ShellPlugin)
+Q_IMPORT_QML_PLUGIN(Vireo_Shell_ViewsPlugin)
 
 namespace mediashell {
 
@@ -290,7 +290,6 @@ int runShell(int argc, char** argv)
     QGuiApplication::setApplicationName(QStringLiteral("mediashell"));
     QGuiApplication::setApplicationVersion(QStringLiteral(MEDIASHELL_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("mediashell"));
-    MpvVideoItem::registerQmlType();
     const bool withMpv = Shell::installVideoPlayer();
 
     const auto writeError = [](const QString& message) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RowsModel.h"
+#include "views/RowIconSource.h"
 
 #include "toolkit/menus/ListDataSource.h"
 #include "toolkit/menus/MediaMenuController.h"

@@ -1,8 +1,9 @@
 import QtQuick
+import Vireo.Shell.Views
 
-// The dark stage behind every menu: black, with a faint glow from the top.
+// The dark stage behind every menu, with a faint glow from the top.
 Rectangle {
-    color: "black"
+    color: ThemeView.backdrop
 
     Rectangle {
         anchors.left: parent.left
@@ -10,8 +11,8 @@ Rectangle {
         anchors.top: parent.top
         height: parent.height * 0.6
         gradient: Gradient {
-            GradientStop { position: 0.0; color: "#1b1d26" }
-            GradientStop { position: 1.0; color: "#000000" }
+            GradientStop { position: 0.0; color: ThemeView.backdropGlow }
+            GradientStop { position: 1.0; color: ThemeView.backdrop }
         }
     }
 }

@@ -1,34 +1,35 @@
 import QtQuick
+import Vireo.Shell.Views
 
 // A question in the middle of the screen: its title, then the primary and secondary
 // texts above the answers (the answers are RowList, at the menu's list frame).
 Item {
     id: screen
 
-    required property QtObject shell
+    required property CenteredView centered
 
     StyledText {
         id: heading
 
-        textStyle: screen.shell.headerStyle
-        text: screen.shell.centeredTitle
-        x: screen.shell.titleSafeFrame.x
-        width: screen.shell.titleSafeFrame.width
-        y: screen.shell.titleSafeFrame.y
+        textStyle: ThemeView.headerStyle
+        text: screen.centered.title
+        x: ThemeView.titleSafeFrame.x
+        width: ThemeView.titleSafeFrame.width
+        y: ThemeView.titleSafeFrame.y
         horizontalAlignment: Text.AlignHCenter
     }
 
     Column {
-        x: screen.shell.titleSafeFrame.x + screen.shell.titleSafeFrame.width * 0.1
-        width: screen.shell.titleSafeFrame.width * 0.8
+        x: ThemeView.titleSafeFrame.x + ThemeView.titleSafeFrame.width * 0.1
+        width: ThemeView.titleSafeFrame.width * 0.8
         anchors.top: heading.bottom
-        anchors.topMargin: 28
-        spacing: 18
+        anchors.topMargin: ThemeView.centeredTitleGap
+        spacing: ThemeView.centeredTextSpacing
 
         StyledText {
             width: parent.width
-            textStyle: screen.shell.primaryStyle
-            text: screen.shell.primaryText
+            textStyle: screen.centered.primaryStyle
+            text: screen.centered.primaryText
             visible: text !== ""
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.WordWrap
@@ -36,8 +37,8 @@ Item {
         }
         StyledText {
             width: parent.width
-            textStyle: screen.shell.secondaryStyle
-            text: screen.shell.secondaryText
+            textStyle: screen.centered.secondaryStyle
+            text: screen.centered.secondaryText
             visible: text !== ""
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.WordWrap

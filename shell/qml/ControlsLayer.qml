@@ -1,4 +1,5 @@
 import QtQuick
+import Vireo.Shell.Views
 
 // The top controller's controls, each at its frame, in the order they were added:
 // headers and texts in their theme styles, images (from the image store, one key per
@@ -6,37 +7,45 @@ import QtQuick
 Item {
     id: layer
 
-    required property QtObject shell
+    required property ControlsModel controls
 
     Repeater {
-        model: layer.shell.controls
+        model: layer.controls
 
         delegate: Item {
             id: control
 
-            required property var modelData
+            required property int kind
+            required property rect frame
+            required property string text
+            required property textStyle textStyle
+            required property int maximumLines
+            required property string image
+            required property real reflection
+            required property real reflectionOffset
+            readonly property bool isImage: kind === ControlsModel.Image
 
-            x: modelData.x
-            y: modelData.y
-            width: modelData.width
-            height: modelData.height
+            x: frame.x
+            y: frame.y
+            width: frame.width
+            height: frame.height
 
             StyledText {
-                visible: control.modelData.kind !== "image"
-                textStyle: control.modelData.style !== undefined ? control.modelData.style : ({})
-                text: control.modelData.text !== undefined ? control.modelData.text : ""
+                visible: !control.isImage
+                textStyle: control.textStyle
+                text: control.text
                 width: control.width > 0 ? control.width : implicitWidth
-                wrapMode: control.modelData.maximumLines === 1 ? Text.NoWrap : Text.WordWrap
-                maximumLineCount: control.modelData.maximumLines > 0 ? control.modelData.maximumLines : 1000
+                wrapMode: control.maximumLines === 1 ? Text.NoWrap : Text.WordWrap
+                maximumLineCount: control.maximumLines > 0 ? control.maximumLines : 1000
                 verticalAlignment: Text.AlignTop
             }
 
             ReflectedImage {
-                visible: control.modelData.kind === "image"
+                visible: control.isImage
                 anchors.fill: parent
-                source: control.modelData.kind === "image" ? control.modelData.image : ""
-                reflection: control.modelData.reflection !== undefined ? control.modelData.reflection : 0
-                reflectionOffset: control.modelData.reflectionOffset !== undefined ? control.modelData.reflectionOffset : 0
+                source: control.image
+                reflection: control.reflection
+                reflectionOffset: control.reflectionOffset
             }
         }
     }

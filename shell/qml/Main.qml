@@ -1,39 +1,42 @@
 import QtQuick
 import QtQuick.Window
+import Vireo.Shell.Views
 
-// The shell's window. Everything in it is a view of the toolkit's state as ShellView
-// hands it over: no row, focus or player rules live here. The 1280 x 720 scene is
-// scaled to fit the window and centred; ShellView has already turned the toolkit's
+// The shell's window. Everything in it is a view of the toolkit's state as the shell
+// view hands it over: no row, focus or player rules live here. The scene (1280 x 720
+// units) is scaled to fit the window and centred; the views have already turned the toolkit's
 // frames (origin bottom-left) into the scene's (origin top-left).
 Window {
     id: window
 
-    required property QtObject shell
+    required property ShellView shell
+    readonly property int kind: shell.screen.kind
 
     visible: false
-    width: 1280
-    height: 720
-    color: "black"
+    width: ThemeView.sceneWidth
+    height: ThemeView.sceneHeight
+    color: ThemeView.backdrop
     title: "mediashell"
 
-    // The video, full screen at the window's own resolution, under the scene.
+    // The video, full screen at the window's own resolution, under the scene; made
+    // only while a player with pictures is on top, so its render context goes with it.
     Loader {
         anchors.fill: parent
-        active: window.shell.screenKind === "player" && window.shell.hasVideo
-        sourceComponent: VideoSurface { shell: window.shell }
+        active: window.kind === ScreenView.Player && window.shell.player.hasVideo
+        Component.onCompleted: setSource("VideoSurface.qml", { player: window.shell.player })
     }
 
     Item {
         id: scene
 
-        width: 1280
-        height: 720
+        width: ThemeView.sceneWidth
+        height: ThemeView.sceneHeight
         anchors.centerIn: parent
         scale: Math.min(window.width / width, window.height / height)
 
         Backdrop {
             anchors.fill: parent
-            visible: window.shell.screenKind !== "player"
+            visible: window.kind !== ScreenView.Player
         }
 
         Item {
@@ -45,28 +48,29 @@ Window {
 
             MenuScreen {
                 anchors.fill: parent
-                shell: window.shell
-                visible: window.shell.screenKind === "menu"
+                menu: window.shell.menu
+                preview: window.shell.preview
+                visible: window.kind === ScreenView.Menu
             }
             CenteredScreen {
                 anchors.fill: parent
-                shell: window.shell
-                visible: window.shell.screenKind === "centered"
+                centered: window.shell.centered
+                visible: window.kind === ScreenView.Centered
             }
             // One list for both kinds of menu, at the list frame of the one on top.
             RowList {
-                shell: window.shell
-                visible: window.shell.screenKind === "menu" || window.shell.screenKind === "centered"
-                centered: window.shell.screenKind === "centered"
+                menu: window.shell.menu
+                visible: window.kind === ScreenView.Menu || window.kind === ScreenView.Centered
+                centered: window.kind === ScreenView.Centered
             }
             ControlsLayer {
                 anchors.fill: parent
-                shell: window.shell
+                controls: window.shell.controls
             }
             PlayerOverlay {
                 anchors.fill: parent
-                shell: window.shell
-                visible: window.shell.screenKind === "player"
+                player: window.shell.player
+                visible: window.kind === ScreenView.Player
             }
 
             NumberAnimation {
@@ -79,10 +83,10 @@ Window {
                 easing.type: Easing.OutQuad
             }
             Connections {
-                target: window.shell
-                function onScreenChanged() {
-                    if (screen.shownSerial !== window.shell.screenSerial) {
-                        screen.shownSerial = window.shell.screenSerial
+                target: window.shell.screen
+                function onChanged() {
+                    if (screen.shownSerial !== window.shell.screen.serial) {
+                        screen.shownSerial = window.shell.screen.serial
                         fadeIn.restart()
                     }
                 }

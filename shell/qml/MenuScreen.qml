@@ -1,26 +1,28 @@
 import QtQuick
+import Vireo.Shell.Views
 
 // A media menu: its title above the list (the list itself is RowList), and on the
 // left the focused row's preview.
 Item {
     id: screen
 
-    required property QtObject shell
+    required property MenuView menu
+    required property PreviewView preview
 
     StyledText {
-        textStyle: screen.shell.headerStyle
-        text: screen.shell.listTitle
-        x: screen.shell.listFrame.x
-        width: screen.shell.listFrame.width
-        y: screen.shell.listFrame.y - height - 14
+        textStyle: ThemeView.headerStyle
+        text: screen.menu.title
+        x: screen.menu.listFrame.x
+        width: screen.menu.listFrame.width
+        y: screen.menu.listFrame.y - height - ThemeView.listTitleGap
         horizontalAlignment: Text.AlignHCenter
     }
 
     PreviewPane {
-        shell: screen.shell
-        x: screen.shell.previewFrame.x
-        y: screen.shell.previewFrame.y
-        width: screen.shell.previewFrame.width
-        height: screen.shell.previewFrame.height
+        preview: screen.preview
+        x: screen.menu.previewFrame.x
+        y: screen.menu.previewFrame.y
+        width: screen.menu.previewFrame.width
+        height: screen.menu.previewFrame.height
     }
 }

@@ -1,49 +1,52 @@
+pragma ComponentBehavior: Bound
 import QtQuick
+import Vireo.Shell.Views
 
 // What the player shows over the movie: the resume prompt's two rows, the position
 // bar while paused or just after a seek, and why a movie cannot play.
 Item {
     id: overlay
 
-    required property QtObject shell
-    readonly property string playerState: shell.playerState
+    required property PlayerView player
 
     // Without a picture (the simulated player) the screen stays black.
     Rectangle {
         anchors.fill: parent
-        color: "black"
-        visible: !overlay.shell.hasVideo
+        color: ThemeView.backdrop
+        visible: !overlay.player.hasVideo
     }
 
     Column {
         id: prompt
 
-        visible: overlay.playerState === "prompt"
+        visible: overlay.player.state === PlayerView.Prompt
         anchors.centerIn: parent
-        width: 520
-        spacing: 6
+        width: ThemeView.promptWidth
+        spacing: ThemeView.promptSpacing
 
         Repeater {
-            model: overlay.shell.promptRows
+            model: overlay.player.promptRows
 
             delegate: Rectangle {
+                id: promptRow
+
                 required property int index
                 required property string modelData
-                readonly property bool focused: index === overlay.shell.promptFocus
+                readonly property bool focused: index === overlay.player.promptFocus
 
                 width: prompt.width
-                height: overlay.shell.rowHeight
-                radius: 8
-                color: focused ? "#4b5670" : "#cc101014"
-                border.color: focused ? "#8e9bbb" : "#3a3a44"
-                border.width: 1
+                height: ThemeView.rowHeight
+                radius: ThemeView.cornerRadius
+                color: focused ? ThemeView.promptFocusedRow : ThemeView.promptRow
+                border.color: focused ? ThemeView.focusBorder : ThemeView.promptBorder
+                border.width: ThemeView.lineWidth
                 Behavior on color { ColorAnimation { duration: 100 } }
 
                 StyledText {
                     anchors.centerIn: parent
-                    textStyle: overlay.shell.listStyle
-                    text: parent.modelData
-                    color: parent.focused ? "white" : "#c8c8d0"
+                    textStyle: ThemeView.listStyle
+                    text: promptRow.modelData
+                    color: promptRow.focused ? ThemeView.focusedText : ThemeView.promptText
                 }
             }
         }
@@ -55,19 +58,19 @@ Item {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.bottom: parent.bottom
-        anchors.leftMargin: overlay.shell.titleSafeFrame.x
-        anchors.rightMargin: overlay.shell.titleSafeFrame.x
-        anchors.bottomMargin: 60
-        height: 56
-        opacity: overlay.shell.showsProgress ? 1.0 : 0.0
+        anchors.leftMargin: ThemeView.titleSafeFrame.x
+        anchors.rightMargin: ThemeView.titleSafeFrame.x
+        anchors.bottomMargin: ThemeView.progressBottom
+        height: ThemeView.progressHeight
+        opacity: overlay.player.showsProgress ? 1.0 : 0.0
         visible: opacity > 0
         Behavior on opacity { NumberAnimation { duration: 120 } }
 
         Rectangle {
             anchors.fill: parent
-            anchors.margins: -12
-            radius: 10
-            color: "#b0000000"
+            anchors.margins: -ThemeView.progressPadding
+            radius: ThemeView.progressRadius
+            color: ThemeView.progressPanel
         }
         Rectangle {
             id: track
@@ -75,39 +78,39 @@ Item {
             anchors.left: parent.left
             anchors.right: parent.right
             anchors.top: parent.top
-            height: 10
-            radius: 5
-            color: "#50505a"
+            height: ThemeView.progressTrackHeight
+            radius: height / 2
+            color: ThemeView.progressTrack
 
             Rectangle {
                 height: parent.height
                 radius: parent.radius
-                color: "#d8dcea"
-                width: overlay.shell.durationMS > 0
-                    ? parent.width * Math.min(1, overlay.shell.positionMS / overlay.shell.durationMS) : 0
+                color: ThemeView.progressFill
+                width: parent.width * overlay.player.progress
                 Behavior on width { NumberAnimation { duration: 120 } }
             }
         }
         StyledText {
             anchors.left: parent.left
             anchors.bottom: parent.bottom
-            textStyle: ({ family: overlay.shell.listStyle.family, pixelSize: 22, color: "white" })
-            text: overlay.shell.positionText + (overlay.playerState === "paused" ? "   " + qsTr("Paused") : "")
+            textStyle: ThemeView.playerPositionStyle
+            text: overlay.player.positionText
+                + (overlay.player.state === PlayerView.Paused ? "   " + qsTr("Paused") : "")
         }
         StyledText {
             anchors.right: parent.right
             anchors.bottom: parent.bottom
-            textStyle: ({ family: overlay.shell.listStyle.family, pixelSize: 22, color: "#b0b0ba" })
-            text: overlay.shell.durationMS > 0 ? overlay.shell.durationText : ""
+            textStyle: ThemeView.playerDurationStyle
+            text: overlay.player.durationText
         }
     }
 
     StyledText {
-        visible: overlay.playerState === "error"
+        visible: overlay.player.state === PlayerView.Error
         anchors.centerIn: parent
-        width: overlay.shell.titleSafeFrame.width * 0.7
-        textStyle: ({ family: overlay.shell.listStyle.family, pixelSize: 26, color: "white" })
-        text: overlay.shell.playerError
+        width: ThemeView.titleSafeFrame.width * 0.7
+        textStyle: ThemeView.playerMessageStyle
+        text: overlay.player.error
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.WordWrap
         elide: Text.ElideNone

@@ -1,4 +1,5 @@
 import QtQuick
+import Vireo.Shell.Views
 
 // The focused row's preview: the cover (a file, a resource or a URL) or the icon,
 // with its reflection; below it the title, description, cast, directors, producers,
@@ -6,17 +7,39 @@ import QtQuick
 Item {
     id: pane
 
-    required property QtObject shell
-    readonly property var preview: shell.preview
-    readonly property bool shown: preview.image !== undefined
-    readonly property bool showsMetadata: shown && preview.showsMetadata
-    readonly property color labelColor: "#9a9aa4"
-    readonly property color bodyColor: "#d8d8de"
+    required property PreviewView preview
 
-    visible: shown
+    visible: preview.shown
 
-    // A new preview fades in.
-    onPreviewChanged: fade.restart()
+    // One fact, its label and then its value; nothing without a value.
+    component Fact: Row {
+        id: fact
+
+        required property string label
+        required property string value
+
+        visible: value !== ""
+        width: parent.width
+        spacing: ThemeView.previewLabelGap
+
+        StyledText {
+            id: factLabel
+            textStyle: ThemeView.previewLabelStyle
+            text: fact.label
+        }
+        StyledText {
+            width: fact.width - factLabel.width - fact.spacing
+            textStyle: ThemeView.previewValueStyle
+            text: fact.value
+        }
+    }
+
+    // A new preview fades in, and so does the first.
+    Component.onCompleted: fade.restart()
+    Connections {
+        target: pane.preview
+        function onChanged() { fade.restart() }
+    }
     NumberAnimation {
         id: fade
         target: pane
@@ -29,11 +52,11 @@ Item {
     ReflectedImage {
         id: cover
 
-        source: pane.shown ? pane.preview.image : ""
+        source: pane.preview.imageUrl
         x: 0
         y: 0
         width: pane.width
-        height: pane.showsMetadata ? pane.height * 0.56 : pane.height * 0.8
+        height: pane.preview.showsMetadata ? pane.height * 0.56 : pane.height * 0.8
         imageBottom: height * 0.82
         reflection: 0.35
         reflectionOffset: 0.02
@@ -43,57 +66,47 @@ Item {
     Column {
         id: facts
 
-        visible: pane.showsMetadata
+        visible: pane.preview.showsMetadata
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: cover.bottom
-        anchors.topMargin: 4
-        spacing: 6
+        anchors.topMargin: ThemeView.previewFactsGap
+        spacing: ThemeView.previewFactsSpacing
 
         StyledText {
             width: facts.width
-            textStyle: ({ family: pane.shell.listStyle.family, pixelSize: 26, weight: Font.Bold, color: "white" })
-            text: pane.shown ? pane.preview.title : ""
+            textStyle: ThemeView.previewTitleStyle
+            text: pane.preview.title
             visible: text !== ""
         }
         StyledText {
             width: facts.width
-            textStyle: ({ family: pane.shell.listStyle.family, pixelSize: 17, color: pane.bodyColor })
-            text: pane.shown ? pane.preview.description : ""
+            textStyle: ThemeView.previewBodyStyle
+            text: pane.preview.description
             visible: text !== ""
             wrapMode: Text.WordWrap
             maximumLineCount: 4
         }
-        Repeater {
-            model: [
-                { label: qsTr("Starring"), value: pane.shown ? pane.preview.cast : "" },
-                { label: qsTr("Director"), value: pane.shown ? pane.preview.directors : "" },
-                { label: qsTr("Producer"), value: pane.shown ? pane.preview.producers : "" },
-                { label: qsTr("Running Time"), value: pane.shown ? pane.preview.duration : "" }
-            ]
-            delegate: Row {
-                required property var modelData
-
-                visible: modelData.value !== ""
-                width: facts.width
-                spacing: 8
-
-                StyledText {
-                    id: label
-                    textStyle: ({ family: pane.shell.listStyle.family, pixelSize: 16, color: pane.labelColor })
-                    text: parent.modelData.label
-                }
-                StyledText {
-                    width: facts.width - label.width - 8
-                    textStyle: ({ family: pane.shell.listStyle.family, pixelSize: 16, color: pane.bodyColor })
-                    text: parent.modelData.value
-                }
-            }
+        Fact {
+            label: qsTr("Starring")
+            value: pane.preview.cast
+        }
+        Fact {
+            label: qsTr("Director")
+            value: pane.preview.directors
+        }
+        Fact {
+            label: qsTr("Producer")
+            value: pane.preview.producers
+        }
+        Fact {
+            label: qsTr("Running Time")
+            value: pane.preview.durationText
         }
         StyledText {
             width: facts.width
-            textStyle: ({ family: pane.shell.listStyle.family, pixelSize: 13, color: pane.labelColor })
-            text: pane.shown ? pane.preview.copyright : ""
+            textStyle: ThemeView.previewCopyrightStyle
+            text: pane.preview.copyright
             visible: text !== ""
             wrapMode: Text.WordWrap
             maximumLineCount: 2

@@ -1,4 +1,5 @@
 import QtQuick
+import Vireo.Shell.Views
 
 // An image fitted into the item (aspect kept, standing on `imageBottom`
 // from the top), with its mirror image fading out below it: `reflection` is the
@@ -12,7 +13,7 @@ Item {
     property real reflectionOffset: 0.0
     // How much of the image the reflection shows, from its bottom edge.
     property real reflectionHeight: 0.35
-    property color fadeColor: "black"
+    property color fadeColor: ThemeView.backdrop
     // Where the image's bottom edge stands, from the item's top.
     property real imageBottom: height
     readonly property real fitScale: picture.implicitWidth > 0 && picture.implicitHeight > 0

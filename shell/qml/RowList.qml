@@ -1,24 +1,25 @@
 import QtQuick
+import Vireo.Shell.Views
 
-// The list of the menu on top, at its list frame. The rows come from ShellView's
+// The list of the menu on top, at its list frame. The rows come from the menu view's
 // rows model, which asks the data source only for the rows this view shows: a
 // 10,000-row folder makes about a screenful of delegates. The focus is the
 // controller's; the view only follows it.
 ListView {
     id: list
 
-    required property QtObject shell
+    required property MenuView menu
     property bool centered: false
 
     objectName: "rowList"
 
-    x: shell.listFrame.x
-    y: shell.listFrame.y
-    width: shell.listFrame.width
-    height: shell.listFrame.height
+    x: menu.listFrame.x
+    y: menu.listFrame.y
+    width: menu.listFrame.width
+    height: menu.listFrame.height
 
-    model: shell.rows
-    currentIndex: shell.focusedRow
+    model: menu.rows
+    currentIndex: menu.focusedRow
     interactive: false
     keyNavigationEnabled: false
     clip: true
@@ -27,23 +28,22 @@ ListView {
     boundsBehavior: Flickable.StopAtBounds
 
     highlightFollowsCurrentItem: true
-    highlightMoveDuration: shell.focusJumped ? 0 : 100
+    highlightMoveDuration: menu.focusJumped ? 0 : 100
     highlightMoveVelocity: -1
     highlightResizeDuration: 0
     highlightRangeMode: ListView.ApplyRange
     preferredHighlightBegin: height * 0.3
-    preferredHighlightEnd: height * 0.7 - shell.rowHeight
+    preferredHighlightEnd: height * 0.7 - ThemeView.rowHeight
 
+    // Sized by the list to the focused row.
     highlight: Rectangle {
-        width: list.width
-        height: list.shell.rowHeight
-        radius: 8
+        radius: ThemeView.cornerRadius
         gradient: Gradient {
-            GradientStop { position: 0.0; color: "#5a6785" }
-            GradientStop { position: 1.0; color: "#323b52" }
+            GradientStop { position: 0.0; color: ThemeView.focusTop }
+            GradientStop { position: 1.0; color: ThemeView.focusBottom }
         }
-        border.color: "#8e9bbb"
-        border.width: 1
+        border.color: ThemeView.focusBorder
+        border.width: ThemeView.lineWidth
     }
 
     delegate: Item {
@@ -57,17 +57,17 @@ ListView {
         readonly property bool focused: ListView.isCurrentItem
 
         width: ListView.view.width
-        height: list.shell.rowHeight
+        height: ThemeView.rowHeight
 
         Rectangle {
             visible: row.dividerAbove
             anchors.top: parent.top
             anchors.left: parent.left
             anchors.right: parent.right
-            anchors.leftMargin: 12
-            anchors.rightMargin: 12
-            height: 1
-            color: "#5c5c66"
+            anchors.leftMargin: ThemeView.rowInset
+            anchors.rightMargin: ThemeView.rowInset
+            height: ThemeView.lineWidth
+            color: ThemeView.divider
         }
         Image {
             id: rowIcon
@@ -75,9 +75,9 @@ ListView {
             visible: row.icon !== ""
             source: row.icon
             anchors.left: parent.left
-            anchors.leftMargin: 10
+            anchors.leftMargin: ThemeView.rowIconInset
             anchors.verticalCenter: parent.verticalCenter
-            width: visible ? parent.height - 10 : 0
+            width: visible ? parent.height - ThemeView.rowIconInset : 0
             height: width
             fillMode: Image.PreserveAspectFit
             // Decoded at the size it is drawn: a 512-pixel icon in a 50-pixel row
@@ -88,27 +88,27 @@ ListView {
             cache: false
         }
         StyledText {
-            textStyle: list.shell.listStyle
+            textStyle: ThemeView.listStyle
             text: row.title
             anchors.left: rowIcon.visible ? rowIcon.right : parent.left
-            anchors.leftMargin: 16
+            anchors.leftMargin: ThemeView.rowTextInset
             anchors.right: arrowMark.visible ? arrowMark.left : parent.right
-            anchors.rightMargin: 12
+            anchors.rightMargin: ThemeView.rowInset
             anchors.verticalCenter: parent.verticalCenter
-            horizontalAlignment: list.centered ? Text.AlignHCenter : Text.AlignLeft
-            color: row.focused ? "white" : "#d2d2d8"
+            horizontalAlignment: (row.ListView.view as RowList).centered ? Text.AlignHCenter
+                                                                        : Text.AlignLeft
+            color: row.focused ? ThemeView.focusedText : ThemeView.rowText
         }
         StyledText {
             id: arrowMark
 
             visible: row.arrow
-            textStyle: list.shell.listStyle
+            textStyle: ThemeView.listArrowStyle
             text: "\u203a"
-            font.pixelSize: list.shell.listStyle.pixelSize * 1.3
             anchors.right: parent.right
-            anchors.rightMargin: 14
+            anchors.rightMargin: ThemeView.rowArrowInset
             anchors.verticalCenter: parent.verticalCenter
-            color: row.focused ? "white" : "#9a9aa4"
+            color: row.focused ? ThemeView.focusedText : ThemeView.listArrowStyle.color
         }
     }
 }

@@ -1,13 +1,14 @@
 import QtQuick
+import Vireo.Shell.Views
 
-// A text in one of the theme's styles: {family, pixelSize, weight, color}.
+// A text in one of the theme's styles.
 Text {
-    property var textStyle: ({})
+    required property textStyle textStyle
 
-    font.family: textStyle.family !== undefined ? textStyle.family : "DejaVu Sans"
-    font.pixelSize: textStyle.pixelSize !== undefined ? textStyle.pixelSize : 24
-    font.weight: textStyle.weight !== undefined ? textStyle.weight : Font.Normal
-    color: textStyle.color !== undefined ? textStyle.color : "white"
+    font.family: textStyle.family
+    font.pixelSize: textStyle.pixelSize
+    font.weight: textStyle.weight
+    color: textStyle.color
     textFormat: Text.PlainText
     elide: Text.ElideRight
 }

@@ -1,16 +1,16 @@
 import QtQuick
-import Vireo.Shell
+import Vireo.Shell.Views
 
 // The movie, drawn by mpv over the whole window.
 Rectangle {
     id: surface
 
-    required property QtObject shell
+    required property PlayerView player
 
-    color: "black"
+    color: ThemeView.backdrop
 
     MpvVideoItem {
         anchors.fill: parent
-        player: surface.shell.videoPlayer
+        player: surface.player.videoPlayer
     }
 }

@@ -3,8 +3,6 @@
 #include "video/MpvVideoPlayer.h"
 #include "video/MpvVideoRenderer.h"
 
-#include <QtQml/qqml.h>
-
 namespace mediashell {
 
 MpvVideoItem::MpvVideoItem(QQuickItem* parent)
@@ -42,11 +40,6 @@ MpvController* MpvVideoItem::controller() const
 QQuickFramebufferObject::Renderer* MpvVideoItem::createRenderer() const
 {
     return new MpvVideoRenderer;
-}
-
-void MpvVideoItem::registerQmlType()
-{
-    qmlRegisterType<MpvVideoItem>("Vireo.Shell", 1, 0, "MpvVideoItem");
 }
 
 } // namespace mediashell

@@ -8,8 +8,8 @@ namespace mediashell {
 class MpvController;
 
 // Draws the frames of an MpvVideoPlayer inside the Qt Quick scene (OpenGL render
-// API). In QML: `MpvVideoItem { player: ... }` from the module "Vireo.Shell" 1.0,
-// once registerQmlType() has run. The window must render with OpenGL
+// API). In QML: `MpvVideoItem { player: ... }` from the module "Vireo.Shell.Views"
+// (views/MpvVideoItemType). The window must render with OpenGL
 // (QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL)).
 class MpvVideoItem : public QQuickFramebufferObject {
     Q_OBJECT
@@ -28,8 +28,6 @@ public:
     MpvController* controller() const;
 
     Renderer* createRenderer() const override;
-
-    static void registerQmlType();
 
 signals:
     void playerChanged();

@@ -16,6 +16,8 @@ namespace {
         "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf",
     };
     const QColor kLabelGrey(0xb4, 0xb4, 0xb4);
+    const QColor kDimGrey(0x9a, 0x9a, 0xa4);
+    const QColor kBodyGrey(0xd8, 0xd8, 0xde);
 
     TextStyle style(const char* name, qreal pixelSize, QFont::Weight weight, const QColor& color)
     {
@@ -103,6 +105,99 @@ TextStyle Theme::settingsAboutLabelStyle() const
 TextStyle Theme::settingsAboutValueStyle() const
 {
     return style("settingsAboutValue", 24, QFont::Bold, Qt::white);
+}
+
+TextStyle Theme::listArrowStyle() const
+{
+    return style("listArrow", listStyle().pixelSize * 1.3, QFont::Normal, kDimGrey);
+}
+
+TextStyle Theme::previewTitleStyle() const
+{
+    return style("previewTitle", 26, QFont::Bold, Qt::white);
+}
+
+TextStyle Theme::previewBodyStyle() const
+{
+    return style("previewBody", 17, QFont::Normal, kBodyGrey);
+}
+
+TextStyle Theme::previewLabelStyle() const
+{
+    return style("previewLabel", 16, QFont::Normal, kDimGrey);
+}
+
+TextStyle Theme::previewValueStyle() const
+{
+    return style("previewValue", 16, QFont::Normal, kBodyGrey);
+}
+
+TextStyle Theme::previewCopyrightStyle() const
+{
+    return style("previewCopyright", 13, QFont::Normal, kDimGrey);
+}
+
+TextStyle Theme::playerPositionStyle() const
+{
+    return style("playerPosition", 22, QFont::Normal, Qt::white);
+}
+
+TextStyle Theme::playerDurationStyle() const
+{
+    return style("playerDuration", 22, QFont::Normal, QColor(0xb0, 0xb0, 0xba));
+}
+
+TextStyle Theme::playerMessageStyle() const
+{
+    return style("playerMessage", 26, QFont::Normal, Qt::white);
+}
+
+const Theme::Palette& Theme::palette() const
+{
+    static const Palette palette {
+        .backdrop = Qt::black,
+        .backdropGlow = QColor(0x1b, 0x1d, 0x26),
+        .focusTop = QColor(0x5a, 0x67, 0x85),
+        .focusBottom = QColor(0x32, 0x3b, 0x52),
+        .focusBorder = QColor(0x8e, 0x9b, 0xbb),
+        .focusedText = Qt::white,
+        .rowText = QColor(0xd2, 0xd2, 0xd8),
+        .divider = QColor(0x5c, 0x5c, 0x66),
+        .promptRow = QColor(0x10, 0x10, 0x14, 0xcc),
+        .promptFocusedRow = QColor(0x4b, 0x56, 0x70),
+        .promptBorder = QColor(0x3a, 0x3a, 0x44),
+        .promptText = QColor(0xc8, 0xc8, 0xd0),
+        .progressPanel = QColor(0, 0, 0, 0xb0),
+        .progressTrack = QColor(0x50, 0x50, 0x5a),
+        .progressFill = QColor(0xd8, 0xdc, 0xea),
+    };
+    return palette;
+}
+
+const Theme::Metrics& Theme::metrics() const
+{
+    static const Metrics metrics {
+        .cornerRadius = 8,
+        .lineWidth = 1,
+        .rowInset = 12,
+        .rowIconInset = 10,
+        .rowTextInset = 16,
+        .rowArrowInset = 14,
+        .listTitleGap = 14,
+        .centeredTitleGap = 28,
+        .centeredTextSpacing = 18,
+        .previewFactsGap = 4,
+        .previewFactsSpacing = 6,
+        .previewLabelGap = 8,
+        .promptWidth = 520,
+        .promptSpacing = 6,
+        .progressBottom = 60,
+        .progressHeight = 56,
+        .progressPadding = 12,
+        .progressRadius = 10,
+        .progressTrackHeight = 10,
+    };
+    return metrics;
 }
 
 } // namespace shell

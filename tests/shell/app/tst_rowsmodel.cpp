@@ -1,15 +1,13 @@
 #include "ImageStore.h"
-#include "RowsModel.h"
-#include "SceneMapping.h"
 #include "Shell.h"
-#include "ShellView.h"
+#include "views/RowsModel.h"
+#include "views/SceneMapping.h"
 
 #include "toolkit/menus/ListDataSource.h"
 #include "toolkit/menus/MediaMenuController.h"
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/scene/Scene.h"
 #include "toolkit/stack/ControllerStack.h"
-#include "video/MpvVideoItem.h"
 
 #include <gtest/gtest.h>
 
@@ -154,31 +152,11 @@ TEST_F(RowsModelTest, SceneFramesAreFlippedInOnePlace)
     EXPECT_EQ(mediashell::SceneMapping::toView(QRectF(10, 700, 30, 20)), QRectF(10, 0, 30, 20));
 }
 
-TEST_F(RowsModelTest, ViewFormatsTimesAndImages)
-{
-    using mediashell::ShellView;
-    EXPECT_EQ(ShellView::formatTime(0), "0:00");
-    EXPECT_EQ(ShellView::formatTime(7'900), "0:07");
-    EXPECT_EQ(ShellView::formatTime(754'000), "12:34");
-    EXPECT_EQ(ShellView::formatTime(3'723'000), "1:02:03");
-    EXPECT_EQ(ShellView::formatDuration(0), "");
-    EXPECT_EQ(ShellView::formatDuration(38), "38 s");
-    EXPECT_EQ(ShellView::formatDuration(42 * 60), "42 min");
-    EXPECT_EQ(ShellView::formatDuration(102 * 60), "1 h 42 min");
-    EXPECT_EQ(ShellView::formatDuration(120 * 60), "2 h");
-    EXPECT_EQ(ShellView::imageUrl(":/vireo-movies/ApplianceIcon.png"),
-        "qrc:/vireo-movies/ApplianceIcon.png");
-    EXPECT_TRUE(ShellView::imageUrl("/home/a b/c.png").startsWith("image://file/"));
-    EXPECT_TRUE(ShellView::imageUrl("http://example.com/c.png").startsWith("image://url/"));
-    EXPECT_EQ(ShellView::imageUrl(""), "");
-}
-
 // The real QML over a 10,000-row folder: the list makes about a screenful of rows,
 // and a held Down runs down it.
 TEST_F(RowsModelTest, TheListViewMakesOnlyTheVisibleRows)
 {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    mediashell::MpvVideoItem::registerQmlType();
     mediashell::ShellOptions options;
     options.windowed = true;
     mediashell::Shell shell(options);

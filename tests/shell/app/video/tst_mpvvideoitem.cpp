@@ -40,10 +40,10 @@ TEST(MpvVideoItem, rendersThePlayersFramesUprightAndLetsGoOfAPlayerThatDies)
     const QString movie = clips.redOverBlue(20);
     ASSERT_FALSE(movie.isNull()) << clips.error().toStdString();
 
-    MpvVideoItem::registerQmlType();
+    qmlRegisterType<MpvVideoItem>("VideoItemTest", 1, 0, "MpvVideoItem");
     QQmlEngine engine;
     QQmlComponent component(&engine);
-    component.setData("import Vireo.Shell 1.0\nMpvVideoItem { width: 320; height: 240 }", {});
+    component.setData("import VideoItemTest 1.0\nMpvVideoItem { width: 320; height: 240 }", {});
     std::unique_ptr<QObject> created(component.create());
     ASSERT_TRUE(created) << component.errorString().toStdString();
     auto* const item = qobject_cast<MpvVideoItem*>(created.get());

@@ -4,6 +4,7 @@
 #include <QHash>
 #include <QImage>
 #include <QPointer>
+#include <QtQmlIntegration/qqmlintegration.h>
 
 #include <memory>
 
@@ -15,14 +16,6 @@ namespace mediashell {
 
 class ImageStore;
 
-// A data source that also has an icon for each row (the shell's top menu).
-class RowIconSource {
-public:
-    virtual ~RowIconSource();
-    // Null for no icon.
-    virtual QImage iconForRow(long row) = 0;
-};
-
 // The rows of a menu controller's list for a QML ListView, read from its data source
 // only for the rows the view asks about: a folder of 10,000 rows costs the rows on
 // screen, never all of them. A row is asked once per reload of the list (and kept
@@ -30,6 +23,8 @@ public:
 // its row count or its reload count changes.
 class RowsModel : public QAbstractListModel {
     Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The menu view makes its rows model.")
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 public:
     enum Role {
@@ -47,7 +42,7 @@ public:
     // The menu shown (null: none). Resets the model when anything but the focus
     // differs from what it shows; true when it did.
     bool setMenu(shell::MenuController* menu);
-    shell::MenuController* menu() const { return m_menu.data(); }
+    shell::MenuController* menu() const;
     // Checks the shown menu's list again (after the menu changed); true on a reset.
     bool sync();
 

@@ -1,6 +1,7 @@
 #include "RowsModel.h"
 
 #include "ImageStore.h"
+#include "RowIconSource.h"
 
 #include "toolkit/menus/ListDataSource.h"
 #include "toolkit/menus/MenuController.h"
@@ -9,8 +10,6 @@
 #include <climits>
 
 namespace mediashell {
-
-RowIconSource::~RowIconSource() = default;
 
 RowsModel::RowsModel(std::shared_ptr<ImageStore> images, QObject* parent)
     : QAbstractListModel(parent)
@@ -38,6 +37,11 @@ bool RowsModel::setMenu(shell::MenuController* menu)
         return false;
     reset(menu);
     return true;
+}
+
+shell::MenuController* RowsModel::menu() const
+{
+    return m_menu.data();
 }
 
 bool RowsModel::sync()

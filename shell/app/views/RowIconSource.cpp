@@ -1,0 +1,7 @@
+#include "RowIconSource.h"
+
+namespace mediashell {
+
+RowIconSource::~RowIconSource() = default;
+
+} // namespace mediashell
