@@ -6,30 +6,22 @@
 // The trees are made in a temporary folder at start and removed at the end. After the
 // runs the ratios are printed against their goals (1.3x and 1.2x).
 
-#include "foundation/HomeFolder.h"
 #include "vtvplugin/library/DiskUsage.h"
 #include "vtvplugin/library/JUtils.h"
 
+#include "BenchHome.h"
 #include "RatioReporter.h"
 
 #include <benchmark/benchmark.h>
 
-#include <QByteArray>
-#include <QDir>
-#include <QFile>
 #include <QLoggingCategory>
-#include <QTemporaryDir>
 
 #include <array>
-#include <cstdio>
 #include <cstring>
-#include <map>
-#include <memory>
 #include <string>
 
 #include <climits>
 #include <dirent.h>
-#include <fcntl.h>
 #include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -41,91 +33,31 @@ constexpr int kTreeFolders = 100;
 constexpr int kFilesPerFolder = 1000; // 100 x 1000 = 100,000 files
 constexpr int kPairMovies = 10000;
 
-const QString kPairID = QStringLiteral("0123456789abcdef0123456789ABCDEF");
+const BenchHome* g_home = nullptr;
 
-void touch(const std::string& path)
+// Beside the library, made once: a folder of links into the pair and a tree for du.
+void makeTrees()
 {
-    const int fd = open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
-    if (fd >= 0)
-        close(fd);
+    const std::string links = g_home->path("/links");
+    const std::string tree = g_home->path("/du");
+    mkdir(links.c_str(), 0755);
+    for (int i = 0; i < kLinkCount; ++i) {
+        const std::string target = std::string("/home/viewer/Vireo/") + BenchHome::kPairID
+            + "/movie" + std::to_string(i) + ".m4v";
+        symlink(target.c_str(), (links + "/" + BenchHome::movieName(i) + ".m4v").c_str());
+    }
+    mkdir(tree.c_str(), 0755);
+    for (int d = 0; d < kTreeFolders; ++d) {
+        const std::string folder = tree + "/folder" + std::to_string(d);
+        mkdir(folder.c_str(), 0755);
+        for (int f = 0; f < kFilesPerFolder; ++f)
+            BenchHome::touch(folder + "/file" + std::to_string(f) + ".m4v");
+    }
 }
-
-std::string movieName(int i)
-{
-    std::array<char, 32> buffer {};
-    std::snprintf(buffer.data(), buffer.size(), "Movie %05d", i);
-    return buffer.data();
-}
-
-// Everything the benchmarks walk, made once.
-class Trees {
-public:
-    Trees()
-    {
-        m_base = m_dir.path().toStdString();
-        m_links = m_base + "/links";
-        m_du = m_base + "/du";
-        makeLinkFolder();
-        makeDuTree();
-        makeLibrary();
-    }
-
-    const std::string& links() const { return m_links; }
-    const std::string& duRoot() const { return m_du; }
-    bool valid() const { return m_dir.isValid(); }
-
-private:
-    void makeLinkFolder() const
-    {
-        mkdir(m_links.c_str(), 0755);
-        for (int i = 0; i < kLinkCount; ++i) {
-            const std::string target = "/home/viewer/Vireo/" + kPairID.toStdString() + "/movie"
-                + std::to_string(i) + ".m4v";
-            symlink(target.c_str(), (m_links + "/" + movieName(i) + ".m4v").c_str());
-        }
-    }
-
-    void makeDuTree() const
-    {
-        mkdir(m_du.c_str(), 0755);
-        for (int d = 0; d < kTreeFolders; ++d) {
-            const std::string folder = m_du + "/folder" + std::to_string(d);
-            mkdir(folder.c_str(), 0755);
-            for (int f = 0; f < kFilesPerFolder; ++f)
-                touch(folder + "/file" + std::to_string(f) + ".m4v");
-        }
-    }
-
-    // A pair with 10,000 movies, the first 9,999 linked under their titles.
-    void makeLibrary() const
-    {
-        const std::string home = m_base + "/home";
-        const std::string pair = home + "/Vireo/" + kPairID.toStdString();
-        QDir().mkpath(QString::fromStdString(pair));
-        QDir().mkpath(QString::fromStdString(home + "/Movies"));
-        touch(pair + "/vireo.plist");
-        for (int i = 1; i <= kPairMovies; ++i) {
-            for (const char* suffix : { ".m4v", ".xml" }) {
-                const std::string file = pair + "/id" + std::to_string(i) + suffix;
-                touch(file);
-                if (i < kPairMovies)
-                    symlink(file.c_str(), (home + "/Movies/" + movieName(i) + suffix).c_str());
-            }
-        }
-        HomeFolder::set(QString::fromStdString(home));
-    }
-
-    QTemporaryDir m_dir;
-    std::string m_base;
-    std::string m_links;
-    std::string m_du;
-};
-
-Trees* g_trees = nullptr;
 
 void BM_BareLinkLoop(benchmark::State& state)
 {
-    const std::string folder = g_trees->links() + "/";
+    const std::string folder = g_home->path("/links") + "/";
     std::array<char, PATH_MAX> path {};
     std::array<char, PATH_MAX> target {};
     std::memcpy(path.data(), folder.data(), folder.size());
@@ -150,7 +82,7 @@ BENCHMARK(BM_BareLinkLoop)->Unit(benchmark::kMillisecond);
 
 void BM_GetLinksInDir(benchmark::State& state)
 {
-    const QString folder = QString::fromStdString(g_trees->links());
+    const QString folder = QString::fromStdString(g_home->path("/links"));
     JUtils::LinkList links;
     for (auto _ : state) {
         JUtils::getLinksInDir(folder, links);
@@ -174,10 +106,11 @@ int addEntry(const char*, const struct stat* status, int, struct FTW*)
 
 void BM_BareNftw(benchmark::State& state)
 {
+    const std::string root = g_home->path("/du");
     for (auto _ : state) {
         g_nftwBlocks = 0;
         g_nftwEntries = 0;
-        nftw(g_trees->duRoot().c_str(), addEntry, 64, FTW_PHYS);
+        nftw(root.c_str(), addEntry, 64, FTW_PHYS);
         benchmark::DoNotOptimize(g_nftwBlocks);
     }
     state.SetItemsProcessed(state.iterations() * g_nftwEntries);
@@ -186,10 +119,11 @@ BENCHMARK(BM_BareNftw)->Unit(benchmark::kMillisecond);
 
 void BM_Du(benchmark::State& state)
 {
+    const std::string root = g_home->path("/du");
     qint32 entries = 0;
     for (auto _ : state) {
         entries = 0;
-        benchmark::DoNotOptimize(du(g_trees->duRoot().c_str(), entries));
+        benchmark::DoNotOptimize(du(root.c_str(), entries));
     }
     if (entries != kTreeFolders * kFilesPerFolder + kTreeFolders + 1)
         state.SkipWithError("wrong entry count");
@@ -201,12 +135,13 @@ BENCHMARK(BM_Du)->Unit(benchmark::kMillisecond);
 // every run walks the title map twice and re-lays the movie's two links.
 void BM_SetupLinksTenThousandthMovie(benchmark::State& state)
 {
+    const QString pairID = QString::fromLatin1(BenchHome::kPairID);
     const QString fileName = QStringLiteral("id%1.m4v").arg(kPairMovies);
     QString title;
     for (auto _ : state) {
-        title = QString::fromStdString(movieName(1)).toUpper();
-        JUtils::makeTitleUnique(kPairID, fileName, title);
-        JUtils::setupLinks(kPairID, fileName, title);
+        title = QString::fromStdString(BenchHome::movieName(1)).toUpper();
+        JUtils::makeTitleUnique(pairID, fileName, title);
+        JUtils::setupLinks(pairID, fileName, title);
     }
     if (title != QStringLiteral("MOVIE 00001 (2)"))
         state.SkipWithError("unexpected title");
@@ -223,10 +158,12 @@ int main(int argc, char** argv)
     // The title clash is logged on every run otherwise.
     QLoggingCategory::setFilterRules(QStringLiteral("vireo.appliance.library.debug=false"));
 
-    const auto trees = std::make_unique<Trees>();
-    if (!trees->valid())
+    // A pair of 10,000 movies, the first 9,999 linked under their titles.
+    const BenchHome home(kPairMovies, kPairMovies - 1, { ".m4v", ".xml" });
+    if (!home.valid())
         return 1;
-    g_trees = trees.get();
+    g_home = &home;
+    makeTrees();
 
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
@@ -234,6 +171,6 @@ int main(int argc, char** argv)
         "getLinksInDir / bare readdir loop", "BM_GetLinksInDir", "BM_BareLinkLoop", 1.3);
     reporter.printRatio("du / bare nftw walk", "BM_Du", "BM_BareNftw", 1.2);
     benchmark::Shutdown();
-    g_trees = nullptr;
+    g_home = nullptr;
     return 0;
 }

@@ -6,88 +6,38 @@
 // is made in a temporary folder at start and removed at the end. After the runs the
 // ratios are printed against their goal (1.5x).
 
-#include "foundation/HomeFolder.h"
 #include "toolkit/scene/Scene.h"
 #include "vtvplugin/screens/VireoApplianceController.h"
 
+#include "BenchHome.h"
 #include "RatioReporter.h"
 
 #include <benchmark/benchmark.h>
 
-#include <QDir>
 #include <QGuiApplication>
 #include <QLoggingCategory>
-#include <QTemporaryDir>
 
 #include <array>
-#include <cstdio>
 #include <cstring>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <climits>
 #include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
 constexpr int kMovieCount = 10000;
-constexpr double kGoal = 1.5;
 
-const std::string kPairID = "0123456789abcdef0123456789ABCDEF";
-
-void touch(const std::string& path)
-{
-    const int fd = open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
-    if (fd >= 0)
-        close(fd);
-}
-
-std::string movieName(int i)
-{
-    std::array<char, 32> buffer {};
-    std::snprintf(buffer.data(), buffer.size(), "Movie %05d.m4v", i);
-    return buffer.data();
-}
-
-// A home whose Movies folder holds one link per movie into the pair folder.
-class Library {
-public:
-    Library()
-    {
-        const std::string home = m_dir.path().toStdString();
-        const std::string pair = home + "/Vireo/" + kPairID;
-        m_movies = home + "/Movies";
-        QDir().mkpath(QString::fromStdString(pair));
-        QDir().mkpath(QString::fromStdString(m_movies));
-        touch(pair + "/vireo.plist");
-        for (int i = 1; i <= kMovieCount; ++i) {
-            const std::string file = pair + "/id" + std::to_string(i) + ".m4v";
-            touch(file);
-            symlink(file.c_str(), (m_movies + "/" + movieName(i)).c_str());
-        }
-        HomeFolder::set(QString::fromStdString(home));
-    }
-
-    bool valid() const { return m_dir.isValid(); }
-    const std::string& movies() const { return m_movies; }
-
-private:
-    QTemporaryDir m_dir;
-    std::string m_movies;
-};
-
-Library* g_library = nullptr;
+const BenchHome* g_home = nullptr;
 
 // What any listing of the folder costs at least: every name read, kept, and stat'ed
 // through its link to tell folders from files.
 void BM_BareScan(benchmark::State& state)
 {
-    const std::string folder = g_library->movies() + "/";
+    const std::string folder = g_home->path("/Movies/");
     std::array<char, PATH_MAX> path {};
     std::memcpy(path.data(), folder.data(), folder.size());
     std::vector<std::string> names;
@@ -156,16 +106,16 @@ int main(int argc, char** argv)
     QGuiApplication app(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("vireo.*.debug=false"));
 
-    const auto library = std::make_unique<Library>();
-    if (!library->valid())
+    const BenchHome home(kMovieCount, kMovieCount, { ".m4v" });
+    if (!home.valid())
         return 1;
-    g_library = library.get();
+    g_home = &home;
 
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.printRatio("refreshList / bare readdir+stat", "BM_RefreshList", "BM_BareScan", kGoal);
-    reporter.printRatio("top menu made / bare readdir+stat", "BM_TopMenu", "BM_BareScan", kGoal);
+    reporter.printRatio("refreshList / bare readdir+stat", "BM_RefreshList", "BM_BareScan", 1.5);
+    reporter.printRatio("top menu made / bare readdir+stat", "BM_TopMenu", "BM_BareScan", 1.5);
     benchmark::Shutdown();
-    g_library = nullptr;
+    g_home = nullptr;
     return 0;
 }

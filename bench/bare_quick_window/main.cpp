@@ -3,8 +3,6 @@
 // 1280 x 720 window). Prints one line once its first frame is on the screen, then
 // stays up until standard input ends or says "quit", so that its memory can be read.
 
-#include <QByteArray>
-#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -21,43 +19,10 @@ namespace {
 const QByteArray kScene = R"(
 import QtQuick
 import QtQuick.Window
-Window {
-    width: 1280
-    height: 720
-    color: "black"
-    Text {
-        anchors.centerIn: parent
-        text: "Vireo"
-        color: "white"
-        font.pixelSize: 48
-    }
+Window { width: 1280; height: 720; color: "black"
+    Text { anchors.centerIn: parent; text: "Vireo"; color: "white"; font.pixelSize: 48 }
 }
 )";
-
-void announceFirstFrame(QQuickWindow* window)
-{
-    QObject::connect(
-        window, &QQuickWindow::frameSwapped, window,
-        [] {
-            std::fputs("{\"step\":0}\n", stdout);
-            std::fflush(stdout);
-        },
-        Qt::SingleShotConnection);
-}
-
-// Quits on "quit" or at the end of input; anything else is ignored.
-void quitOnInput(QObject* parent)
-{
-    auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, parent);
-    QObject::connect(input, &QSocketNotifier::activated, parent, [input] {
-        char buffer[256];
-        const ssize_t got = ::read(STDIN_FILENO, buffer, sizeof buffer);
-        if (got <= 0 || QByteArray(buffer, int(got)).contains("quit")) {
-            input->setEnabled(false);
-            QCoreApplication::quit();
-        }
-    });
-}
 
 } // namespace
 
@@ -74,8 +39,24 @@ int main(int argc, char** argv)
         std::fputs(qPrintable(component.errorString()), stderr);
         return 1;
     }
-    announceFirstFrame(window);
-    quitOnInput(&app);
+    // The first frame on the screen is the baseline's only step.
+    QObject::connect(
+        window, &QQuickWindow::frameSwapped, window,
+        [] {
+            std::fputs("{\"step\":0}\n", stdout);
+            std::fflush(stdout);
+        },
+        Qt::SingleShotConnection);
+    // Quits on "quit" or at the end of input; anything else is ignored.
+    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&input, &QSocketNotifier::activated, &app, [&input] {
+        char buffer[256];
+        const ssize_t got = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        if (got <= 0 || QByteArray(buffer, int(got)).contains("quit")) {
+            input.setEnabled(false);
+            QCoreApplication::quit();
+        }
+    });
     window->show();
     return app.exec();
 }

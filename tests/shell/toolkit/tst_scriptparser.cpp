@@ -7,58 +7,32 @@
 using shell::RemoteAction;
 using shell::ScriptParser;
 using shell::ScriptStep;
+using Kind = ScriptStep::Kind;
 
-TEST(ScriptParser, SkipsBlankAndCommentLinesWithoutCountingThem)
+// Steps are numbered from 1 and keep their line; blank and comment lines are neither.
+TEST(ScriptParser, ReadsEachKindOfStepAndSkipsBlankAndCommentLines)
 {
     ScriptParser parser;
     QList<ScriptStep> steps;
-    for (const char* line : { "# a walk", "", "down", "   \t", "  # indented comment",
-             "  select  \r", "wait 250", "shot top-menu", "quit" }) {
+    for (const char* line : { "# a walk", "", "  playpause  \r", "   \t", "  # indented",
+             "wait 3600000", "shot Player_1.png", "quit" }) {
         QString error;
         if (const auto step = parser.parseLine(QString::fromLatin1(line), &error))
             steps.append(*step);
         EXPECT_TRUE(error.isEmpty()) << line << ": " << qPrintable(error);
     }
-    ASSERT_EQ(steps.size(), 5);
-    EXPECT_EQ(steps[0].kind, ScriptStep::Kind::Action);
-    EXPECT_EQ(steps[0].action, RemoteAction::Down);
-    EXPECT_EQ(steps[0].number, 1);
-    EXPECT_EQ(steps[0].line, 3);
-    EXPECT_EQ(steps[1].action, RemoteAction::Select);
-    EXPECT_EQ(steps[1].number, 2);
-    EXPECT_EQ(steps[1].line, 6);
-    EXPECT_EQ(steps[1].text, "select");
-    EXPECT_EQ(steps[2].kind, ScriptStep::Kind::Wait);
-    EXPECT_EQ(steps[2].waitMS, 250);
-    EXPECT_EQ(steps[2].number, 3);
-    EXPECT_EQ(steps[3].kind, ScriptStep::Kind::Shot);
-    EXPECT_EQ(steps[3].shotName, "top-menu");
-    EXPECT_EQ(steps[4].kind, ScriptStep::Kind::Quit);
-    EXPECT_EQ(steps[4].number, 5);
-    EXPECT_EQ(steps[4].line, 9);
-    EXPECT_EQ(parser.linesRead(), 9);
-}
-
-TEST(ScriptParser, KnowsEveryRemoteAction)
-{
-    const std::pair<const char*, RemoteAction> actions[] = {
-        { "up", RemoteAction::Up },
-        { "down", RemoteAction::Down },
-        { "left", RemoteAction::Left },
-        { "right", RemoteAction::Right },
-        { "select", RemoteAction::Select },
-        { "menu", RemoteAction::Menu },
-        { "playpause", RemoteAction::PlayPause },
-    };
-    ScriptParser parser;
-    int number = 0;
-    for (const auto& [word, action] : actions) {
-        const auto step = parser.parseLine(QString::fromLatin1(word), nullptr);
-        ASSERT_TRUE(step) << word;
-        EXPECT_EQ(step->action, action) << word;
-        EXPECT_EQ(step->number, ++number);
+    ASSERT_EQ(steps.size(), 4);
+    const Kind kinds[] = { Kind::Action, Kind::Wait, Kind::Shot, Kind::Quit };
+    const int lines[] = { 3, 6, 7, 8 };
+    for (int i = 0; i < steps.size(); ++i) {
+        EXPECT_EQ(steps[i].kind, kinds[i]) << i;
+        EXPECT_EQ(steps[i].number, i + 1) << i;
+        EXPECT_EQ(steps[i].line, lines[i]) << i;
     }
-    EXPECT_EQ(parser.stepsRead(), 7);
+    EXPECT_EQ(steps[0].action, RemoteAction::PlayPause);
+    EXPECT_EQ(steps[0].text, "playpause");
+    EXPECT_EQ(steps[1].waitMS, 3'600'000);
+    EXPECT_EQ(steps[2].shotName, "Player_1");
 }
 
 TEST(ScriptParser, ALineThatIsNoStepSaysWhy)
@@ -69,19 +43,14 @@ TEST(ScriptParser, ALineThatIsNoStepSaysWhy)
     };
     const Row rows[] = {
         { "sideways", "unknown step \"sideways\"" },
-        { "Up", "unknown step \"Up\"" },
         { "up 2", "unknown step \"up 2\"" },
         { "quit now", "unknown step \"quit now\"" },
         { "wait", "\"wait\": wait takes milliseconds, 0 to 3600000" },
         { "wait -5", "\"wait -5\": wait takes milliseconds" },
-        { "wait 1.5", "\"wait 1.5\": wait takes milliseconds" },
         { "wait 3600001", "\"wait 3600001\": wait takes milliseconds" },
-        { "wait 10 20", "\"wait 10 20\": wait takes milliseconds" },
         { "shot", "\"shot\": shot takes a file name" },
         { "shot ../escape", "\"shot ../escape\": shot takes a file name" },
-        { "shot a/b", "\"shot a/b\": shot takes a file name" },
         { "shot .hidden", "\"shot .hidden\": shot takes a file name" },
-        { "shot a b", "\"shot a b\": shot takes a file name" },
     };
     ScriptParser parser;
     for (const Row& row : rows) {
@@ -90,19 +59,8 @@ TEST(ScriptParser, ALineThatIsNoStepSaysWhy)
         EXPECT_TRUE(error.startsWith(QLatin1String(row.says))) << qPrintable(error);
     }
     EXPECT_EQ(parser.stepsRead(), 0);
-    const auto longest = parser.parseLine("wait 3600000", nullptr);
-    ASSERT_TRUE(longest);
-    EXPECT_EQ(longest->waitMS, 3'600'000);
-    EXPECT_EQ(longest->number, 1);
-}
 
-TEST(ScriptParser, ShotTakesAPlainNameWhereShotsCanBeTaken)
-{
-    ScriptParser parser;
-    const auto named = parser.parseLine("shot Player_1.png", nullptr);
-    ASSERT_TRUE(named);
-    EXPECT_EQ(named->shotName, "Player_1");
-
+    // Where no shots can be taken, a good shot step is refused with the parser's reason.
     ScriptParser windowless(QStringLiteral("needs --screenshots DIR"));
     QString error;
     EXPECT_FALSE(windowless.parseLine("shot top", &error));

@@ -20,6 +20,7 @@ using shell::SimulatedVideoPlayer;
 using shell::VideoPlayer;
 using shell::VideoPlayerController;
 using State = VideoPlayerController::State;
+using Bookmarks = std::vector<int>;
 
 // Remembers every bookmark the player hands over, and the player's duration the
 // asset knew by then.
@@ -32,7 +33,7 @@ public:
         knownDurations.push_back(playerDurationMS);
         XmlMediaAsset::setBookmarkTimeInMS(ms);
     }
-    std::vector<int> handedOver;
+    Bookmarks handedOver;
     std::vector<qint64> knownDurations;
     qint64 playerDurationMS = 0;
 };
@@ -46,6 +47,13 @@ struct Movie {
     qint64 playerDurationMS = -1;
     const char* url = "file:///movies/Film.m4v";
 };
+const Movie kResumable { .played = true, .bookmarkMS = 95'000 };
+
+void terminateShell()
+{
+    shell::NotificationCenter::defaultCenter().postNotification(
+        shell::NotificationCenter::applicationWillTerminate());
+}
 
 // A menu with a player pushed over it, as the screens do it.
 class PlayerTest : public ::testing::Test {
@@ -69,6 +77,11 @@ protected:
         controller->setAllowsResume(movie.allowsResume);
         stack.pushController(std::move(made));
     }
+    void popAll()
+    {
+        while (stack.count() > 0)
+            stack.popController();
+    }
     bool onTop() const { return stack.count() == 2; }
     void press(RemoteAction action) { stack.handleAction(action); }
     // Plays on in steps of one second, as a real clock would report it.
@@ -77,15 +90,15 @@ protected:
         for (qint64 played = 0; played < ms; played += 1000)
             player->advance(1000);
     }
-    QString describedState() const
-    {
-        return controller->describe()["player"].toObject()["state"].toString();
-    }
+    // The event loop also destroys the popped player, which the test then forgets.
     bool waitUntilPopped()
     {
         QDeadlineTimer deadline(5000);
         while (onTop() && !deadline.hasExpired())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+        QCoreApplication::sendPostedEvents();
+        player = nullptr;
+        controller = nullptr;
         return !onTop();
     }
 
@@ -96,234 +109,162 @@ protected:
     VideoPlayerController* controller = nullptr;
 };
 
-using Bookmarks = std::vector<int>;
-
-TEST_F(PlayerTest, resumePromptChoosesWhereToStart)
+// What the player describes: its prompt as two rows while it asks, then the player.
+TEST_F(PlayerTest, resumeIsOfferedOnlyWithAResumePointAndTheAnswerSaysWhereToStart)
 {
+    const RemoteAction up = RemoteAction::Up, down = RemoteAction::Down;
     struct Row {
         const char* name;
+        Movie movie;
         std::vector<RemoteAction> moves;
-        int focus;
+        bool offered;
         qint64 startMS;
     };
     const Row rows[] = {
-        { "resume is focused", {}, 0, 95'000 },
-        { "start from the beginning", { RemoteAction::Down }, 1, 0 },
-        { "back up to resume", { RemoteAction::Down, RemoteAction::Up }, 0, 95'000 },
-        { "no wrap at the bottom", { RemoteAction::Down, RemoteAction::Down }, 1, 0 },
-        { "no wrap at the top", { RemoteAction::Up }, 0, 95'000 },
+        { "resume is focused", kResumable, {}, true, 95'000 },
+        { "start from the beginning", kResumable, { down }, true, 0 },
+        { "back up to resume", kResumable, { down, up }, true, 95'000 },
+        { "no wrap at the bottom", kResumable, { down, down }, true, 0 },
+        { "no wrap at the top", kResumable, { up }, true, 95'000 },
+        { "resume not allowed", { .allowsResume = false, .played = true, .bookmarkMS = 95'000 }, {},
+            false, 0 },
+        { "never played", { .bookmarkMS = 95'000 }, {}, false, 0 },
+        { "played to the end", { .played = true }, {}, false, 0 },
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        push({ .played = true, .bookmarkMS = 95'000 });
-        EXPECT_EQ(controller->state(), State::Prompt);
-        EXPECT_TRUE(controller->resumeOffered());
-        EXPECT_EQ(player->startedAtMS(), -1);
-        const QJsonArray prompt = controller->describe()["rows"].toArray();
-        ASSERT_EQ(prompt.size(), 2);
-        EXPECT_EQ(prompt[0].toObject()["title"], "Resume Playing");
-        EXPECT_EQ(prompt[1].toObject()["title"], "Start from Beginning");
-
+        push(row.movie);
+        EXPECT_EQ(controller->state(), row.offered ? State::Prompt : State::Playing);
+        // Without the prompt, playback starts at 0 as soon as the player is pushed.
+        EXPECT_EQ(player->startedAtMS(), row.offered ? -1 : 0);
         for (const RemoteAction move : row.moves)
             press(move);
-        EXPECT_EQ(controller->describe()["focus"].toInt(), row.focus);
+
         press(RemoteAction::Select);
         EXPECT_EQ(player->startedAtMS(), row.startMS);
         EXPECT_EQ(player->state(), VideoPlayer::State::Playing);
-        EXPECT_EQ(controller->state(), State::Playing);
-        EXPECT_TRUE(controller->describe()["rows"].toArray().isEmpty());
+        const QJsonObject playing = controller->describe();
+        EXPECT_EQ(playing.keys(), shell::LayerController(scene).describe().keys());
+        EXPECT_TRUE(playing["rows"].toArray().isEmpty());
+        EXPECT_EQ(playing["player"],
+            QJsonObject({ { "url", "file:///movies/Film.m4v" }, { "positionMS", row.startMS },
+                { "durationMS", 3'600'000 }, { "allowsResume", row.movie.allowsResume },
+                { "resumeOffered", row.offered }, { "state", "playing" },
+                { "error", QJsonValue::Null } }));
         EXPECT_TRUE(asset->handedOver.empty());
-        stack.popController();
-        stack.popController();
+        popAll();
     }
 }
 
-TEST_F(PlayerTest, withoutPromptPlaybackStartsAtZeroOncePushed)
-{
-    struct Row {
-        const char* name;
-        bool allowsResume;
-        bool played;
-        int bookmarkMS;
-    };
-    const Row rows[] = {
-        { "resume not allowed", false, true, 95'000 },
-        { "never played", true, false, 95'000 },
-        { "played to the end", true, true, 0 },
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        push({ .allowsResume = row.allowsResume,
-            .played = row.played,
-            .bookmarkMS = row.bookmarkMS });
-        EXPECT_FALSE(controller->resumeOffered());
-        EXPECT_EQ(player->startedAtMS(), 0);
-        EXPECT_EQ(describedState(), "playing");
-        stack.popController();
-        stack.popController();
-    }
-}
-
-TEST_F(PlayerTest, menuOnThePromptLeavesTheBookmarkAlone)
-{
-    push({ .played = true, .bookmarkMS = 95'000 });
-    press(RemoteAction::Menu);
-    EXPECT_FALSE(onTop());
-    EXPECT_EQ(player->startedAtMS(), -1);
-    shell::NotificationCenter::defaultCenter().postNotification(
-        shell::NotificationCenter::applicationWillTerminate());
-    EXPECT_TRUE(asset->handedOver.empty());
-    EXPECT_EQ(asset->bookmarkTimeInMS(), 95'000);
-}
-
+// Left and Right seek 10 s, Up and Down a minute, never before the start, playing or
+// paused; a seek of 10 s or more from the last bookmark hands a new one over.
 TEST_F(PlayerTest, arrowsSeek)
 {
+    const RemoteAction left = RemoteAction::Left, right = RemoteAction::Right,
+                       up = RemoteAction::Up, down = RemoteAction::Down,
+                       pause = RemoteAction::PlayPause;
     struct Row {
         const char* name;
         int fromMS;
-        RemoteAction action;
+        std::vector<RemoteAction> presses;
         qint64 toMS;
+        Bookmarks handedOver;
+        State state = State::Playing;
     };
     const Row rows[] = {
-        { "left goes back 10 s", 600'000, RemoteAction::Left, 590'000 },
-        { "right goes on 10 s", 600'000, RemoteAction::Right, 610'000 },
-        { "up goes on a minute", 600'000, RemoteAction::Up, 660'000 },
-        { "down goes back a minute", 600'000, RemoteAction::Down, 540'000 },
-        { "not before the start", 5'000, RemoteAction::Left, 0 },
-        { "a minute back from 30 s", 30'000, RemoteAction::Down, 0 },
+        { "left goes back 10 s", 600'000, { left }, 590'000, { 590'000 } },
+        { "right goes on 10 s", 600'000, { right }, 610'000, { 610'000 } },
+        { "up goes on a minute", 600'000, { up }, 660'000, { 660'000 } },
+        { "down goes back a minute", 600'000, { down }, 540'000, { 540'000 } },
+        { "not before the start", 30'000, { down }, 0, { 0 } },
+        { "each seek counts", 600'000, { down, right, right }, 560'000,
+            { 540'000, 550'000, 560'000 } },
+        { "while paused", 600'000, { pause, right }, 610'000, { 610'000 }, State::Paused },
+        { "play again after a pause", 600'000, { pause, pause }, 600'000, {} },
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         push({ .played = true, .bookmarkMS = row.fromMS });
         press(RemoteAction::Select);
-        press(row.action);
+        for (const RemoteAction each : row.presses)
+            press(each);
         EXPECT_EQ(player->positionMS(), row.toMS);
-        EXPECT_EQ(controller->describe()["player"].toObject()["positionMS"].toInteger(), row.toMS);
-        stack.popController();
-        stack.popController();
+        EXPECT_EQ(asset->handedOver, row.handedOver);
+        EXPECT_EQ(controller->state(), row.state);
+        EXPECT_EQ(player->state() == VideoPlayer::State::Paused, row.state == State::Paused);
+        popAll();
     }
 }
 
-TEST_F(PlayerTest, playPauseTogglesAndSeeksWorkWhilePaused)
+// However playback ends, one last bookmark where it stopped, and nothing after it. A
+// bookmark is handed over only once the duration is known, from the asset or, before
+// each bookmark, from the player: the asset takes any point for the end without it.
+// An error shows its first line until a key or the timer dismisses it.
+TEST_F(PlayerTest, playbackEndsWithOneLastBookmark)
 {
-    push({});
-    int changes = 0;
-    QObject::connect(controller, &shell::LayerController::changed, [&] { ++changes; });
-    press(RemoteAction::PlayPause);
-    EXPECT_EQ(player->state(), VideoPlayer::State::Paused);
-    EXPECT_EQ(describedState(), "paused");
-    EXPECT_GE(changes, 1);
-    playFor(5'000);
-    EXPECT_EQ(player->positionMS(), 0);
-    press(RemoteAction::Right);
-    EXPECT_EQ(player->positionMS(), 10'000);
-    press(RemoteAction::PlayPause);
-    EXPECT_EQ(player->state(), VideoPlayer::State::Playing);
-    EXPECT_EQ(describedState(), "playing");
-}
-
-TEST_F(PlayerTest, bookmarkEveryTenSecondsAndOnceAtTheEnd)
-{
-    struct Row {
-        const char* name;
-        std::function<void()> finish;
-        bool popped;
-    };
-    const Row rows[] = {
-        { "menu", [this] { press(RemoteAction::Menu); }, true },
-        { "popped by the stack", [this] { stack.popController(); }, true },
-        { "shell terminating",
-            [] {
-                shell::NotificationCenter::defaultCenter().postNotification(
-                    shell::NotificationCenter::applicationWillTerminate());
-            },
-            false },
-        { "error", [this] { player->fail("Decoder failed"); }, false },
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        // A movie without a duration of its own learns the player's before each one.
-        push({ .durationSeconds = 0, .playerDurationMS = 3'600'000 });
-        playFor(35'000);
-        EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 30'000 }));
-        row.finish();
-        EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 30'000, 35'000 }));
-        EXPECT_EQ(asset->knownDurations, std::vector<qint64>(4, 3'600'000));
-        EXPECT_EQ(onTop(), !row.popped);
-
-        // Nothing after the last word: no second notice, pop or player event counts.
-        shell::NotificationCenter::defaultCenter().postNotification(
-            shell::NotificationCenter::applicationWillTerminate());
-        player->advance(20'000);
-        stack.popController();
-        EXPECT_EQ(asset->handedOver.size(), 4u);
-        stack.popController();
-    }
-}
-
-TEST_F(PlayerTest, noBookmarkWhileNeitherAssetNorPlayerKnowsTheDuration)
-{
-    // The asset would take any point for the end, and wipe the resume point it has.
-    for (const bool learns : { true, false }) {
-        SCOPED_TRACE(learns ? "the player learns it" : "never known");
-        push({ .durationSeconds = 0, .playerDurationMS = 0 });
-        playFor(25'000);
-        if (learns)
-            player->setDurationMS(60'000);
-        playFor(1'000);
-        press(RemoteAction::Menu);
-        EXPECT_EQ(asset->handedOver, learns ? Bookmarks({ 26'000, 26'000 }) : Bookmarks());
-        stack.popController();
-    }
-}
-
-TEST_F(PlayerTest, seeksCountTowardsTheBookmarkInterval)
-{
-    push({ .played = true, .bookmarkMS = 600'000 });
-    press(RemoteAction::Select);
-    playFor(9'000);
-    EXPECT_TRUE(asset->handedOver.empty());
-    press(RemoteAction::Down);
-    press(RemoteAction::Right);
-    press(RemoteAction::Right);
-    EXPECT_EQ(asset->handedOver, Bookmarks({ 549'000, 559'000, 569'000 }));
-}
-
-TEST_F(PlayerTest, endOfMediaHandsOverAndPopsBack)
-{
-    push({ .durationSeconds = 25 });
-    playFor(25'000);
-    EXPECT_FALSE(onTop());
-    EXPECT_EQ(controller->state(), State::Ended);
-    // The final bookmark is the end itself; the asset's own rules decide what it keeps.
-    EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 20'000, 25'000 }));
-}
-
-TEST_F(PlayerTest, errorShowsThenDismissesByActionOrTimer)
-{
-    struct Row {
-        const char* name;
-        bool byTimer;
-    };
-    const Row rows[] = { { "by action", false }, { "by timer", true } };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        push({});
-        controller->setErrorDismissDelayMS(row.byTimer ? 10 : 60'000);
-        playFor(12'000);
+    const Movie learning { .durationSeconds = 0, .playerDurationMS = 3'600'000 };
+    const Bookmarks everyTen { 10'000, 20'000, 30'000, 35'000 };
+    const auto menu = [this] { press(RemoteAction::Menu); };
+    const auto fail = [this](bool byTimer) {
+        controller->setErrorDismissDelayMS(byTimer ? 10 : 60'000);
         player->fail("Decoder failed\nat frame 288 of stream 0");
-        EXPECT_EQ(controller->errorText(), "Decoder failed");
         const QJsonObject described = controller->describe()["player"].toObject();
         EXPECT_EQ(described["state"], "error");
         EXPECT_EQ(described["error"], "Decoder failed");
-        EXPECT_TRUE(onTop());
-        if (row.byTimer)
-            EXPECT_TRUE(waitUntilPopped());
-        else
-            press(RemoteAction::Right);
-        EXPECT_FALSE(onTop());
-        EXPECT_EQ(asset->handedOver, Bookmarks({ 10'000, 12'000 }));
+        terminateShell(); // changes nothing now
+        EXPECT_TRUE(byTimer ? waitUntilPopped() : stack.handleAction(RemoteAction::Select));
+    };
+    struct Row {
+        const char* name;
+        Movie movie;
+        std::function<void()> finish;
+        bool popped;
+        Bookmarks handedOver;
+        qint64 knownDurationMS = 3'600'000;
+    };
+    const Row rows[] = {
+        { "menu", learning, menu, true, everyTen },
+        { "popped by the stack", learning, [this] { stack.popController(); }, true, everyTen },
+        { "shell terminating", learning, [] { terminateShell(); }, false, everyTen },
+        { "end of the movie", { .durationSeconds = 0, .playerDurationMS = 35'000 }, [] {}, true,
+            everyTen, 35'000 },
+        { "error dismissed by a key", learning, [&] { fail(false); }, true, everyTen },
+        { "error dismissed by the timer", learning, [&] { fail(true); }, true, everyTen },
+        { "error on the resume prompt", kResumable, [&] { fail(false); }, true, {} },
+        { "menu on the resume prompt", kResumable, menu, true, {} },
+        { "media the player refuses shows an error at once", { .url = "" },
+            [this] {
+                EXPECT_EQ(controller->state(), State::Error);
+                EXPECT_FALSE(controller->errorText().isEmpty());
+                controller->setErrorDismissDelayMS(10);
+                EXPECT_TRUE(waitUntilPopped());
+            },
+            true, {} },
+        { "duration never known", { .durationSeconds = 0, .playerDurationMS = 0 }, menu, true, {} },
+        { "duration learnt late", { .durationSeconds = 0, .playerDurationMS = 0 },
+            [&] {
+                player->setDurationMS(60'000);
+                playFor(1'000);
+                menu();
+            },
+            true, { 36'000, 36'000 }, 60'000 },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        push(row.movie);
+        playFor(35'000);
+        row.finish();
+        EXPECT_EQ(asset->handedOver, row.handedOver);
+        EXPECT_EQ(
+            asset->knownDurations, std::vector<qint64>(row.handedOver.size(), row.knownDurationMS));
+        EXPECT_EQ(onTop(), !row.popped);
+
+        terminateShell();
+        if (player)
+            player->advance(20'000);
         stack.popController();
+        EXPECT_EQ(asset->handedOver, row.handedOver);
+        popAll();
     }
 }
 
@@ -339,7 +280,6 @@ TEST_F(PlayerTest, aTrailerReachesThePlayerOnlyFromAWebAddress)
     const Row rows[] = {
         { "https", MediaType::movieTrailer, "https://cdn.example/t.mov", true },
         { "a local file", MediaType::movieTrailer, "file:///movies/t.mov", false },
-        { "a bare path", MediaType::movieTrailer, "/movies/t.mov", false },
         { "ftp", MediaType::movieTrailer, "ftp://cdn.example/t.mov", false },
         { "http without a host", MediaType::movieTrailer, "http:///t.mov", false },
         { "a library movie", MediaType::movie, "file:///movies/Film.m4v", true },
@@ -357,32 +297,8 @@ TEST_F(PlayerTest, aTrailerReachesThePlayerOnlyFromAWebAddress)
         EXPECT_EQ(pushed->errorText(),
             row.plays ? QString() : QStringLiteral("Trailers play only from web addresses."));
         EXPECT_EQ(pushed->videoPlayer() && pushed->videoPlayer()->media(), row.plays);
-        stack.popController();
-        stack.popController();
+        popAll();
     }
-}
-
-TEST_F(PlayerTest, errorBeforePlaybackHandsNothingOver)
-{
-    push({ .played = true, .bookmarkMS = 95'000 });
-    player->fail("Cannot open");
-    EXPECT_EQ(describedState(), "error");
-    press(RemoteAction::Select);
-    EXPECT_FALSE(onTop());
-    EXPECT_TRUE(asset->handedOver.empty());
-}
-
-TEST_F(PlayerTest, mediaThatCannotBeSetShowsTheErrorAtOnce)
-{
-    push({ .url = "" });
-    controller->setErrorDismissDelayMS(10);
-    EXPECT_EQ(controller->state(), State::Error);
-    EXPECT_FALSE(controller->errorText().isEmpty());
-    EXPECT_EQ(player->startedAtMS(), -1);
-    shell::NotificationCenter::defaultCenter().postNotification(
-        shell::NotificationCenter::applicationWillTerminate());
-    EXPECT_TRUE(waitUntilPopped());
-    EXPECT_TRUE(asset->handedOver.empty());
 }
 
 } // namespace
