@@ -22,15 +22,11 @@ namespace {
 class ImageFileProviderTest : public ::testing::Test {
 protected:
     QString path(const QString& name) const { return m_dir.filePath(name); }
-    QImage request(const QString& file, QSize requested = {}, QSize* full = nullptr)
+    QImage request(const QString& file, QSize requested = {})
     {
         const QString url = ImageFileProvider::urlFor(file);
         EXPECT_TRUE(url.startsWith("image://file/")) << qPrintable(url);
-        QSize size;
-        const QImage image = m_provider.requestImage(url.mid(13), &size, requested);
-        if (full)
-            *full = size;
-        return image;
+        return m_provider.requestImage(url.mid(13), nullptr, requested);
     }
 
     QTemporaryDir m_dir;
@@ -44,9 +40,7 @@ TEST_F(ImageFileProviderTest, ACoverIsReadWhateverItsNameAndAtTheSizeAskedFor)
     QImage cover(300, 200, QImage::Format_RGB32);
     cover.fill(Qt::darkCyan);
     ASSERT_TRUE(cover.save(file, "PNG"));
-    QSize full;
-    EXPECT_EQ(request(file, QSize(60, 60), &full).size(), QSize(60, 40));
-    EXPECT_EQ(full, QSize(300, 200)) << "the size reported is the file's own";
+    EXPECT_EQ(request(file, QSize(60, 60)).size(), QSize(60, 40));
     EXPECT_EQ(request(file, QSize(0, 20)).size(), QSize(30, 20));
 
     // A link to a cover is followed, as the library's links are.

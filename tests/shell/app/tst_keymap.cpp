@@ -33,7 +33,6 @@ TEST_P(DefaultKeys, ActAndOnlyTheDirectionsRepeat)
 
 INSTANTIATE_TEST_SUITE_P(Remote, DefaultKeys,
     ::testing::Values(DefaultKey { "Down", Qt::Key_Down, RemoteAction::Down, true },
-        DefaultKey { "Left", Qt::Key_Left, RemoteAction::Left, true },
         DefaultKey { "Enter", Qt::Key_Enter, RemoteAction::Select, false },
         DefaultKey { "Escape", Qt::Key_Escape, RemoteAction::Menu, false },
         DefaultKey { "Backspace", Qt::Key_Backspace, RemoteAction::Menu, false },
