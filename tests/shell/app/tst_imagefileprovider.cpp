@@ -22,27 +22,11 @@ namespace {
 class ImageFileProviderTest : public ::testing::Test {
 protected:
     QString path(const QString& name) const { return m_dir.filePath(name); }
-    QString writeCover(const QString& name, QSize size) const
+    QImage request(const QString& file, QSize requested = {})
     {
-        QImage cover(size, QImage::Format_RGB32);
-        cover.fill(Qt::darkCyan);
-        cover.save(path(name), "PNG");
-        return path(name);
-    }
-    static QString idOf(const QString& file)
-    {
-        const QString prefix = QStringLiteral("image://file/");
         const QString url = ImageFileProvider::urlFor(file);
-        EXPECT_TRUE(url.startsWith(prefix)) << url.toStdString();
-        return url.mid(prefix.size());
-    }
-    QImage request(const QString& file, QSize requested = {}, QSize* full = nullptr)
-    {
-        QSize size;
-        const QImage image = m_provider.requestImage(idOf(file), &size, requested);
-        if (full)
-            *full = size;
-        return image;
+        EXPECT_TRUE(url.startsWith("image://file/")) << qPrintable(url);
+        return m_provider.requestImage(url.mid(13), nullptr, requested);
     }
 
     QTemporaryDir m_dir;
@@ -52,14 +36,12 @@ protected:
 TEST_F(ImageFileProviderTest, ACoverIsReadWhateverItsNameAndAtTheSizeAskedFor)
 {
     // Characters a URL would otherwise read as its own: '#', '?', '%', a space.
-    const QString file = writeCover("Été #1? 100% (2).png", QSize(300, 200));
-    QSize full;
-    EXPECT_EQ(request(file, {}, &full).size(), QSize(300, 200));
-    EXPECT_EQ(full, QSize(300, 200));
-    EXPECT_EQ(request(file, QSize(60, 60), &full).size(), QSize(60, 40));
-    EXPECT_EQ(full, QSize(300, 200)) << "the size reported is the file's own";
+    const QString file = path("Été #1? 100% (2).png");
+    QImage cover(300, 200, QImage::Format_RGB32);
+    cover.fill(Qt::darkCyan);
+    ASSERT_TRUE(cover.save(file, "PNG"));
+    EXPECT_EQ(request(file, QSize(60, 60)).size(), QSize(60, 40));
     EXPECT_EQ(request(file, QSize(0, 20)).size(), QSize(30, 20));
-    EXPECT_EQ(request(file, QSize(150, 0)).size(), QSize(150, 100));
 
     // A link to a cover is followed, as the library's links are.
     ASSERT_TRUE(QFile::link(file, path("link.png")));
@@ -73,30 +55,23 @@ TEST_F(ImageFileProviderTest, ACoverIsReadWhateverItsNameAndAtTheSizeAskedFor)
 
 TEST_F(ImageFileProviderTest, WhatIsNoCoverAnswersNoImageAtOnce)
 {
+    const auto write = [this](const char* name, const QByteArray& bytes, qint64 size = 0) {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        EXPECT_TRUE(size == 0 || file.resize(size));
+    };
     // A FIFO: QML's own loading would open it and wait for a writer.
     ASSERT_EQ(::mkfifo(QFile::encodeName(path("fifo.png")).constData(), 0600), 0);
     // A picture whose decoded size would be 1.6 GB, refused before decoding.
-    QFile huge(path("huge.ppm"));
-    ASSERT_TRUE(huge.open(QIODevice::WriteOnly));
-    huge.write("P6\n20000 20000\n255\n");
-    huge.write(QByteArray(3 * 64, '\x7f'));
-    huge.close();
+    write("huge.ppm", "P6\n20000 20000\n255\n" + QByteArray(3 * 64, '\x7f'));
     // A file over the cover limit, sparse so that it costs no disk.
-    QFile big(path("big.png"));
-    ASSERT_TRUE(big.open(QIODevice::WriteOnly));
-    ASSERT_TRUE(big.resize(40 << 20));
-    big.close();
-    QFile garbage(path("garbage.png"));
-    ASSERT_TRUE(garbage.open(QIODevice::WriteOnly));
-    garbage.write("\x89PNG\r\n\x1a\nnot really");
-    garbage.close();
+    write("big.png", {}, 40 << 20);
+    write("garbage.png", "\x89PNG\r\n\x1a\nnot really");
     ASSERT_TRUE(QDir(m_dir.path()).mkdir("folder.png"));
-
     for (const char* name :
-        { "fifo.png", "huge.ppm", "big.png", "garbage.png", "folder.png", "missing.png" }) {
-        SCOPED_TRACE(name);
-        EXPECT_TRUE(request(path(QString::fromLatin1(name))).isNull());
-    }
+        { "fifo.png", "huge.ppm", "big.png", "garbage.png", "folder.png", "missing.png" })
+        EXPECT_TRUE(request(path(QString::fromLatin1(name))).isNull()) << name;
     EXPECT_TRUE(m_provider.requestImage("not base64!", nullptr, {}).isNull());
 }
 

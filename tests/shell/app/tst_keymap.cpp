@@ -5,7 +5,6 @@
 
 #include <QFile>
 #include <QKeyEvent>
-#include <QLoggingCategory>
 #include <QTemporaryDir>
 
 using mediashell::KeyMap;
@@ -13,153 +12,91 @@ using shell::RemoteAction;
 
 namespace {
 
-class KeyMapTest : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(m_dir.isValid());
-        LogCapture::lines().clear();
-    }
+struct DefaultKey {
+    const char* name;
+    int key;
+    std::optional<RemoteAction> action;
+    bool repeats; // a held key goes on acting
+};
 
-    QString write(const QString& name, const QByteArray& content)
+class DefaultKeys : public ::testing::TestWithParam<DefaultKey> { };
+
+// One key per action, and the ones a keyboard standing in for the remote needs.
+TEST_P(DefaultKeys, ActAndOnlyTheDirectionsRepeat)
+{
+    const DefaultKey& row = GetParam();
+    const KeyMap map;
+    EXPECT_EQ(map.actionForKey(row.key), row.action);
+    const QKeyEvent held(QEvent::KeyPress, row.key, Qt::KeypadModifier, QString(), true);
+    EXPECT_EQ(map.actionForEvent(held), row.repeats ? row.action : std::nullopt);
+}
+
+INSTANTIATE_TEST_SUITE_P(Remote, DefaultKeys,
+    ::testing::Values(DefaultKey { "Down", Qt::Key_Down, RemoteAction::Down, true },
+        DefaultKey { "Enter", Qt::Key_Enter, RemoteAction::Select, false },
+        DefaultKey { "Escape", Qt::Key_Escape, RemoteAction::Menu, false },
+        DefaultKey { "Backspace", Qt::Key_Backspace, RemoteAction::Menu, false },
+        DefaultKey { "Space", Qt::Key_Space, RemoteAction::PlayPause, false },
+        DefaultKey { "F5", Qt::Key_F5, std::nullopt, false }),
+    [](const auto& info) { return std::string(info.param.name); });
+
+class KeyFileTest : public ::testing::Test {
+protected:
+    QString write(const QByteArray& content)
     {
-        const QString path = m_dir.filePath(name);
-        QFile file(path);
+        QFile file(m_dir.filePath(QString::number(++m_files) + ".json"));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(content);
-        return path;
+        return file.fileName();
     }
 
     QTemporaryDir m_dir;
+    int m_files = 0;
     LogCapture m_log;
 };
 
-} // namespace
-
-TEST_F(KeyMapTest, DefaultsCoverTheRemote)
+// A key by its Qt name with or without "Key_", a key sequence's text or its code; an
+// action by name, or nothing to unbind the key.
+TEST_F(KeyFileTest, BindsOverTheDefaultsAndTheGivenFileWinsOverTheUsers)
 {
-    const KeyMap map;
-    const std::pair<Qt::Key, RemoteAction> expected[] = {
-        { Qt::Key_Up, RemoteAction::Up },
-        { Qt::Key_Down, RemoteAction::Down },
-        { Qt::Key_Left, RemoteAction::Left },
-        { Qt::Key_Right, RemoteAction::Right },
-        { Qt::Key_Return, RemoteAction::Select },
-        { Qt::Key_Enter, RemoteAction::Select },
-        { Qt::Key_Escape, RemoteAction::Menu },
-        { Qt::Key_Backspace, RemoteAction::Menu },
-        { Qt::Key_Back, RemoteAction::Menu },
-        { Qt::Key_MediaStop, RemoteAction::Menu },
-        { Qt::Key_Space, RemoteAction::PlayPause },
-        { Qt::Key_MediaPlay, RemoteAction::PlayPause },
-        { Qt::Key_MediaPause, RemoteAction::PlayPause },
-        { Qt::Key_MediaTogglePlayPause, RemoteAction::PlayPause },
-    };
-    for (const auto& [key, action] : expected) {
-        ASSERT_TRUE(map.actionForKey(key).has_value()) << Qt::hex << key;
-        EXPECT_EQ(*map.actionForKey(key), action) << Qt::hex << key;
-    }
-    EXPECT_FALSE(map.actionForKey(Qt::Key_A).has_value());
-    EXPECT_FALSE(map.actionForKey(Qt::Key_F5).has_value());
-}
+    const QString given = write(R"({"Key_F5": "menu", "Media Play": "up", "0x01000061": "select",
+        "65": "left", "Space": null, "Backspace": "none"})");
+    const QString user = write(R"({"F9": "playpause"})");
+    const KeyMap map = KeyMap::load(given, user);
+    const std::pair<int, std::optional<RemoteAction>> keys[]
+        = { { Qt::Key_F5, RemoteAction::Menu }, { Qt::Key_MediaPlay, RemoteAction::Up },
+              { Qt::Key_Back, RemoteAction::Select }, { Qt::Key_A, RemoteAction::Left },
+              { Qt::Key_Space, std::nullopt }, { Qt::Key_Backspace, std::nullopt },
+              { Qt::Key_F9, std::nullopt }, { Qt::Key_Up, RemoteAction::Up } };
+    for (const auto& [key, action] : keys)
+        EXPECT_EQ(map.actionForKey(key), action) << Qt::hex << key;
 
-TEST_F(KeyMapTest, HeldKeysRepeatOnlyTheDirections)
-{
-    const KeyMap map;
-    EXPECT_EQ(map.actionForKeyPress(Qt::Key_Down, true), RemoteAction::Down);
-    EXPECT_EQ(map.actionForKeyPress(Qt::Key_Up, true), RemoteAction::Up);
-    EXPECT_EQ(map.actionForKeyPress(Qt::Key_Right, true), RemoteAction::Right);
-    EXPECT_FALSE(map.actionForKeyPress(Qt::Key_Return, true).has_value());
-    EXPECT_FALSE(map.actionForKeyPress(Qt::Key_Escape, true).has_value());
-    EXPECT_FALSE(map.actionForKeyPress(Qt::Key_Space, true).has_value());
-    EXPECT_EQ(map.actionForKeyPress(Qt::Key_Return, false), RemoteAction::Select);
-
-    const QKeyEvent repeat(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier, QString(), true, 5);
-    EXPECT_EQ(map.actionForEvent(repeat), RemoteAction::Down);
-    const QKeyEvent keypadEnter(QEvent::KeyPress, Qt::Key_Enter, Qt::KeypadModifier);
-    EXPECT_EQ(map.actionForEvent(keypadEnter), RemoteAction::Select);
-}
-
-TEST_F(KeyMapTest, KeyNamesInEveryForm)
-{
-    EXPECT_EQ(KeyMap::keyFromName("Key_F5"), Qt::Key_F5);
-    EXPECT_EQ(KeyMap::keyFromName("F5"), Qt::Key_F5);
-    EXPECT_EQ(KeyMap::keyFromName("MediaNext"), Qt::Key_MediaNext);
-    EXPECT_EQ(KeyMap::keyFromName("Media Play"), Qt::Key_MediaPlay);
-    EXPECT_EQ(KeyMap::keyFromName("PgDown"), Qt::Key_PageDown);
-    EXPECT_EQ(KeyMap::keyFromName("0x01000061"), Qt::Key_Back);
-    EXPECT_EQ(KeyMap::keyFromName("65"), Qt::Key_A);
-    EXPECT_EQ(KeyMap::keyFromName("Space"), Qt::Key_Space);
-    EXPECT_EQ(KeyMap::keyFromName("NoSuchKey"), 0);
-    EXPECT_EQ(KeyMap::keyFromName("Ctrl+A"), 0);
-    EXPECT_EQ(KeyMap::keyFromName(""), 0);
-    EXPECT_EQ(KeyMap::keyFromName("-3"), 0);
-}
-
-TEST_F(KeyMapTest, AFileBindsOverTheDefaults)
-{
-    const QString path = write("keys.json", R"({
-        "F5": "menu",
-        "Key_MediaNext": "right",
-        "0x01000061": "select",
-        "Space": null,
-        "Backspace": "none"
-    })");
-    const KeyMap map = KeyMap::load(path, QString());
-    EXPECT_EQ(map.actionForKey(Qt::Key_F5), RemoteAction::Menu);
-    EXPECT_EQ(map.actionForKey(Qt::Key_MediaNext), RemoteAction::Right);
-    EXPECT_EQ(map.actionForKey(Qt::Key_Back), RemoteAction::Select);
-    EXPECT_FALSE(map.actionForKey(Qt::Key_Space).has_value());
-    EXPECT_FALSE(map.actionForKey(Qt::Key_Backspace).has_value());
-    // The rest of the defaults stay.
-    EXPECT_EQ(map.actionForKey(Qt::Key_Up), RemoteAction::Up);
-    EXPECT_EQ(map.actionForKey(Qt::Key_Return), RemoteAction::Select);
-    EXPECT_TRUE(LogCapture::containing("Ignoring").isEmpty());
-}
-
-TEST_F(KeyMapTest, TheUserFileServesWhenNoFileIsGiven)
-{
-    const QString user = write("user.json", R"({"F9": "playpause"})");
     EXPECT_EQ(KeyMap::load(QString(), user).actionForKey(Qt::Key_F9), RemoteAction::PlayPause);
-    // --keys wins over the user's file.
-    const QString given = write("given.json", R"({"F8": "menu"})");
-    const KeyMap both = KeyMap::load(given, user);
-    EXPECT_EQ(both.actionForKey(Qt::Key_F8), RemoteAction::Menu);
-    EXPECT_FALSE(both.actionForKey(Qt::Key_F9).has_value());
-    // No user file: the defaults, quietly.
-    const KeyMap none = KeyMap::load(QString(), m_dir.filePath("absent.json"));
-    EXPECT_EQ(none.bindings(), KeyMap().bindings());
+    EXPECT_EQ(
+        KeyMap::load(QString(), m_dir.filePath("absent.json")).bindings(), KeyMap().bindings());
     EXPECT_TRUE(LogCapture::containing("Ignoring").isEmpty());
-    EXPECT_TRUE(KeyMap::userFile().endsWith("/keys.json")) << qPrintable(KeyMap::userFile());
 }
 
-TEST_F(KeyMapTest, ABadFileIsLoggedAndTheDefaultsStay)
+TEST_F(KeyFileTest, ABadFileIsLoggedAndTheDefaultsStay)
 {
-    struct Case {
-        const char* name;
-        QByteArray content;
-        const char* reason;
+    const std::pair<QByteArray, const char*> files[] = {
+        { "{ \"F5\": ", "not JSON" },
+        { "[\"F5\", \"menu\"]", "not a JSON object" },
+        { R"({"F5": "menu", "NoSuchKey": "up"})", "\"NoSuchKey\" names no key" },
+        { R"({"Ctrl+A": "up"})", "\"Ctrl+A\" names no key" },
+        { R"({"-3": "up"})", "\"-3\" names no key" },
+        { R"({"F5": "jump"})", "\"F5\" is bound to \"jump\", which is no remote action" },
+        { R"({"F5": 3})", "which is no remote action" },
+        { {}, "missing.json" },
     };
-    const Case cases[] = {
-        { "broken.json", "{ \"F5\": ", "not JSON" },
-        { "array.json", "[\"F5\", \"menu\"]", "not a JSON object" },
-        { "badkey.json", R"({"F5": "menu", "NoSuchKey": "up"})", "\"NoSuchKey\" names no key" },
-        { "badaction.json", R"({"F5": "jump"})",
-            "\"F5\" is bound to \"jump\", which is no remote action" },
-        { "number.json", R"({"F5": 3})", "which is no remote action" },
-    };
-    for (const Case& c : cases) {
+    for (const auto& [content, reason] : files) {
         LogCapture::lines().clear();
-        const QString path = write(c.name, c.content);
-        const KeyMap map = KeyMap::load(path, QString());
-        EXPECT_EQ(map.bindings(), KeyMap().bindings()) << c.name;
-        const QStringList logged = LogCapture::containing("Ignoring the key bindings of");
-        ASSERT_EQ(logged.size(), 1) << c.name;
-        EXPECT_TRUE(logged.first().contains(path)) << qPrintable(logged.first());
-        EXPECT_TRUE(logged.first().contains(QLatin1String(c.reason))) << qPrintable(logged.first());
+        const QString path = content.isNull() ? m_dir.filePath("missing.json") : write(content);
+        EXPECT_EQ(KeyMap::load(path, QString()).bindings(), KeyMap().bindings()) << reason;
+        const QStringList logged = LogCapture::containing("Ignoring the key bindings of " + path);
+        ASSERT_EQ(logged.size(), 1) << reason;
+        EXPECT_TRUE(logged.first().contains(QLatin1String(reason))) << qPrintable(logged.first());
     }
-    LogCapture::lines().clear();
-    const QString missing = m_dir.filePath("missing.json");
-    EXPECT_EQ(KeyMap::load(missing, QString()).bindings(), KeyMap().bindings());
-    EXPECT_EQ(LogCapture::containing(missing).size(), 1);
 }
+
+} // namespace
