@@ -1,0 +1,254 @@
+#include "reposit/sxp/CElement.h"
+#include "reposit/sxp/CParser.h"
+#include "reposit/sxp/IPersistObj.h"
+#include "reposit/sxp/Tag.h"
+#include "reposit/sxp/TagHashtable.h"
+#include "reposit/sxp/XMLEscape.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+using namespace SXP;
+using Events = std::vector<std::string>;
+
+namespace {
+
+const Tag kDocTag("doc");
+const Tag kItemTag("item");
+const Tag kSubTag("sub");
+
+// Logs "<name" for a start and "</name:data" for an end, so a test compares a whole run.
+// A "sub" element is handed to `child`; a "stop" element shuts the parse down.
+class Recorder : public IPersistObj {
+public:
+    Recorder(const Tag& tag, Events* log, std::string prefix = {})
+        : m_tag(tag)
+        , m_log(log)
+        , m_prefix(std::move(prefix))
+    {
+    }
+    const Tag& GetClassTag() const override { return m_tag; }
+    void WriteElement(IOutStreamT<CFileOutStream>*, std::map<std::string, std::string>&) override {
+    }
+    void BeginElement(IParser* parser, IElement* element) override
+    {
+        m_log->push_back(m_prefix + "<" + element->Name());
+        if (child && element->IsA(kSubTag))
+            parser->ReadTo(child);
+        if (element->IsA("stop"))
+            parser->Shutdown();
+    }
+    void EndElement(IParser*, IElement* element) override
+    {
+        m_log->push_back(m_prefix + "</" + element->Name() + ":" + element->Data());
+    }
+    Recorder* child = nullptr;
+
+private:
+    const Tag& m_tag;
+    Events* m_log;
+    std::string m_prefix;
+};
+
+std::string times(const std::string& text, int count)
+{
+    return QByteArray::fromStdString(text).repeated(count).toStdString();
+}
+
+struct ParseRun {
+    Events events;
+    int code;
+    std::string error; // "TEXT LINE:COLUMN"
+    bool stopped;
+};
+
+// Feeds `doc` in pieces of `chunk` bytes (0: whole), or the file at `path` when `doc` is
+// empty; answers the first non-zero code.
+ParseRun parse(const std::string& doc, std::size_t chunk = 0, const Tag& root = kDocTag,
+    const QByteArray& path = {})
+{
+    ParseRun run;
+    Recorder child(kSubTag, &run.events, "child"), recorder(root, &run.events);
+    recorder.child = &child;
+    CParser parser(&recorder);
+    run.code = 0;
+    if (!path.isEmpty())
+        run.code = parser.FeedFile(path.constData());
+    const std::size_t step = chunk ? chunk : doc.size();
+    for (std::size_t pos = 0; pos < doc.size() && run.code == 0; pos += step) {
+        const std::size_t len = std::min(step, doc.size() - pos);
+        run.code = parser.Feed(doc.data() + pos, int(len), pos + len == doc.size());
+    }
+    run.error = parser.ErrorText() + " " + std::to_string(parser.ErrorLine()) + ":"
+        + std::to_string(parser.ErrorColumn());
+    run.stopped = parser.IsStopped();
+    parser.DoShutdown();
+    EXPECT_EQ(parser.Feed("<x/>", 4, 1), 0); // a shut down parser takes nothing more
+    return run;
+}
+
+TEST(CParser, EventsAreTheSameWholeAndInSmallChunks)
+{
+    QTemporaryDir dir;
+    QFile secret(dir.filePath("secret.txt"));
+    ASSERT_TRUE(secret.open(QIODevice::WriteOnly) && secret.write("TOPSECRET") == 9);
+    secret.close();
+    struct Case {
+        const char* name;
+        std::string doc;
+        Events events;
+        const Tag& root = kDocTag;
+    };
+    const Case cases[] = {
+        { "TextBetweenChildrenGoesToParent", "<doc>a<item>x</item>b\nc</doc>",
+            { "<doc", "<item", "</item:x", "</doc:ab\nc" } },
+        { "EntitiesCdataAndUtf8JoinInOrder",
+            "<doc><item>a &amp; b &lt;c&gt; <![CDATA[<raw>]]> &#233;\xE2\x82\xAC</item></doc>",
+            { "<doc", "<item", "</item:a & b <c> <raw> \xC3\xA9\xE2\x82\xAC", "</doc:" } },
+        { "UnregisteredNamesNeverPop", "<doc><unknown><doc2/></unknown>t</doc>",
+            { "<doc", "<unknown", "<doc2", "</doc2:", "</unknown:", "</doc:t" } },
+        { "ClosingTheRootHandlersElementStopsTheParse", "<doc><item>1</item><item>2</item></doc>",
+            { "<doc", "<item", "</item:1" }, kItemTag },
+        { "ReadToHandsEventsToAChildUntilItsElementCloses",
+            "<doc><sub><item>i</item></sub><item>j</item></doc>",
+            { "<doc", "<sub", "child<item", "child</item:i", "child</sub:", "<item", "</item:j",
+                "</doc:" } },
+        // "doc" and "stop" are still open: DoShutdown frees them.
+        { "ShutdownFromAHandlerIgnoresLaterEvents",
+            "<doc><item>a</item><stop><item>b</item></stop>tail</doc>",
+            { "<doc", "<item", "</item:a", "<stop" } },
+        { "ExternalEntitiesAreNotLoaded",
+            "<!DOCTYPE doc [<!ENTITY ext SYSTEM 'file://" + secret.fileName().toStdString()
+                + "'>]><doc><item>&ext;</item></doc>",
+            { "<doc", "<item", "</item:", "</doc:" } },
+    };
+    for (const auto& c : cases) {
+        for (std::size_t chunk = 0; chunk <= 5; ++chunk) {
+            SCOPED_TRACE(std::string(c.name) + ", chunk " + std::to_string(chunk));
+            const ParseRun run = parse(c.doc, chunk, c.root);
+            EXPECT_EQ(run.code, 0);
+            EXPECT_TRUE(run.stopped); // by the root handler's element closing, or by a handler
+            EXPECT_EQ(run.events, c.events);
+        }
+    }
+}
+
+TEST(CParser, MalformedXmlAndMissingFilesReportCodeTextAndPosition)
+{
+    std::string laughs = "<!DOCTYPE doc [<!ENTITY l0 'ha'>"; // 2 * 10^10 bytes if expanded
+    for (int i = 1; i <= 10; ++i)
+        laughs += "<!ENTITY l" + std::to_string(i) + " '"
+            + times("&l" + std::to_string(i - 1) + ";", 10) + "'>";
+    const struct {
+        std::string doc;
+        int code;
+        std::string error;
+    } cases[] = {
+        { "<doc>\n  <item></doc>", XML_ERROR_TAG_MISMATCH + 1, "mismatched tag 2:10" },
+        { "<doc>\xFF</doc>", XML_ERROR_INVALID_TOKEN + 1, "not well-formed (invalid token) 1:5" },
+        { laughs + "]><doc>&l10;</doc>", CParser::kOtherExpatError,
+            "limit on input amplification factor (from DTD and entities) breached 1:590" },
+    };
+    for (const auto& c : cases) {
+        const ParseRun run = parse(c.doc);
+        EXPECT_EQ(run.code, c.code) << c.error;
+        EXPECT_EQ(run.error, c.error);
+    }
+    const ParseRun missing = parse({}, 0, kDocTag, "/nonexistent/doc.xml");
+    EXPECT_EQ(missing.code, CParser::kCantOpenFile);
+    EXPECT_EQ(missing.error, "Can't open file -1:-1");
+}
+
+TEST(CParser, FilesAreReadAcrossBlocksAndDeepNestingParsesWithoutRecursion)
+{
+    QTemporaryDir dir;
+    const std::string text(30000, 'x');
+    QFile file(dir.filePath("doc.xml"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray::fromStdString("<doc><item>" + text + "</item></doc>"));
+    file.close();
+    const ParseRun run = parse({}, 0, kDocTag, QFile::encodeName(file.fileName()));
+    EXPECT_EQ(run.error, "No error -1:-1");
+    EXPECT_EQ(run.events, (Events { "<doc", "<item", "</item:" + text, "</doc:" }));
+
+    constexpr int kDepth = 100000;
+    const ParseRun deep = parse("<doc>" + times("<item>", kDepth) + times("</item>", kDepth) + "</doc>");
+    EXPECT_EQ(deep.code, 0);
+    EXPECT_EQ(deep.events.size(), 2u * kDepth + 2);
+}
+
+TEST(TagHashtable, CollidingNamesProbeForwardWrapAroundAndShareASlotWhenEqual)
+{
+    // Four names whose home is the last slot: at most one of the first three can stay there,
+    // and looking the fourth up walks past them to a free slot.
+    static std::vector<std::string> names;
+    for (int n = 0; names.size() < 4; ++n) {
+        const std::string name = "tt" + std::to_string(n);
+        if (TagHashtable::Hash(name.c_str()) % TagHashtable::kSlots == 255)
+            names.push_back(name);
+    }
+    static const Tag first(names[0].c_str()), second(names[1].c_str()), third(names[2].c_str());
+    EXPECT_EQ((std::set<int> { first.Index(), second.Index(), third.Index() }).size(), 3u);
+    for (const Tag* tag : { &first, &second, &third }) {
+        EXPECT_LT((tag->Index() + 1) % 256, 64) << tag->Name(); // probed up from 255, wrapped
+        EXPECT_EQ(TagHashtable::TagHT()->Lookup(tag->Name()), tag->Index());
+    }
+    static const Tag again(names[1].c_str());
+    EXPECT_EQ(again.Index(), second.Index());
+    EXPECT_EQ(TagHashtable::TagHT()->Lookup(names[3].c_str()), -1);
+
+    CElement element; // renaming forgets the tag index it had
+    element.Reset("item", nullptr);
+    EXPECT_TRUE(element.IsA(kItemTag));
+    element.setName("not-a-tag");
+    EXPECT_FALSE(element.IsA(kItemTag));
+}
+
+TEST(XMLEscape, EscapesTheFivePredefinedCharactersAndUnescapesNothing)
+{
+    EXPECT_EQ(XMLEscape("<>&'\"&amp;\u00E9"), "&lt;&gt;&amp;&apos;&quot;&amp;amp;\u00E9");
+    // The scanner compares its entity buffer with the NUL written behind the ";", so it
+    // never recognises an entity.
+    for (const char* text : { "x &amp; y", "&lt;&gt;", "&abcdefghij", "&a&lt;", "&;;&&;" })
+        EXPECT_EQ(XMLUnEscape(text), QString(text));
+}
+
+TEST(CElement, RetrieveConvertsLikeAtolAndAtofInTheCLocaleAndTextFromUtf8)
+{
+    // A locale with "," as the decimal separator (where one is installed) must not matter.
+    std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
+    const struct {
+        const char* text;
+        int asInt;
+        double asDouble;
+    } cases[] = { { " -7", -7, -7.0 }, { "+3x", 3, 3.0 }, { "abc", 0, 0.0 }, { "1.5e2", 1, 150.0 },
+        { "99999999999", 2147483647, 99999999999.0 } };
+    CElement element;
+    for (const auto& c : cases) {
+        element.Reset("int", nullptr);
+        element.AppendData(c.text, int(std::strlen(c.text)));
+        int i = -1;
+        double d = -1;
+        element.Retrieve(i);
+        element.Retrieve(d);
+        EXPECT_EQ(i, c.asInt) << c.text;
+        EXPECT_DOUBLE_EQ(d, c.asDouble) << c.text;
+    }
+    std::setlocale(LC_NUMERIC, "C");
+    element.Reset("string", nullptr);
+    const char text[] = "caf\xC3\xA9 &amp;";
+    element.AppendData(text, int(sizeof text - 1));
+    QString out;
+    element.Retrieve(out);
+    EXPECT_EQ(out, QStringLiteral("caf\u00E9 &amp;")); // entities stay as they are
+}
+
+} // namespace
