@@ -78,8 +78,7 @@ TEST(VireoXmlRpc, EachCommandPrintsItsResultOrOneErrorAndExitsWithItsStatus)
 TEST(VireoXmlRpc, TheProgramReadsStandardInputAndWritesUtf8)
 {
     QProcess tool;
-    tool.start(
-        QStringLiteral(VIREO_XMLRPC_BIN), { QStringLiteral("request"), QStringLiteral("-") });
+    tool.start(QStringLiteral(VIREO_XMLRPC_BIN), { "request", "-" });
     ASSERT_TRUE(tool.waitForStarted());
     tool.write("<methodCall><methodName>caf\xc3\xa9</methodName><params><param><value>"
                "<string>\xe2\x82\xac 5 &lt; 6</string></value></param></params></methodCall>");

@@ -52,8 +52,7 @@ protected:
         QBuffer err(&errBytes);
         out.open(QIODevice::WriteOnly);
         err.open(QIODevice::WriteOnly);
-        const int status
-            = VireoCtl::run(QStringList { QStringLiteral("trailers") } + args, out, err);
+        const int status = VireoCtl::run(QStringList { "trailers" } + args, out, err);
         return { status, QString::fromUtf8(outBytes), QString::fromUtf8(errBytes) };
     }
 
@@ -63,7 +62,7 @@ protected:
 TEST_F(VireoCtlTrailers, PrintsTheListAsJsonOrAsText)
 {
     m_server.answer(reply(kTwoVideos));
-    const Outcome json = trailers({ QStringLiteral("2"), QStringLiteral("--json") });
+    const Outcome json = trailers({ "2", "--json" });
     ASSERT_EQ(json.status, 0) << json.err.toStdString();
     EXPECT_EQ(json.err, QString());
     ASSERT_EQ(m_server.requests().size(), 1);
@@ -78,7 +77,7 @@ TEST_F(VireoCtlTrailers, PrintsTheListAsJsonOrAsText)
                 { "url", "http://cdn.example/t/42x.flv" }, { "thumbnail", "vtv_ca_42.jpg" },
                 { "duration", 0 }, { "size", 0 }, { "description", "" } } }));
 
-    const Outcome text = trailers({ QStringLiteral("0") });
+    const Outcome text = trailers({ "0" });
     ASSERT_EQ(text.status, 0) << text.err.toStdString();
     EXPECT_EQ(text.out.toStdString(),
         "Most Viewed: 2 trailer(s)\n"
@@ -92,10 +91,8 @@ TEST_F(VireoCtlTrailers, PrintsTheListAsJsonOrAsText)
         "    thumbnail: vtv_ca_42.jpg\n");
 
     m_server.answer(reply({}));
-    EXPECT_EQ(trailers({ QStringLiteral("3"), QStringLiteral("--json") }).out.trimmed(),
-        QStringLiteral("[\n]"));
-    EXPECT_EQ(
-        trailers({ QStringLiteral("3") }).out, QStringLiteral("No trailers in Top Favorites.\n"));
+    EXPECT_EQ(trailers({ "3", "--json" }).out.trimmed(), "[\n]");
+    EXPECT_EQ(trailers({ "3" }).out, "No trailers in Top Favorites.\n");
 }
 
 TEST_F(VireoCtlTrailers, AFailedLoadExitsOneAndABadTypeTwo)
@@ -125,7 +122,7 @@ TEST_F(VireoCtlTrailers, AFailedLoadExitsOneAndABadTypeTwo)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         if (row.reply.isNull())
-            useEndpoint(QStringLiteral("http://127.0.0.1:%1").arg(FeedTestServer::closedPort()));
+            useEndpoint("http://127.0.0.1:%1".arg(FeedTestServer::closedPort()));
         m_server.answer(row.reply);
         const qsizetype asked = m_server.requests().size();
         const Outcome o = trailers(row.args);

@@ -15,9 +15,9 @@ protected:
     void SetUp() override
     {
         TempHome::SetUp();
-        writeFile(movies() + QStringLiteral("Heat.m4v"));
-        writeFile(movies() + QStringLiteral("Heat.xml"),
-            "<movie><title>Heat</title><duration>600</duration></movie>");
+        writeFile(movies() + "Heat.m4v");
+        writeFile(
+            movies() + "Heat.xml", "<movie><title>Heat</title><duration>600</duration></movie>");
     }
     int walk(const QStringList& args)
     {
@@ -25,7 +25,7 @@ protected:
         QBuffer err(&m_err);
         out.open(QIODevice::WriteOnly);
         err.open(QIODevice::WriteOnly);
-        return ScreenWalk::run(QStringList { QStringLiteral("--home"), home() } + args, out, err);
+        return ScreenWalk::run(QStringList { "--home", home() } + args, out, err);
     }
     QByteArray m_out;
     QByteArray m_err;
@@ -34,14 +34,13 @@ protected:
 TEST_F(VireoScreensTest, TextWalkShowsRowsFocusAndTheSettingsScreensUntilQuit)
 {
     ASSERT_EQ(walk({ "down", "select", "select", "quit", "menu" }), 0) << m_err.toStdString();
-    const QStringList steps
-        = QString::fromUtf8(m_out).split(QStringLiteral("== "), Qt::SkipEmptyParts);
+    const QStringList steps = QString::fromUtf8(m_out).split("== ", Qt::SkipEmptyParts);
     ASSERT_EQ(steps.size(), 4) << m_out.toStdString();
-    EXPECT_TRUE(steps[0].contains(QStringLiteral("> Heat\n")));
-    EXPECT_TRUE(steps[1].contains(QStringLiteral("    ----\n  > Settings  >\n")));
-    EXPECT_TRUE(steps[2].startsWith(QStringLiteral("select\n[VireoConfigController] Settings")));
-    EXPECT_TRUE(steps[3].startsWith(QStringLiteral("select\n[VireoAboutController]")));
-    EXPECT_TRUE(steps[3].contains(QStringLiteral("| Vireo Software Version  0.96.16.118")));
+    EXPECT_TRUE(steps[0].contains("> Heat\n"));
+    EXPECT_TRUE(steps[1].contains("    ----\n  > Settings  >\n"));
+    EXPECT_TRUE(steps[2].startsWith("select\n[VireoConfigController] Settings"));
+    EXPECT_TRUE(steps[3].startsWith("select\n[VireoAboutController]"));
+    EXPECT_TRUE(steps[3].contains("| Vireo Software Version  0.96.16.118"));
 }
 
 TEST_F(VireoScreensTest, JsonWalkPrintsAScreenPerStepAndWaitsMovePlaybackOn)
@@ -51,10 +50,8 @@ TEST_F(VireoScreensTest, JsonWalkPrintsAScreenPerStepAndWaitsMovePlaybackOn)
     const QList<QByteArray> lines = m_out.trimmed().split('\n');
     ASSERT_EQ(lines.size(), 3);
     const QJsonObject last = QJsonDocument::fromJson(lines[2]).object();
-    EXPECT_EQ(last[QStringLiteral("step")], QStringLiteral("wait:95"));
-    EXPECT_EQ(
-        last[QStringLiteral("screen")][QStringLiteral("player")][QStringLiteral("positionMS")],
-        95000);
+    EXPECT_EQ(last["step"], "wait:95");
+    EXPECT_EQ(last["screen"]["player"]["positionMS"], 95000);
 }
 
 TEST_F(VireoScreensTest, StepsItCannotTakeAndMissingHomesAreUsageErrors)

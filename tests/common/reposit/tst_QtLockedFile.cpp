@@ -12,71 +12,53 @@
 
 namespace {
 
-QStringList g_warnings; // collected for the whole run, emptied by each test
+QStringList g_warnings;
 
-class LockedFileTest : public testing::Test {
-protected:
-    void SetUp() override { g_warnings.clear(); }
-    // Sends a command (if any) to the other process and waits for its one-line answer.
-    QByteArray ask(const char* command)
-    {
+TEST(QtLockedFile, LocksAreSharedAndWaitedForAcrossProcessesAndAHeldModeIsNotAskedAgain)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("shared.db");
+    QtLockedFile file(path);
+    EXPECT_FALSE(file.lock(QtLockedFile::WriteLock));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    // The other process takes fcntl locks on command and answers each with one line.
+    QProcess helper;
+    const auto ask = [&helper](const char* command) {
         if (command)
-            m_helper.write(QByteArray(command) + '\n');
-        while (!m_helper.canReadLine() && m_helper.waitForReadyRead(10000)) { }
-        return m_helper.readLine().trimmed();
-    }
-
-    QTemporaryDir m_dir;
-    const QString m_path = m_dir.filePath(QStringLiteral("shared.db"));
-    QtLockedFile m_file { m_path };
-    QProcess m_helper;
-};
-
-TEST_F(LockedFileTest, FailuresWarnAndHeldModeIsAnsweredWithoutAskingTheSystem)
-{
-    EXPECT_FALSE(m_file.lock(QtLockedFile::WriteLock));
-    EXPECT_FALSE(m_file.unlock());
-    ASSERT_TRUE(m_file.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(m_file.lock(QtLockedFile::WriteLock));
-    // Swap in a read-only descriptor: any write-lock request through it now fails.
-    const int readOnly = ::open(QFile::encodeName(m_path).constData(), O_RDONLY);
-    ASSERT_EQ(::dup2(readOnly, m_file.handle()), m_file.handle());
-    ::close(readOnly);
-    EXPECT_TRUE(m_file.lock(QtLockedFile::WriteLock));
-    EXPECT_TRUE(m_file.lock(QtLockedFile::NoLock));
-    EXPECT_FALSE(m_file.lock(QtLockedFile::WriteLock, false));
-    EXPECT_EQ(g_warnings.join(u'|').toStdString(),
-        "QtLockedFile::lock(): file is not opened|QtLockedFile::unlock(): file is not opened|"
-        "QtLockedFile::lock(): fcntl: Bad file descriptor");
-}
-
-TEST_F(LockedFileTest, SharesAndWaitsWithAnotherProcess)
-{
-    ASSERT_TRUE(m_file.open(QIODevice::ReadWrite));
-    m_helper.start(QStringLiteral(LOCK_HELPER_PATH), { m_path });
+            helper.write(QByteArray(command) + '\n');
+        while (!helper.canReadLine() && helper.waitForReadyRead(10000)) { }
+        return helper.readLine().trimmed();
+    };
+    helper.start(QStringLiteral(LOCK_HELPER_PATH), { path });
     ASSERT_EQ(ask(nullptr), "ready");
     ASSERT_EQ(ask("write"), "ok");
-    EXPECT_FALSE(m_file.lock(QtLockedFile::ReadLock, false));
-    EXPECT_EQ(m_file.lockMode(), QtLockedFile::NoLock);
-
+    EXPECT_FALSE(file.lock(QtLockedFile::ReadLock, false));
     auto locked
-        = std::async(std::launch::async, [this] { return m_file.lock(QtLockedFile::WriteLock); });
+        = std::async(std::launch::async, [&] { return file.lock(QtLockedFile::WriteLock); });
     EXPECT_EQ(locked.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
     EXPECT_EQ(ask("unlock"), "ok");
     EXPECT_TRUE(locked.get());
     EXPECT_EQ(ask("read"), "busy");
-
-    EXPECT_TRUE(m_file.unlock());
+    EXPECT_TRUE(file.unlock());
     EXPECT_EQ(ask("read"), "ok");
-    EXPECT_TRUE(m_file.lock(QtLockedFile::ReadLock, false)) << "readers share";
+    EXPECT_TRUE(file.lock(QtLockedFile::ReadLock, false)) << "readers share";
     // The other reader blocks the write lock; an in-place upgrade would keep our read lock.
-    EXPECT_FALSE(m_file.lock(QtLockedFile::WriteLock, false));
-    EXPECT_EQ(m_file.lockMode(), QtLockedFile::NoLock);
+    EXPECT_FALSE(file.lock(QtLockedFile::WriteLock, false));
+    EXPECT_EQ(file.lockMode(), QtLockedFile::NoLock);
     EXPECT_EQ(ask("write"), "ok") << "the other process takes the file in between";
+    EXPECT_EQ(ask("unlock"), "ok");
 
-    EXPECT_TRUE(g_warnings.isEmpty()) << "a lock held elsewhere is no error";
-    m_helper.closeWriteChannel();
-    EXPECT_TRUE(m_helper.waitForFinished(5000));
+    // Through a read-only descriptor every write-lock request fails: the mode already held
+    // is answered without one.
+    ASSERT_TRUE(file.lock(QtLockedFile::WriteLock));
+    const int readOnly = ::open(QFile::encodeName(path).constData(), O_RDONLY);
+    ASSERT_EQ(::dup2(readOnly, file.handle()), file.handle());
+    ::close(readOnly);
+    EXPECT_TRUE(file.lock(QtLockedFile::WriteLock));
+    EXPECT_EQ(g_warnings, QStringList { "QtLockedFile::lock(): file is not opened" })
+        << "a lock held elsewhere is no error";
+    helper.closeWriteChannel();
+    EXPECT_TRUE(helper.waitForFinished(5000));
 }
 
 } // namespace

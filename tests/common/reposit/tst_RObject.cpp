@@ -7,7 +7,6 @@
 #include <barrier>
 #include <cstdio>
 #include <memory>
-#include <numeric>
 #include <random>
 #include <string>
 #include <thread>
@@ -76,63 +75,50 @@ TEST(Guards, EachSlotHasExactlyOneRegistration)
     EXPECT_EQ(moved, nullptr);
 }
 
-// A thousand objects guarded by one to three slots each, registered in a shuffled order
-// so that their entries interleave in the registry, then destroyed in another. Answers
-// the first slot found wrong halfway, at the end, or left registered; "" when none.
-std::string guardThenDestroy(unsigned seed, std::barrier<>& allRegistered)
-{
-    std::mt19937 random(seed);
-    std::vector<std::unique_ptr<RRepositObject>> objects;
-    std::vector<RObject*> addresses;
-    std::vector<size_t> owners; // of each slot
-    for (size_t i = 0; i < 1000; ++i) {
-        objects.push_back(std::make_unique<RRepositObject>());
-        addresses.push_back(objects.back().get());
-        owners.insert(owners.end(), 1 + random() % 3, i);
-    }
-    std::shuffle(owners.begin(), owners.end(), random);
-    std::vector<RObject*> guards(owners.size());
-    for (size_t k = 0; k < guards.size(); ++k) {
-        guards[k] = addresses[owners[k]];
-        RRepositObject::addGuard(&guards[k]);
-    }
-    allRegistered.arrive_and_wait(); // no address is freed, and reused, before all are taken
-
-    std::vector<size_t> order(objects.size());
-    std::iota(order.begin(), order.end(), 0);
-    std::shuffle(order.begin(), order.end(), random);
-    for (size_t step = 1; step <= order.size(); ++step) {
-        objects[order[step - 1]].reset();
-        for (size_t k = 0; (step == order.size() / 2 || step == order.size()) && k < guards.size();
-             ++k) {
-            if (guards[k] != (objects[owners[k]] ? addresses[owners[k]] : nullptr))
-                return "slot " + std::to_string(k) + " after " + std::to_string(step);
-        }
-    }
-    // Pointed back at their former objects unregistered, only an entry left behind can
-    // null a slot.
-    for (size_t k = 0; k < guards.size(); ++k)
-        guards[k] = addresses[owners[k]];
-    for (RObject* address : addresses)
-        RRepositObject::clearGuards(address);
-    const auto left = std::count(guards.begin(), guards.end(), nullptr);
-    return left ? std::to_string(left) + " registrations left" : "";
-}
-
-// Also meant for ThreadSanitizer: each thread destroys its own objects while the others do.
+// Each thread guards a thousand objects of its own by two slots each, registered in two
+// orders so that the objects' entries interleave in the registry, and destroys them in a
+// shuffled order while the others do the same (also meant for ThreadSanitizer).
 TEST(Guards, DestroyingObjectsInAnyOrderOnAnyThreadClearsExactlyTheirSlots)
 {
-    constexpr unsigned kThreads = 4;
-    std::array<std::string, kThreads> failures;
-    std::barrier<> allRegistered(kThreads);
+    constexpr int kThreads = 4;
+    constexpr int kObjects = 1000;
+    std::array<std::array<RObject*, 2 * kObjects>, kThreads> guards {};
+    std::array<long, kThreads> left {};
+    std::barrier<> allRegistered(kThreads); // no address is freed, and reused, before all are taken
     {
         std::vector<std::jthread> threads;
-        for (unsigned t = 0; t < kThreads; ++t)
-            threads.emplace_back(
-                [&, t] { failures[t] = guardThenDestroy(7919 * (t + 1), allRegistered); });
+        for (int t = 0; t < kThreads; ++t) {
+            threads.emplace_back([&, t] {
+                std::vector<std::unique_ptr<RRepositObject>> objects;
+                std::vector<RObject*> addresses;
+                for (int i = 0; i < kObjects; ++i) {
+                    objects.push_back(std::make_unique<RRepositObject>());
+                    addresses.push_back(objects.back().get());
+                }
+                for (int k = 0; k < 2 * kObjects; ++k) {
+                    guards[t][k] = addresses[k < kObjects ? k : 2 * kObjects - 1 - k];
+                    RRepositObject::addGuard(&guards[t][k]);
+                }
+                allRegistered.arrive_and_wait();
+                std::shuffle(objects.begin(), objects.end(), std::mt19937(7919 * (t + 1)));
+                for (size_t i = 0; i < objects.size(); ++i) {
+                    objects[i].reset();
+                    if (i == objects.size() / 2) // the live half still guarded
+                        left[t] = std::count(guards[t].begin(), guards[t].end(), nullptr);
+                }
+                // Pointed back at their former objects unregistered, only an entry left
+                // behind can null a slot now.
+                for (int k = 0; k < 2 * kObjects; ++k)
+                    guards[t][k] = addresses[k < kObjects ? k : 2 * kObjects - 1 - k];
+                for (RObject* address : addresses)
+                    RRepositObject::clearGuards(address);
+            });
+        }
     }
-    for (const std::string& failure : failures)
-        EXPECT_EQ(failure, "");
+    for (int t = 0; t < kThreads; ++t) {
+        EXPECT_EQ(left[t], 2 * (kObjects / 2 + 1)) << "thread " << t;
+        EXPECT_EQ(std::count(guards[t].begin(), guards[t].end(), nullptr), 0) << "thread " << t;
+    }
 }
 
 TEST(Guards, RacingFirstUseAndUseAfterTeardown)

@@ -44,34 +44,25 @@ template <typename Container> QVariant v(const Container& container)
 
 TEST(RXMLRPCReply, FaultFillsCodeAndStringUntilTheNextReply)
 {
-    // Both orders, a member that is neither between them, and codes read like a 32-bit atol.
-    const struct {
-        std::string members;
-        int code;
-    } cases[] = {
-        { member("faultCode", "<int>4</int>") + member("faultString", "<string>bad</string>"), 4 },
-        { member("faultString", "<string>bad</string>") + member("other", "<int>9</int>")
-                + member("faultCode", "<i4>-3000000000</i4>"),
-            INT32_MIN },
-    };
-    for (const auto& [members, code] : cases) {
-        RXMLRPCObject object;
-        QString error;
-        EXPECT_TRUE(
-            object.parseReply(QByteArray::fromStdString("<methodResponse><fault><value><struct>"
-                                  + members + "</struct></value></fault></methodResponse>"),
-                error));
-        EXPECT_TRUE(object.isFault()) << members;
-        EXPECT_EQ(object.faultCode(), code) << members;
-        EXPECT_EQ(object.faultString(), "bad");
-        EXPECT_TRUE(object.result().isEmpty());
+    // A member that is neither between the two, and the code read like a 32-bit atol.
+    RXMLRPCObject object;
+    QString error;
+    EXPECT_TRUE(object.parseReply(
+        QByteArray::fromStdString("<methodResponse><fault><value><struct>"
+            + member("faultString", "<string>bad</string>") + member("other", "<int>9</int>")
+            + member("faultCode", "<i4>-3000000000</i4>")
+            + "</struct></value></fault></methodResponse>"),
+        error));
+    EXPECT_TRUE(object.isFault());
+    EXPECT_EQ(object.faultCode(), INT32_MIN);
+    EXPECT_EQ(object.faultString(), "bad");
+    EXPECT_TRUE(object.result().isEmpty());
 
-        EXPECT_TRUE(object.parseReply(stringReply("<k>v</k>"), error));
-        EXPECT_FALSE(object.isFault());
-        EXPECT_EQ(object.faultCode(), 0);
-        EXPECT_EQ(object.faultString(), "");
-        EXPECT_EQ(describe(object.result()), "{k=QString:v;}");
-    }
+    EXPECT_TRUE(object.parseReply(stringReply("<k>v</k>"), error));
+    EXPECT_FALSE(object.isFault());
+    EXPECT_EQ(object.faultCode(), 0);
+    EXPECT_EQ(object.faultString(), "");
+    EXPECT_EQ(describe(object.result()), "{k=QString:v;}");
 }
 
 TEST(RXMLRPCReply, PayloadBecomesNestedStructsOfTextOrFailsWithItsMessage)
@@ -84,7 +75,6 @@ TEST(RXMLRPCReply, PayloadBecomesNestedStructsOfTextOrFailsWithItsMessage)
     } cases[] = {
         { "Example", stringReply("<a><b>1</b><c>2</c></a><d>x</d>"),
             "{a={b=QString:1;c=QString:2;};d=QString:x;}" },
-        { "BlankPayload", stringReply(" \n\t "), "{}" },
         { "SiblingsOfOneNameKeepWireOrder", stringReply("<t>2</t><s>0</s><t>1</t>"),
             "{s=QString:0;t=QString:2;t=QString:1;}" },
         { "AttributesAndTextBetweenChildrenIgnored",
@@ -92,7 +82,6 @@ TEST(RXMLRPCReply, PayloadBecomesNestedStructsOfTextOrFailsWithItsMessage)
             "{a={b=QString:1;c=QString:;};}" },
         { "EntitiesDecodedOnceByEachLayer", stringReply("<t>a &amp;amp; b &lt;</t>"),
             "{t=QString:a &amp; b <;}" },
-        { "OnlySurroundingBlanksTrimmed", stringReply("  \n<t> x </t>\n "), "{t=QString: x ;}" },
         { "NonFaultStructFlattenedToTheFirstValue",
             reply("<struct>" + member("p", "<string>&lt;k&gt;1&lt;/k&gt;</string>")
                 + member("q", "<string>&lt;j&gt;2&lt;/j&gt;</string>") + "</struct>"),
@@ -101,8 +90,6 @@ TEST(RXMLRPCReply, PayloadBecomesNestedStructsOfTextOrFailsWithItsMessage)
             times("{e=", kRXMLRPCMaxDepth + 1) + "QString:x" + times(";}", kRXMLRPCMaxDepth + 1) },
         { "ArrayIsUnknown", reply("<array><data/></array>"), "{}",
             "Malformed response: Unknown element type found: array" },
-        { "WrongRoot", "<params><param><value><string/></value></param></params>", "{}",
-            "Error: malformed response, methodResponse tag mismatch." },
         { "NotWellFormed", "<methodResponse>\n<params></methodResponse>", "{}",
             "Bad XML-RPC reply: error mismatched tag at line 2 char 10" },
         // Counted in the wrapped payload: 13 characters more.
@@ -120,25 +107,13 @@ TEST(RXMLRPCReply, PayloadBecomesNestedStructsOfTextOrFailsWithItsMessage)
     }
 }
 
-TEST(RXMLRPCReply, PayloadResultsAccumulateAndKeepTheirNames)
+TEST(RXMLRPCReply, PayloadResultsAccumulate)
 {
     RXMLRPCObject object;
     QString error;
     EXPECT_TRUE(object.parseReplyPayload("<a>1</a>", error));
     EXPECT_TRUE(object.parseReplyPayload("<a>2</a><b/>", error));
     EXPECT_EQ(describe(object.result()), "{a=QString:1;a=QString:2;b=QString:;}");
-
-    // More distinct names than the name cache holds, so its entries are replaced.
-    RXMLRPCObject many;
-    QString payload;
-    for (int i = 0; i < 300; ++i)
-        payload += QString("<n%1>%1</n%1><m>%1</m>").arg(i % 150);
-    ASSERT_TRUE(many.parseReplyPayload(payload, error)) << error.toStdString();
-    EXPECT_EQ(many.result().size(), 600);
-    EXPECT_EQ(many.result().count("m"), 300);
-    for (auto it = many.result().cbegin(); it != many.result().cend(); ++it)
-        ASSERT_TRUE(it.key() == "m" || it.key() == "n" + it.value().toString())
-            << it.key().toStdString();
 }
 
 TEST(GetValueFromMap, SearchesDepthFirstInKeyOrderAndLeavesOutputsAloneOnAMiss)

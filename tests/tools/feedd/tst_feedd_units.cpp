@@ -2,7 +2,6 @@
 
 #include "FeeddTestSupport.h"
 
-#include "FeeddOptions.h"
 #include "GuardedTcpServer.h"
 #include "HostHeader.h"
 #include "RequestFramer.h"
@@ -22,13 +21,9 @@ TEST(RequestFramer, FollowsRequestsAndRefusesWhatItWillNotRead)
     } cases[] = {
         { "two gets", "GET /a HTTP/1.1\r\nHost: x\r\n\r\nGET /b HTTP/1.1\r\n\r\n",
             Verdict::Continue, 2 },
-        { "bare line feeds", "GET /a HTTP/1.1\nHost: x\n\nGET /b HTTP/1.0\n\n", Verdict::Continue,
-            2 },
         { "a body, then a get",
             "POST / HTTP/1.1\r\ncontent-length: 5\r\n\r\nGET /GET / HTTP/1.1\r\n\r\n",
             Verdict::Continue, 2 },
-        { "a body not all there", "POST / HTTP/1.1\r\nContent-Length: 9\r\n\r\nabc",
-            Verdict::Continue, 0 },
         { "the largest body", "POST / HTTP/1.1\r\nContent-Length: 1000\r\n\r\n", Verdict::Continue,
             0 },
         { "a larger one", "POST / HTTP/1.1\r\nContent-Length: 1001\r\n\r\n", Verdict::BodyTooLarge,
@@ -38,8 +33,6 @@ TEST(RequestFramer, FollowsRequestsAndRefusesWhatItWillNotRead)
         { "a chunked one", "POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n",
             Verdict::LengthRequired, 0 },
         { "a folded header", "GET / HTTP/1.1\r\nX: a\r\n Content-Length: 5\r\n\r\n",
-            Verdict::BadRequest, 0 },
-        { "a name with a blank", "GET / HTTP/1.1\r\nContent-Length : 5\r\n\r\n",
             Verdict::BadRequest, 0 },
         { "a head at the limit", "GET / HTTP/1.1\r\nX: " + QByteArray(100, 'a') + "\r\n\r\n",
             Verdict::HeadTooLarge, 0 },
@@ -64,15 +57,11 @@ TEST(HostHeader, TakesOnlyAPlainHostAndPort)
 {
     const std::pair<const char*, const char*> cases[] = {
         { "127.0.0.1:8642", "http://127.0.0.1:8642" },
-        { " Feeds-1.Example.org:80 ", "http://Feeds-1.Example.org:80" },
         { "[fe80::1]:9", "http://[fe80::1]:9" },
         { ":80", "" },
-        { "host:0", "" },
         { "host:65536", "" },
         { "-host", "" },
-        { "a..b", "" },
         { "::1", "" },
-        { "host/path", "" },
         { "host\r\nX: y", "" },
         { "ünïcode.example", "" },
     };
@@ -93,36 +82,14 @@ TEST(GuardedTcpServer, CountsConnectionsPerIPv4AddressOrIPv6Network)
             << peer;
 }
 
-TEST(FeeddOptions, ListenTakesAnAddressAndAPort)
-{
-    const struct {
-        const char* text;
-        const char* address; // null: refused
-        quint16 port;
-    } cases[] = {
-        { "localhost:0", "127.0.0.1", 0 },
-        { "[::1]:65535", "::1", 65535 },
-        { "::1:80", nullptr, 0 },
-        { "127.0.0.1:65536", nullptr, 0 },
-        { "127.0.0.1:+1", nullptr, 0 },
-        { "example.com:80", nullptr, 0 },
-    };
-    for (const auto& c : cases) {
-        QHostAddress address;
-        quint16 port = 1;
-        ASSERT_EQ(FeeddOptions::parseListen(QString::fromLatin1(c.text), address, port),
-            c.address != nullptr)
-            << c.text;
-        EXPECT_TRUE(!c.address
-            || (address == QHostAddress(QString::fromLatin1(c.address)) && port == c.port))
-            << c.text;
-    }
-}
-
 TEST(Catalogue, LoadingNamesTheFileAndItsFirstProblem)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(Catalogue::fileName());
+    writeLibrary(dir.path(), 3);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray json = file.readAll();
     const struct {
         QByteArray from, to;
         const char* error;
@@ -130,46 +97,29 @@ TEST(Catalogue, LoadingNamesTheFileAndItsFirstProblem)
         { "\"lists\"", "\"list\"", "unknown key \"list\"" },
         { "\"id\": \"t01\"", "\"id\": \"t00\"", "trailers[1]: the id \"t00\" is used twice" },
         { "\"id\": \"t01\"", "\"id\": \"../t01\"", "trailers[1]: \"id\" must be" },
-        { "\"title\": \"Title 0", "\"title\": \"\\u0001Title 0", "trailers[0]: \"title\"" },
-        { "\"duration\": 61", "\"duration\": 1.5", "trailers[1]: \"duration\"" },
         { "\"media\": \"t02.flv\"", "\"media\": \"../t02.flv\"", "trailers[2]: \"media\"" },
         { "\"media\": \"t02.flv\"", "\"media\": \"missing.flv\"",
             "trailers[2]: \"missing.flv\" is not a readable regular file" },
-        { "\"trailers\": [", "\"trailers\": [7, ", "trailers[0]: must be an object" },
-        { "\"vireo.stats.videos.getTopRated\": [\n            \"t02\"",
-            "\"vireo.stats.videos.getTopRated\": [\n            \"t00\"",
-            "lists.vireo.stats.videos.getTopRated: \"t00\" is not a trailer id, or is listed "
-            "twice" },
+        { "[\n            \"t02\"", "[\n            \"t00\"",
+            "is not a trailer id, or is listed twice" },
+        { "\"size\": 40001,", "", "" }, // the media file's size is taken
         { "{", "[", "not JSON" },
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.to.toStdString());
-        writeLibrary(dir.path(), 3);
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        QByteArray json = file.readAll();
-        file.close();
-        ASSERT_TRUE(json.contains(c.from));
-        writeFile(path, json.replace(c.from, c.to));
+        ASSERT_TRUE(json.contains(c.from)) << c.from.toStdString();
+        writeFile(path, QByteArray(json).replace(c.from, c.to));
         QString error;
-        EXPECT_FALSE(Catalogue::load(dir.path(), &error));
-        EXPECT_TRUE(error.startsWith(path) && error.contains(QString::fromUtf8(c.error)))
+        const std::optional<Catalogue> catalogue = Catalogue::load(dir.path(), &error);
+        EXPECT_EQ(!catalogue, *c.error != 0) << c.to.toStdString();
+        EXPECT_TRUE(
+            !*c.error || (error.startsWith(path) && error.contains(QString::fromUtf8(c.error))))
             << error.toStdString();
+        EXPECT_TRUE(!catalogue || catalogue->trailers()[1].size == 40001);
     }
-
-    // A linked file is not served; without a size the media file's is taken.
-    writeLibrary(dir.path(), 3);
+    writeFile(path, json);
     ASSERT_TRUE(QFile::remove(dir.filePath(QStringLiteral("t01.jpg"))));
     ASSERT_TRUE(QFile::link(path, dir.filePath(QStringLiteral("t01.jpg"))));
     QString error;
     EXPECT_FALSE(Catalogue::load(dir.path(), &error));
     EXPECT_TRUE(error.contains(QStringLiteral("links are not served"))) << error.toStdString();
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray sizeless = file.readAll().replace("\"size\": 40001,", "");
-    const std::optional<Catalogue> catalogue = Catalogue::fromJson(sizeless, dir.path(), &error);
-    ASSERT_TRUE(catalogue) << error.toStdString();
-    EXPECT_EQ(catalogue->trailers()[1].size, 40001);
-    EXPECT_FALSE(Catalogue::fromJson(sizeless, QString(), &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("no \"size\""))) << error.toStdString();
 }
