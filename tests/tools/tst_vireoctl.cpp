@@ -1,7 +1,6 @@
 // vireoctl's commands in process over a temporary home, and its demo through the real
 // program.
 
-#include "DemoLibrary.h"
 #include "PlistBytes.h"
 #include "TempHome.h"
 #include "VireoCtl.h"
@@ -9,13 +8,12 @@
 #include "foundation/FileSystem.h"
 
 #include <QBuffer>
-#include <QDateTime>
 #include <QDir>
-#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 
 namespace {
 
@@ -30,20 +28,8 @@ struct CtlOutcome {
     QJsonDocument json() const { return QJsonDocument::fromJson(out.toUtf8()); }
 };
 
-QStringList sortedKeys(const QJsonObject& object)
-{
-    QStringList keys = object.keys();
-    keys.sort();
-    return keys;
-}
-
 class VireoCtlTest : public TempHome {
 protected:
-    void SetUp() override
-    {
-        TempHome::SetUp();
-        ASSERT_TRUE(QDir().mkpath(sources()));
-    }
     // Where the test keeps the files it adds, outside the library.
     QString sources() const { return root() + "/src"; }
 
@@ -146,7 +132,6 @@ TEST_F(VireoCtlTest, RefusalsExitOneUsageErrorsTwoAndNeitherTouchesTheTree)
         { "client name with a slash", pairing(kUnknownPair, "a/b"), 1 },
         { "add to unknown pair", { "add", kUnknownPair, movie }, 1 },
         { "missing movie", { "add", kPairA, sources() + "/none.m4v" }, 1 },
-        { "movie named like metadata", { "add", kPairA, source("film.xml") }, 1 },
         { "movie extension in upper case", { "add", kPairA, source("film.MOV") }, 1 },
         { "movie extension the menu does not list", { "add", kPairA, source("film.txt") }, 1 },
         { "identifier with a slash", adding({ "--id", "../../x" }), 1 },
@@ -159,15 +144,12 @@ TEST_F(VireoCtlTest, RefusalsExitOneUsageErrorsTwoAndNeitherTouchesTheTree)
             adding({ "--id", "blocked", "--metadata",
                 source("b.xml", "<movie><title>B</title></movie>") }),
             1 },
-        { "stats for unknown pair", { "stats", kUnknownPair, "--peer", "10.0.0.1" }, 1 },
         { "unpair malformed pair", { "unpair", ".." }, 1 },
         { "asset of a missing file", { "asset", sources() + "/none.m4v" }, 1 },
         { "cache set over an unreadable cache", { "cache", "set", "7", "42000" }, 1 },
         { "stats over unreadable statistics", { "stats", kPairB, "--peer", "10.0.0.1" }, 1 },
-        { "no command", {}, 2 },
         { "unknown command", { "frobnicate" }, 2 },
         { "missing argument", { "add", kPairA }, 2 },
-        { "extra argument", { "pairs", "x" }, 2 },
         { "time not a number", pairing(kPairA, "X") + QStringList { "--time", "soon" }, 2 },
         { "cache get without a number", { "cache", "get", "x12" }, 2 },
         { "cache set beyond 32 bits", { "cache", "set", "1", "4294967296" }, 2 },
@@ -184,7 +166,7 @@ TEST_F(VireoCtlTest, RefusalsExitOneUsageErrorsTwoAndNeitherTouchesTheTree)
     }
 }
 
-TEST_F(VireoCtlTest, PairsInfoAndAssetReportEveryFieldAsJson)
+TEST_F(VireoCtlTest, PairsInfoAssetAndCacheReportEveryFieldAsJson)
 {
     pair(kPairA, "Den");
     pair(kPairB, "Studio");
@@ -195,60 +177,48 @@ TEST_F(VireoCtlTest, PairsInfoAndAssetReportEveryFieldAsJson)
                 "<movie><title>Film</title><description>**Staff pick** Fine</description>"
                 "<cast><name>A</name><name> </name><name>B</name></cast>"
                 "<duration>120</duration></movie>") });
-
-    const QJsonArray pairs = ctl({ "--json", "pairs" }).json().array();
-    ASSERT_EQ(pairs.size(), 2);
-    const QJsonObject den = pairs[0].toObject();
-    EXPECT_EQ(sortedKeys(den), words("id lastSync lastSyncTime name pairTime pairedOn peer"));
-    EXPECT_EQ(den["name"], "Den");
-    EXPECT_EQ(den["pairTime"].toInteger(), 1200000000);
-    EXPECT_TRUE(den["peer"].isNull() && den["lastSync"].isNull());
-    EXPECT_EQ(pairs[1]["peer"], "10.0.0.7");
-    EXPECT_GT(pairs[1]["lastSyncTime"].toInteger(), 1600000000);
-
-    const QJsonObject info = ctl({ "--json", "info" }).json().object();
-    EXPECT_EQ(sortedKeys(info), words("available capacity load mac pairCount serial used"));
-    EXPECT_EQ(info["pairCount"], 2);
-    EXPECT_EQ(info["load"].toArray().size(), 3);
-    EXPECT_TRUE(info["used"].toString().endsWith("KB"));
-    // A box that reports no serial shows an empty text; only the address may be null.
-    qputenv("VIREO_REGISTRY_ROOT", QFile::encodeName(root() + "/no-registry"));
-    const QJsonObject bare = ctl({ "--json", "info" }).json().object();
-    qunsetenv("VIREO_REGISTRY_ROOT");
-    EXPECT_EQ(bare["serial"], QString());
-    EXPECT_TRUE(bare["mac"].isNull());
-
-    const QStringList asking { "--json", "asset", movies() + "Den/Film.m4v" };
-    QJsonObject asset = ctl(asking).json().object();
-    EXPECT_EQ(sortedKeys(asset),
-        words("assetId bookmarkMS cast description directors duration hasBeenPlayed previewURL "
-              "producers title"));
-    EXPECT_EQ(asset["description"], "Vireo Says: Staff pick\rFine");
-    EXPECT_EQ(asset["cast"].toArray(), (QJsonArray { "A", "B" }));
-    EXPECT_EQ(asset["duration"], 120);
-    EXPECT_EQ(asset["previewURL"], movies() + "Den/Film.png");
-    EXPECT_FALSE(asset["hasBeenPlayed"].toBool());
-    // The bookmark comes from the cache under the asset's own id.
-    const QString id = QString::number(asset["assetId"].toInteger());
-    ASSERT_EQ(ctl({ "cache", "set", id, "61000" }).status, 0);
-    asset = ctl(asking).json().object();
-    EXPECT_TRUE(asset["hasBeenPlayed"].toBool());
-    EXPECT_EQ(asset["bookmarkMS"], 61000);
-}
-
-TEST_F(VireoCtlTest, CacheGetSetListAndCleanup)
-{
-    EXPECT_EQ(ctl({ "cache", "get", "-5" }).status, 1);
+    const QStringList asset { "--json", "asset", movies() + "Den/Film.m4v" };
+    EXPECT_FALSE(ctl(asset).json()["hasBeenPlayed"].toBool());
+    // The bookmark comes from the cache under the asset's own id; reading the cache before
+    // makes none.
+    const QString id = QString::number(ctl(asset).json()["assetId"].toInteger());
+    EXPECT_EQ(ctl({ "cache", "get", id }).status, 1);
     EXPECT_EQ(ctl({ "--json", "cache", "list" }).out.simplified(), "{ }");
-    EXPECT_FALSE(QFileInfo::exists(home() + "/Vireo")) << "reading must not create the cache";
-    ASSERT_EQ(ctl({ "cache", "set", "-5", "42000" }).status, 0);
-    EXPECT_EQ(ctl({ "cache", "get", "-5" }).out, "42000\n");
-    const QStringList entry
-        = ctl({ "--json", "cache", "list" }).json()["-5"].toString().split(u'_');
-    EXPECT_NEAR(entry.value(0).toLongLong(), QDateTime::currentSecsSinceEpoch(), 60);
-    EXPECT_EQ(entry.value(1), "42000");
-    EXPECT_EQ(ctl({ "--json", "cache", "cleanup" }).json()["remaining"], 1)
-        << "a fresh entry stays";
+    EXPECT_FALSE(QFileInfo::exists(home() + "/Vireo/vireocache.plist"));
+    ASSERT_EQ(ctl({ "cache", "set", id, "61000" }).status, 0);
+    EXPECT_EQ(ctl({ "cache", "get", id }).out, "61000\n");
+    qputenv("VIREO_REGISTRY_ROOT", QFile::encodeName(root() + "/no-registry"));
+
+    const struct {
+        QStringList args;
+        const char* key; // an index for an array
+        QJsonValue value;
+    } rows[] = {
+        { { "--json", "pairs" }, "0",
+            QJsonObject { { "id", kPairA }, { "name", "Den" }, { "pairTime", 1200000000 },
+                { "pairedOn", "Thursday, 10 January 2008 21:20:00 UTC" },
+                { "peer", QJsonValue::Null }, { "lastSync", QJsonValue::Null },
+                { "lastSyncTime", 0 } } },
+        { { "--json", "info" }, "pairCount", 2 },
+        { { "--json", "info" }, "serial", "" }, // a box that reports no serial
+        { { "--json", "info" }, "mac", QJsonValue::Null }, // only the address may be null
+        { asset, "description", "Vireo Says: Staff pick\rFine" },
+        { asset, "cast", QJsonArray { "A", "B" } }, { asset, "duration", 120 },
+        { asset, "previewURL", movies() + "Den/Film.png" }, { asset, "hasBeenPlayed", true },
+        { asset, "bookmarkMS", 61000 },
+        { { "--json", "cache", "cleanup" }, "remaining", 1 }, // a fresh entry stays
+    };
+    for (const auto& row : rows) {
+        const QJsonDocument json = ctl(row.args).json();
+        EXPECT_EQ(json.isArray() ? json[QString(row.key).toInt()] : json[row.key], row.value)
+            << row.args.join(' ').toStdString() << " " << row.key;
+    }
+    qunsetenv("VIREO_REGISTRY_ROOT");
+    const QJsonObject studio = ctl({ "--json", "pairs" }).json()[1].toObject();
+    EXPECT_TRUE(studio["peer"] == "10.0.0.7" && studio["lastSyncTime"].toInteger() > 1600000000);
+    const QJsonObject info = ctl({ "--json", "info" }).json().object();
+    EXPECT_EQ(info.keys(), words("available capacity load mac pairCount serial used"));
+    EXPECT_TRUE(info["used"].toString().endsWith("KB") && info["load"].toArray().size() == 3);
 }
 
 // Links in the library are replaced, never written through, and a library root that is a
@@ -293,33 +263,22 @@ TEST_F(VireoCtlTest, DemoBuildsTwoPlayersAndEightMoviesTheSameEachTime)
     const CtlOutcome demo = program({ "--json", "demo" });
     ASSERT_EQ(demo.status, 0);
     EXPECT_EQ(demo.err, QString());
-    const QJsonArray added = demo.json()["movies"].toArray();
-    EXPECT_EQ(added.size(), 8);
-    EXPECT_EQ(
-        std::count_if(added.begin(), added.end(),
-            [](const QJsonValue& movie) { return movie["title"].toString().endsWith(" (2)"); }),
-        1);
+    QStringList titles;
+    for (const QJsonValue& movie : demo.json()["movies"].toArray())
+        titles << movie["title"].toString();
+    EXPECT_EQ(titles.size(), 8);
+    EXPECT_EQ(titles.filter(QRegularExpression(" \\(2\\)$")).size(), 1);
     QStringList clients;
-    for (const QJsonValue& pair : ctl({ "--json", "pairs" }).json().array()) {
-        EXPECT_GT(pair["lastSyncTime"].toInteger(), 0);
-        EXPECT_TRUE(pair["peer"].isString());
+    for (const QJsonValue& pair : ctl({ "--json", "pairs" }).json().array())
         clients << pair["name"].toString();
-    }
     clients.sort();
-    EXPECT_EQ(clients.size(), 2);
     EXPECT_EQ(names(movies()), clients) << "with two pairs every link sits in a client folder";
-    QStringList ids = DemoLibrary::pairIDs();
-    ids.sort();
-    EXPECT_EQ(names(home() + "/Vireo"), ids) << "the staging folder must be gone";
-    // Every cover decodes, and each is a picture of its own (files by their digest).
+    EXPECT_EQ(names(home() + "/Vireo").size(), 2) << "the staging folder must be gone";
+    // Every cover is a picture of its own (files by their digest).
     const QStringList first = snapshot(home());
-    QStringList covers;
-    for (const QString& line : first.filter(".png ")) {
-        if (line.contains(" -> "))
-            continue;
-        EXPECT_FALSE(QImage(home() + line.section(u' ', 0, 0)).isNull()) << line.toStdString();
-        covers << line.section(u' ', -1);
-    }
+    QStringList covers = first.filter(QRegularExpression("\\.png [0-9a-f]+$"));
+    for (QString& cover : covers)
+        cover = cover.section(u' ', -1);
     covers.removeDuplicates();
     EXPECT_EQ(covers.size(), 8);
 
@@ -329,9 +288,8 @@ TEST_F(VireoCtlTest, DemoBuildsTwoPlayersAndEightMoviesTheSameEachTime)
     EXPECT_EQ(snapshot(home()), first);
     ASSERT_EQ(program({ "demo", "--force" }).status, 0);
     EXPECT_EQ(snapshot(home()), first) << "a rebuild gives the same tree";
-    const CtlOutcome unknown = program({ "unpair", kUnknownPair });
-    EXPECT_EQ(unknown.status, 1);
-    EXPECT_EQ(unknown.err, "error: unknown pair: " + kUnknownPair + u'\n');
+    EXPECT_EQ(
+        program({ "unpair", kUnknownPair }).err, "error: unknown pair: " + kUnknownPair + u'\n');
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 #include "reposit/sxp/CParser.h"
 #include "reposit/sxp/IPersistObj.h"
 #include "reposit/sxp/Tag.h"
-#include "reposit/sxp/XMLEscape.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -155,33 +154,14 @@ TEST(CParser, MalformedXmlAndMissingFilesReportCodeTextAndPosition)
     EXPECT_EQ(missing.error, "Can't open file -1:-1");
 }
 
-TEST(CParser, FilesAreReadAcrossBlocksAndDeepNestingParsesWithoutRecursion)
+TEST(CParser, DeepNestingParsesWithoutRecursion)
 {
-    QTemporaryDir dir;
-    const std::string text(30000, 'x');
-    QFile file(dir.filePath("doc.xml"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray::fromStdString("<doc><item>" + text + "</item></doc>"));
-    file.close();
-    const ParseRun run = parse({}, 0, kDocTag, QFile::encodeName(file.fileName()));
-    EXPECT_EQ(run.error, "No error -1:-1");
-    EXPECT_EQ(run.events, "<doc <item </item:" + text + " </doc: ");
-
     constexpr int kDepth = 100000;
     const ParseRun deep
         = parse("<doc>" + times("<item>", kDepth) + times("</item>", kDepth) + "</doc>");
     EXPECT_EQ(deep.code, 0);
     EXPECT_EQ(deep.events.size(),
         std::string("<doc </doc: ").size() + kDepth * std::string("<item </item: ").size());
-}
-
-TEST(XMLEscape, EscapesTheFivePredefinedCharactersAndUnescapesNothing)
-{
-    EXPECT_EQ(XMLEscape("<>&'\"&amp;\u00E9"), "&lt;&gt;&amp;&apos;&quot;&amp;amp;\u00E9");
-    // The scanner compares its entity buffer with the NUL written behind the ";", so it
-    // never recognises an entity.
-    for (const char* text : { "x &amp; y", "&lt;&gt;", "&abcdefghij", "&a&lt;", "&;;&&;" })
-        EXPECT_EQ(XMLUnEscape(text), QString(text));
 }
 
 } // namespace

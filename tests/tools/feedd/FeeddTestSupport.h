@@ -112,6 +112,18 @@ private:
     std::unique_ptr<FeedHttpServer> m_server;
 };
 
+// Whether `done` holds within `ms`; this thread's sockets see their events meanwhile.
+template <typename Done> bool within(int ms, Done done)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!done() && clock.elapsed() < ms) {
+        QCoreApplication::processEvents();
+        QThread::msleep(10);
+    }
+    return done();
+}
+
 struct HttpReply {
     int status = 0; // 0: the connection closed without a complete reply
     QHash<QByteArray, QByteArray> headers; // names in lower case

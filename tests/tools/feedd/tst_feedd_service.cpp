@@ -154,9 +154,10 @@ TEST_F(FeeddService, EachRequestGetsItsStatus)
     const struct {
         QByteArray request;
         int status;
+        const char* type = nullptr;
     } cases[] = {
-        { get("/media/t01x.flv?start=10"), 200 },
-        { get("/thumbnails/vtv_ca_t01.jpg"), 200 },
+        { get("/media/t01x.flv?start=10"), 200, "video/x-flv" },
+        { get("/thumbnails/vtv_ca_t01.jpg"), 200, "image/jpeg" },
         { get("/xmlrpc/"), 405 },
         { get("/catalogue.json"), 404 },
         { get("/%2e%2e/%2e%2e/etc/passwd"), 404 },
@@ -172,14 +173,11 @@ TEST_F(FeeddService, EachRequestGetsItsStatus)
         { smuggling(100), 200 },
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(exchange(port(), c.request, 10000).status, c.status)
-            << c.request.left(60).toStdString();
+        const HttpReply reply = exchange(port(), c.request, 10000);
+        EXPECT_EQ(reply.status, c.status) << c.request.left(60).toStdString();
+        EXPECT_TRUE(!c.type || reply.headers.value("content-type") == c.type);
         EXPECT_TRUE(serving()) << c.request.left(60).toStdString();
     }
-    EXPECT_EQ(
-        exchange(port(), get("/media/t01x.flv")).headers.value("content-type"), "video/x-flv");
-    EXPECT_EQ(exchange(port(), get("/thumbnails/vtv_ca_t01.jpg")).headers.value("content-type"),
-        "image/jpeg");
 }
 
 TEST_F(FeeddService, RangesAreReadFromTheFile)
@@ -193,12 +191,10 @@ TEST_F(FeeddService, RangesAreReadFromTheFile)
         { nullptr, 200, 0, 40002 },
         { "bytes=0-99", 206, 0, 99 },
         { "bytes=-100", 206, 39903, 40002 },
-        { "Bytes=0-0", 206, 0, 0 },
         { "bytes=7-99999999999999999999999", 206, 7, 40002 },
         { "bytes=40003-", 416, 0, -1 },
         { "bytes=99999999999999999999-", 416, 0, -1 },
         { "bytes=5-2", 200, 0, 40002 },
-        { "bytes=0-1,4-5", 200, 0, 40002 },
     };
     QTcpSocket keepAlive; // every case on one connection, as a player does
     keepAlive.connectToHost(QHostAddress::LocalHost, port());
@@ -266,19 +262,11 @@ protected:
     }
     static bool closedWithin(QTcpSocket* socket, int ms)
     {
-        QElapsedTimer clock;
-        clock.start();
-        while (socket->state() == QAbstractSocket::ConnectedState && clock.elapsed() < ms)
-            socket->waitForReadyRead(50);
-        return socket->state() != QAbstractSocket::ConnectedState;
+        return within(ms, [socket] { return socket->state() != QAbstractSocket::ConnectedState; });
     }
     bool waitForOpen(int open)
     {
-        QElapsedTimer waited;
-        waited.start();
-        while (m_server->openConnections() != open && waited.elapsed() < 10000)
-            QThread::msleep(10);
-        return m_server->openConnections() == open;
+        return within(10000, [&] { return m_server->openConnections() == open; });
     }
     std::vector<std::unique_ptr<QTcpSocket>> m_sockets;
 };
@@ -315,14 +303,15 @@ TEST_F(FeeddLimits, ConnectionsBeyondAClientsShareOrTheServicesAreClosedAtOnce)
 
 TEST_F(FeeddLimits, AStreamLastsWhileTheClientTakesItAndIsDroppedWhenItStops)
 {
-    // Sparse files, cheap to make, both larger than the loopback socket buffers can
-    // take (up to 32 MB each way here): one to read slowly, one not to read at all.
+    // Sparse files, cheap to make, larger than the loopback socket buffers can take (up to
+    // 32 MB each way here). Each client takes at most 1 MB at a time: one every 50 ms,
+    // longer in all than either limit, the other never again.
     constexpr qint64 kSize = 64 << 20;
     for (const char* name : { "t04.flv", "t05.flv" }) {
-        QFile big(m_dir.filePath(QLatin1String(name)));
+        QFile big(m_dir.filePath(name));
         ASSERT_TRUE(big.open(QIODevice::WriteOnly) && big.resize(kSize));
     }
-    QTcpSocket* reader = open(); // 1 MB every 50 ms: longer in all than either limit
+    QTcpSocket* reader = open();
     reader->setReadBufferSize(1 << 20);
     reader->write(get("/media/t04x.flv"));
     qint64 received = 0;
@@ -337,9 +326,9 @@ TEST_F(FeeddLimits, AStreamLastsWhileTheClientTakesItAndIsDroppedWhenItStops)
     reader->abort();
     ASSERT_TRUE(waitForOpen(0));
 
-    QTcpSocket* stalled = open(); // never reads: no event loop runs for it in this thread
+    QTcpSocket* stalled = open();
+    stalled->setReadBufferSize(1 << 20);
     stalled->write(get("/media/t05x.flv"));
-    stalled->flush();
     ASSERT_TRUE(waitForOpen(1));
     clock.restart();
     EXPECT_TRUE(waitForOpen(0));
