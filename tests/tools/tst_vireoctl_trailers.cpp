@@ -8,9 +8,7 @@
 
 #include <QBuffer>
 #include <QCoreApplication>
-#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
 
@@ -25,12 +23,14 @@ TEST(VireoCtlTrailers, PrintsTheListAsJsonOrTextOrOneErrorLineAndExitsWithItsSta
 {
     FeedTestServer server;
     qputenv("VIREO_TRAILER_ENDPOINT", server.url().adjusted(QUrl::RemovePath).toEncoded());
-    const QByteArray twoVideos = reply(
-        "<video><videoID>41</videoID><title>Night Ferry</title><trailerURL>http://cdn.example/t/41"
-        "</trailerURL><lrgThumbnailURL>http://img.example/</lrgThumbnailURL><trailerDuration>95"
-        "</trailerDuration><trailerSize>2500000</trailerSize><description>**Staff pick** A fine "
-        "film</description></video><video><videoID>42</videoID><title>Dry Season</title>"
-        "<trailerURL>http://cdn.example/t/42</trailerURL></video>");
+    const QByteArray sparse = "<video><videoID>42</videoID><title>Dry Season</title>"
+                              "<trailerURL>http://cdn.example/t/42</trailerURL></video>";
+    const QByteArray twoVideos
+        = reply("<video><videoID>41</videoID><title>Night Ferry</title><trailerURL>http://cdn."
+                "example/t/41</trailerURL><lrgThumbnailURL>http://img.example/</lrgThumbnailURL>"
+                "<trailerDuration>95</trailerDuration><trailerSize>2500000</trailerSize>"
+                "<description>**Staff pick** A fine film</description></video>"
+            + sparse);
     const struct {
         const char* name;
         QByteArray reply; // null: nothing listens
@@ -50,17 +50,20 @@ TEST(VireoCtlTrailers, PrintsTheListAsJsonOrTextOrOneErrorLineAndExitsWithItsSta
             "    video:     http://cdn.example/t/42x.flv\n"
             "    thumbnail: vtv_ca_42.jpg\n",
             "" },
+        { "JSON", reply(sparse), { "2", "--json" }, 0,
+            "[{\"description\":\"\",\"duration\":0,\"id\":\"42\",\"size\":0,\"thumbnail\":"
+            "\"vtv_ca_42.jpg\",\"title\":\"Dry Season\",\"url\":\"http://cdn.example/t/42x.flv\"}]",
+            "" },
         { "an empty list", reply({}), { "3" }, 0, "No trailers in Top Favorites.\n", "" },
         { "a fault",
-            "<methodResponse><fault><value><string>Bad "
-            "signature</string></value></fault></methodResponse>",
+            "<methodResponse><fault><value><string>Bad signature</string></value></fault>"
+            "</methodResponse>",
             { "1" }, 1, "", "error: cannot load the trailer list: fault: Bad signature" },
         { "a malformed list", reply("<video><title>x</videos>"), { "1", "--json" }, 1, "",
             "error: cannot load the trailer list: malformed list" },
         { "nothing listens", {}, { "1" }, 1, "",
             "error: cannot load the trailer list: Connection refused" },
         { "type 4", reply({}), { "4" }, 2, "", "error: " },
-        { "type 02", reply({}), { "02" }, 2, "", "error: " },
         { "no type", reply({}), {}, 2, "", "error: " },
     };
     for (const auto& row : rows) {
@@ -77,28 +80,17 @@ TEST(VireoCtlTrailers, PrintsTheListAsJsonOrTextOrOneErrorLineAndExitsWithItsSta
         EXPECT_EQ(
             VireoCtl::run(QStringList { "trailers" } + row.args, outBuffer, errBuffer), row.status)
             << row.name;
-        EXPECT_EQ(out, row.out) << row.name;
+        const QJsonDocument json = QJsonDocument::fromJson(out); // compared compact
+        EXPECT_EQ(json.isNull() ? out : json.toJson(QJsonDocument::Compact), row.out) << row.name;
         EXPECT_TRUE(
             err.startsWith(row.err) && (*row.err || err.isEmpty()) && err.count('\n') <= row.status)
             << err.toStdString();
     }
 
     // The type is one of the four lists, whose method the call names.
-    ASSERT_FALSE(server.requests().isEmpty());
-    EXPECT_TRUE(server.requests().first().body.contains("vireo.stats.videos.getMostViewed"));
-    qputenv("VIREO_TRAILER_ENDPOINT", server.url().adjusted(QUrl::RemovePath).toEncoded());
-    server.answer(twoVideos);
-    QByteArray out;
-    QBuffer outBuffer(&out);
-    QBuffer err;
-    outBuffer.open(QIODevice::WriteOnly);
-    err.open(QIODevice::WriteOnly);
-    ASSERT_EQ(VireoCtl::run({ "trailers", "2", "--json" }, outBuffer, err), 0);
-    EXPECT_TRUE(server.requests().last().body.contains("vireo.stats.videos.getTopRated"));
-    EXPECT_EQ(QJsonDocument::fromJson(out).array().last().toObject(),
-        (QJsonObject { { "title", "Dry Season" }, { "id", "42" },
-            { "url", "http://cdn.example/t/42x.flv" }, { "thumbnail", "vtv_ca_42.jpg" },
-            { "duration", 0 }, { "size", 0 }, { "description", "" } }));
+    ASSERT_GE(server.requests().size(), 2);
+    EXPECT_TRUE(server.requests()[0].body.contains("vireo.stats.videos.getMostViewed"));
+    EXPECT_TRUE(server.requests()[1].body.contains("vireo.stats.videos.getTopRated"));
     qunsetenv("VIREO_TRAILER_ENDPOINT");
 }
 

@@ -1,38 +1,32 @@
+#include "reposit/QtLockedFile.h"
 #include "reposit/ROptions.h"
 #include "reposit/RRepositObject.h"
 
+#include <QCoreApplication>
+#include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 
 namespace {
 
-struct Leaf : RRepositObject {
-    const RRuntimeClass* GetRuntimeClass() const override { return &classLeaf; }
-    static const RRuntimeClass classLeaf;
-};
-const RRuntimeClass Leaf::classLeaf = { "Leaf", nullptr, &RRepositObject::GetThisClass, 7 };
+QStringList g_warnings;
 
-TEST(RuntimeClass, DerivationWalksBaseRecordsByIdentity)
+TEST(RuntimeClass, DerivationWalksBaseRecordsByIdentityAndFactoriesMayFail)
 {
     const RRuntimeClass* const root = &RObject::classRObject;
     const RRuntimeClass* const repo = &RRepositObject::classRRepositObject;
-    const RRuntimeClass lookalike = RRepositObject::classRRepositObject;
-    EXPECT_TRUE(repo->IsDerivedFrom(repo));
-    EXPECT_TRUE(Leaf::classLeaf.IsDerivedFrom(root));
-    EXPECT_FALSE(root->IsDerivedFrom(repo));
-    EXPECT_FALSE(repo->IsDerivedFrom(nullptr));
-    EXPECT_FALSE(Leaf::classLeaf.IsDerivedFrom(&lookalike)) << "same name, other record";
-    const Leaf leaf;
-    EXPECT_TRUE(static_cast<const RObject&>(leaf).IsKindOf(repo)) << "uses the dynamic class";
-
+    const RRuntimeClass lookalike = { "RObject", nullptr, nullptr, 0 };
+    EXPECT_TRUE(repo->IsDerivedFrom(repo) && repo->IsDerivedFrom(root));
+    EXPECT_FALSE(root->IsDerivedFrom(repo) || repo->IsDerivedFrom(nullptr));
+    EXPECT_FALSE(repo->IsDerivedFrom(&lookalike)) << "same name, other record";
     EXPECT_EQ(root->CreateObject(), nullptr);
-    EXPECT_EQ(std::unique_ptr<RObject>(repo->CreateObject())->GetRuntimeClass(), repo);
-    const RRuntimeClass throwing
-        = { "Throwing", []() -> RObject* { throw 1; }, &RObject::GetThisClass, 0 };
+    EXPECT_TRUE(std::unique_ptr<RObject>(repo->CreateObject())->IsKindOf(repo));
+    const RRuntimeClass throwing = { "Throwing", []() -> RObject* { throw 1; }, nullptr, 0 };
     EXPECT_EQ(throwing.CreateObject(), nullptr);
 }
 
@@ -166,4 +160,54 @@ TEST(ROptions, ForeignHostsAndUnusablePortsFallBackToDefaultsAndDownloadsAreStor
     EXPECT_TRUE(QSettings(options, QSettings::IniFormat).allKeys().isEmpty());
 }
 
+TEST(QtLockedFile, LocksAreSharedAndWaitedForAcrossProcesses)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("shared.db");
+    QtLockedFile file(path);
+    g_warnings.clear();
+    EXPECT_FALSE(file.lock(QtLockedFile::WriteLock));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    // The other process takes fcntl locks on command and answers each with one line.
+    QProcess helper;
+    const auto ask = [&helper](const char* command) {
+        if (command)
+            helper.write(QByteArray(command) + '\n');
+        while (!helper.canReadLine() && helper.waitForReadyRead(10000)) { }
+        return helper.readLine().trimmed();
+    };
+    helper.start(QStringLiteral(LOCK_HELPER_PATH), { path });
+    ASSERT_EQ(ask(nullptr), "ready");
+    ASSERT_EQ(ask("write"), "ok");
+    EXPECT_FALSE(file.lock(QtLockedFile::ReadLock, false));
+    auto locked
+        = std::async(std::launch::async, [&] { return file.lock(QtLockedFile::WriteLock); });
+    EXPECT_EQ(locked.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    EXPECT_EQ(ask("unlock"), "ok");
+    EXPECT_TRUE(locked.get());
+    EXPECT_EQ(ask("read"), "busy");
+    EXPECT_TRUE(file.unlock());
+    EXPECT_EQ(ask("read"), "ok");
+    EXPECT_TRUE(file.lock(QtLockedFile::ReadLock, false)) << "readers share";
+    // The other reader blocks the write lock; an in-place upgrade would keep our read lock.
+    EXPECT_FALSE(file.lock(QtLockedFile::WriteLock, false));
+    EXPECT_EQ(file.lockMode(), QtLockedFile::NoLock);
+    EXPECT_EQ(ask("write"), "ok") << "the other process takes the file in between";
+    EXPECT_EQ(g_warnings, QStringList { "QtLockedFile::lock(): file is not opened" })
+        << "a lock held elsewhere is no error";
+    helper.closeWriteChannel();
+    EXPECT_TRUE(helper.waitForFinished(5000));
+}
+
 } // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtWarningMsg)
+            g_warnings << text;
+    });
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

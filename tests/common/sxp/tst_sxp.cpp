@@ -140,7 +140,6 @@ TEST(CParser, MalformedXmlAndMissingFilesReportCodeTextAndPosition)
         std::string error;
     } cases[] = {
         { "<doc>\n  <item></doc>", XML_ERROR_TAG_MISMATCH + 1, "mismatched tag 2:10" },
-        { "<doc>\xFF</doc>", XML_ERROR_INVALID_TOKEN + 1, "not well-formed (invalid token) 1:5" },
         { laughs + "]><doc>&l10;</doc>", CParser::kOtherExpatError,
             "limit on input amplification factor (from DTD and entities) breached 1:590" },
     };

@@ -130,9 +130,11 @@ struct HttpReply {
     QByteArray body;
 };
 
-// One reply read off an open socket, to its Content-Length and no further.
-inline HttpReply readReply(QTcpSocket& socket, int timeoutMs = 5000)
+// `request` out over an open socket, and one reply back, read to its Content-Length and
+// no further.
+inline HttpReply exchange(QTcpSocket& socket, const QByteArray& request, int timeoutMs = 5000)
 {
+    socket.write(request);
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < timeoutMs) {
@@ -157,12 +159,6 @@ inline HttpReply readReply(QTcpSocket& socket, int timeoutMs = 5000)
             break;
     }
     return {};
-}
-
-inline HttpReply exchange(QTcpSocket& socket, const QByteArray& request, int timeoutMs = 5000)
-{
-    socket.write(request);
-    return readReply(socket, timeoutMs);
 }
 
 inline HttpReply exchange(quint16 port, const QByteArray& request, int timeoutMs = 5000)

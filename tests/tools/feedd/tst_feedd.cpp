@@ -1,10 +1,12 @@
-// The pieces of vireo-feedd that judge what a client or a catalogue says, table by table.
+// vireo-feedd's parts that judge what a client or a catalogue says, table by table, and
+// the real program: its demo, its log, its exit statuses and a clean stop on SIGTERM.
 
+#include "FeeddProcess.h"
 #include "FeeddTestSupport.h"
-
-#include "GuardedTcpServer.h"
 #include "RequestFramer.h"
 
+#include <QStandardPaths>
+#include <QTcpServer>
 #include <QTemporaryDir>
 
 using namespace feeddtest;
@@ -46,19 +48,6 @@ TEST(RequestFramer, FollowsRequestsAndRefusesWhatItWillNotRead)
     }
 }
 
-TEST(GuardedTcpServer, CountsConnectionsPerIPv4AddressOrIPv6Network)
-{
-    const std::pair<const char*, const char*> cases[] = {
-        { "::ffff:192.168.1.5", "192.168.1.5" },
-        { "2001:db8:1:2:aaaa:bbbb:cccc:dddd", "2001:db8:1:2::" },
-        { "::1", "::" },
-    };
-    for (const auto& [peer, client] : cases)
-        EXPECT_EQ(GuardedTcpServer::clientOf(QHostAddress(QString::fromLatin1(peer))),
-            QHostAddress(QString::fromLatin1(client)))
-            << peer;
-}
-
 TEST(Catalogue, LoadingNamesTheFileAndItsFirstProblem)
 {
     QTemporaryDir dir;
@@ -67,18 +56,17 @@ TEST(Catalogue, LoadingNamesTheFileAndItsFirstProblem)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QByteArray json = file.readAll();
+    ASSERT_TRUE(QFile::link(path, dir.filePath("link.jpg")));
     const struct {
         QByteArray from, to;
         const char* error;
     } cases[] = {
-        { "\"lists\"", "\"list\"", "unknown key \"list\"" },
+        { "\"thumbnail\": \"t02.jpg\"", "\"thumbnail\": \"link.jpg\"", "links are not served" },
         { "\"id\": \"t01\"", "\"id\": \"t00\"", "trailers[1]: the id \"t00\" is used twice" },
         { "\"id\": \"t01\"", "\"id\": \"../t01\"", "trailers[1]: \"id\" must be" },
         { "\"media\": \"t02.flv\"", "\"media\": \"../t02.flv\"", "trailers[2]: \"media\"" },
         { "\"media\": \"t02.flv\"", "\"media\": \"missing.flv\"",
             "trailers[2]: \"missing.flv\" is not a readable regular file" },
-        { "[\n            \"t02\"", "[\n            \"t00\"",
-            "is not a trailer id, or is listed twice" },
         { "\"size\": 40001,", "", "" }, // the media file's size is taken
         { "{", "[", "not JSON" },
     };
@@ -93,10 +81,55 @@ TEST(Catalogue, LoadingNamesTheFileAndItsFirstProblem)
             << error.toStdString();
         EXPECT_TRUE(!catalogue || catalogue->trailers()[1].size == 40001);
     }
-    writeFile(path, json);
-    ASSERT_TRUE(QFile::remove(dir.filePath(QStringLiteral("t01.jpg"))));
-    ASSERT_TRUE(QFile::link(path, dir.filePath(QStringLiteral("t01.jpg"))));
-    QString error;
-    EXPECT_FALSE(Catalogue::load(dir.path(), &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("links are not served"))) << error.toStdString();
+}
+
+// The real program over its demo (whose lists the loader's tests check): it says where it
+// listens, serves a range of a clip, logs the request, and stops cleanly on SIGTERM.
+TEST(FeeddProgram, ServesItsDemoAndStopsCleanlyOnSigterm)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("ffmpeg")).isEmpty())
+        GTEST_SKIP() << "ffmpeg, which makes the demo's clips, is not installed";
+    application();
+    FeeddProcess feedd(QStringLiteral(VIREO_FEEDD_BIN));
+    const QString base = feedd.waitForBase();
+    ASSERT_FALSE(base.isEmpty()) << feedd.output().toStdString();
+    const HttpReply clip = exchange(
+        quint16(base.section(u':', -1).toUInt()), get("/media/0001x.flv", "Range: bytes=0-2\r\n"));
+    EXPECT_EQ(clip.status, 206);
+    EXPECT_EQ(clip.body, "FLV");
+    EXPECT_EQ(feedd.terminate(), 0);
+    EXPECT_TRUE(feedd.output().contains("GET /media/0001x.flv 206 3 bytes "))
+        << feedd.output().toStdString();
+}
+
+TEST(FeeddProgram, ExitStatusesSayWhyItDidNotRun)
+{
+    application();
+    QTemporaryDir dir;
+    writeLibrary(dir.path(), 2);
+    QTcpServer taken;
+    ASSERT_TRUE(taken.listen(QHostAddress::LocalHost, 0));
+    const QString busy = QStringLiteral("127.0.0.1:%1").arg(taken.serverPort());
+    const struct {
+        QStringList arguments;
+        int status;
+        const char* says; // on standard output for 0, standard error otherwise
+    } cases[] = {
+        { { "--help" }, 0, "--listen <HOST:PORT>" },
+        { { "--bogus" }, 2, "Unknown option 'bogus'" },
+        { { "--listen", "nowhere" }, 2, "--listen wants HOST:PORT" },
+        { { "--library", dir.filePath("missing") }, 1, "missing/catalogue.json" },
+        { { "--library", dir.path(), "--listen", busy }, 1, "cannot listen on 127.0.0.1" },
+    };
+    for (const auto& c : cases) {
+        QProcess feedd;
+        feedd.start(QStringLiteral(VIREO_FEEDD_BIN), c.arguments);
+        if (!feedd.waitForFinished(10000))
+            feedd.kill();
+        EXPECT_EQ(feedd.exitStatus() == QProcess::NormalExit ? feedd.exitCode() : -1, c.status)
+            << c.says;
+        const QByteArray text
+            = c.status == 0 ? feedd.readAllStandardOutput() : feedd.readAllStandardError();
+        EXPECT_TRUE(text.contains(c.says)) << text.toStdString();
+    }
 }
