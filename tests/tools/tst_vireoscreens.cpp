@@ -1,5 +1,5 @@
-// vireo-screens' walks through the appliance's screens: as text, as JSON with playback
-// moving on, and the steps it refuses before anything runs.
+// vireo-screens' walks through the appliance's screens, as text with playback moving on or
+// as JSON, and the steps it refuses before anything runs.
 
 #include "ScreenWalk.h"
 #include "TempHome.h"
@@ -21,8 +21,8 @@ protected:
     {
         QBuffer out(&m_out);
         QBuffer err(&m_err);
-        out.open(QIODevice::WriteOnly);
-        err.open(QIODevice::WriteOnly);
+        out.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        err.open(QIODevice::WriteOnly | QIODevice::Truncate);
         return ScreenWalk::run(QStringList { "--home", home() } + args, out, err);
     }
     QByteArray m_out;
@@ -43,6 +43,8 @@ TEST_F(VireoScreensTest, AWalkShowsEachStepsScreenUntilQuit)
     EXPECT_TRUE(steps[5].startsWith("select\n[VireoConfigController] Settings"));
     EXPECT_TRUE(steps[6].startsWith("select\n[VireoAboutController]"));
     EXPECT_TRUE(steps[6].contains("| Vireo Software Version  0.96.16.118"));
+    ASSERT_EQ(walk({ "--json", "down" }), 0);
+    EXPECT_TRUE(m_out.split('\n').value(1).contains("\"step\":\"down\"")) << m_out.toStdString();
 }
 
 TEST_F(VireoScreensTest, StepsItCannotTakeAndMissingHomesAreUsageErrors)
@@ -55,8 +57,6 @@ TEST_F(VireoScreensTest, StepsItCannotTakeAndMissingHomesAreUsageErrors)
         { { "--home", "/nowhere" }, "error: no such folder: /nowhere" },
     };
     for (const auto& [args, says] : rows) {
-        m_out.clear();
-        m_err.clear();
         EXPECT_EQ(walk(args), 2) << says;
         EXPECT_TRUE(m_err.contains(says)) << m_err.toStdString();
         EXPECT_TRUE(m_out.isEmpty()) << says << ": nothing runs";
