@@ -65,6 +65,14 @@ public:
         }
         return {};
     }
+    // Stops the service with SIGTERM: its exit code, or -1 when it did not end normally.
+    int terminate()
+    {
+        ::kill(pid_t(m_process.processId()), SIGTERM);
+        const bool ended = m_process.waitForFinished(5000);
+        m_output += m_process.readAll();
+        return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    }
     QString output() const { return QString::fromUtf8(m_output); }
     // The folder the demo library is written to (when no library was given).
     QString demoLibrary() const { return m_demoLibrary.path(); }

@@ -1,3 +1,6 @@
+// vireo-xmlrpc's commands in process over the sample documents and standard input, and
+// the real program once. The dump formats themselves are the codec's.
+
 #include "XmlRpcTool.h"
 
 #include <QBuffer>
@@ -5,145 +8,64 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-struct Outcome {
-    int status;
-    QString out;
-    QString err;
-};
-
-Outcome runTool(const QStringList& args, const QByteArray& input = {})
+TEST(VireoXmlRpc, EachCommandPrintsItsResultOrOneErrorAndExitsWithItsStatus)
 {
-    QByteArray inBytes = input, outBytes, errBytes;
-    QBuffer in(&inBytes), out(&outBytes), err(&errBytes);
-    in.open(QIODevice::ReadOnly);
-    out.open(QIODevice::WriteOnly);
-    err.open(QIODevice::WriteOnly);
-    const int status = XmlRpcTool::run(args, in, out, err);
-    return { status, QString::fromUtf8(outBytes), QString::fromUtf8(errBytes) };
+    const auto sample
+        = [](const char* name) { return QStringLiteral(SAMPLES_DIR "/") + QLatin1String(name); };
+    const struct {
+        const char* name;
+        QStringList args;
+        QByteArray input;
+        int status;
+        const char* out; // the start of standard output
+        const char* err; // the start of standard error
+    } rows[] = {
+        { "request", { "request", sample("request.xml") }, {}, 0,
+            "method: vireo.getTopTrailers\n<value>box-7f3a</value>\n<value>25</value>\n"
+            "<value-from-list>\n <genres>\n  <value>drama</value>\n  <value>comedy</value>\n "
+            "</genres>\n"
+            " <hd>true</hd>\n",
+            "" },
+        { "failed request prints what was parsed", { "request", "-" },
+            "<methodCall><methodName>m</methodName><params><param><value><int>7</int></value>"
+            "</param><param><value><nil/></value></param></params></methodCall>",
+            1, "method: m\n<value>7</value>\n",
+            "error: Malformed request: Unknown element type found: nil\n" },
+        { "reply", { "reply", sample("fault.xml") }, {}, 0, "fault: 4 Too many parameters.\n", "" },
+        { "payload", { "payload" }, "<a><b>1</b></a><d>x</d>", 0,
+            "<a>\n <b>1</b>\n</a>\n<d>x</d>\n", "" },
+        { "find", { "find", "title", sample("reply.xml") }, {}, 0, "The Long Road\n", "" },
+        { "find without a match", { "find", "rating", sample("reply.xml") }, {}, 1, "", "error: " },
+        { "xml", { "xml", sample("reply.xml") }, {}, 0,
+            "<trailers>\n  <trailer>\n    <duration>148", "" },
+        { "unknown command", { "frobnicate" }, {}, 2, "", "usage: vireo-xmlrpc " },
+        { "extra argument", { "request", "a", "b" }, {}, 2, "", "usage: vireo-xmlrpc " },
+        { "unreadable input", { "request", "/nonexistent/doc.xml" }, {}, 2, "",
+            "error: cannot read /nonexistent/doc.xml" },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        QByteArray input = row.input;
+        QByteArray outBytes;
+        QByteArray errBytes;
+        QBuffer in(&input);
+        QBuffer out(&outBytes);
+        QBuffer err(&errBytes);
+        in.open(QIODevice::ReadOnly);
+        out.open(QIODevice::WriteOnly);
+        err.open(QIODevice::WriteOnly);
+        EXPECT_EQ(XmlRpcTool::run(row.args, in, out, err), row.status);
+        EXPECT_TRUE(outBytes.startsWith(row.out) && (*row.out || outBytes.isEmpty()))
+            << outBytes.toStdString();
+        EXPECT_TRUE(errBytes.startsWith(row.err) && (*row.err || errBytes.isEmpty()))
+            << errBytes.toStdString();
+    }
 }
 
-QString sample(const char* name)
-{
-    return QStringLiteral(SAMPLES_DIR "/") + QLatin1String(name);
-}
-
-const char* const kTrailersDump = "<trailers>\n"
-                                  " <trailer>\n"
-                                  "  <duration>148</duration>\n"
-                                  "  <title>The Long Road</title>\n"
-                                  " </trailer>\n"
-                                  " <trailer>\n"
-                                  "  <duration>131</duration>\n"
-                                  "  <title>Harbour Lights</title>\n"
-                                  " </trailer>\n"
-                                  "</trailers>\n";
-
-} // namespace
-
-TEST(VireoXmlRpcCommands, RequestPrintsMethodAndParameterDump)
-{
-    const Outcome o = runTool({ QStringLiteral("request"), sample("request.xml") });
-    EXPECT_EQ(o.status, 0);
-    EXPECT_EQ(o.out.toStdString(),
-        "method: vireo.getTopTrailers\n"
-        "<value>box-7f3a</value>\n"
-        "<value>25</value>\n"
-        "<value-from-list>\n"
-        " <genres>\n"
-        "  <value>drama</value>\n"
-        "  <value>comedy</value>\n"
-        " </genres>\n"
-        " <hd>true</hd>\n"
-        " <list>topviewed</list>\n"
-        " <ratio>1.78</ratio>\n"
-        "</value-from-list>\n");
-    EXPECT_TRUE(o.err.isEmpty());
-}
-
-TEST(VireoXmlRpcCommands, FailedRequestStillPrintsWhatWasParsed)
-{
-    const QByteArray doc = "<methodCall><methodName>m</methodName><params>"
-                           "<param><value><int>7</int></value></param>"
-                           "<param><value><nil/></value></param></params></methodCall>";
-    const Outcome o = runTool({ QStringLiteral("request"), QStringLiteral("-") }, doc);
-    EXPECT_EQ(o.status, 1);
-    EXPECT_EQ(o.out.toStdString(), "method: m\n<value>7</value>\n");
-    EXPECT_EQ(o.err.toStdString(), "error: Malformed request: Unknown element type found: nil\n");
-}
-
-TEST(VireoXmlRpcCommands, ReplyFaultAndResult)
-{
-    Outcome o = runTool({ QStringLiteral("reply"), sample("fault.xml") });
-    EXPECT_EQ(o.status, 0);
-    EXPECT_EQ(o.out.toStdString(), "fault: 4 Too many parameters.\n");
-
-    o = runTool({ QStringLiteral("reply"), sample("reply.xml") });
-    EXPECT_EQ(o.status, 0);
-    EXPECT_EQ(o.out.toStdString(), kTrailersDump);
-}
-
-TEST(VireoXmlRpcCommands, PayloadFromStandardInput)
-{
-    const Outcome o = runTool({ QStringLiteral("payload") }, "<a><b>1</b><c>2</c></a><d>x</d>");
-    EXPECT_EQ(o.status, 0);
-    EXPECT_EQ(o.out.toStdString(), "<a>\n <b>1</b>\n <c>2</c>\n</a>\n<d>x</d>\n");
-
-    const Outcome bad = runTool({ QStringLiteral("payload") }, "<a><b></a>");
-    EXPECT_EQ(bad.status, 1);
-    EXPECT_TRUE(bad.err.startsWith(QStringLiteral("error: Bad XML-RPC reply: error ")))
-        << bad.err.toStdString();
-}
-
-TEST(VireoXmlRpcCommands, FindTakesTheFirstMatchDepthFirst)
-{
-    Outcome o = runTool({ QStringLiteral("find"), QStringLiteral("title"), sample("reply.xml") });
-    EXPECT_EQ(o.status, 0);
-    EXPECT_EQ(o.out.toStdString(), "The Long Road\n");
-
-    o = runTool({ QStringLiteral("find"), QStringLiteral("rating"), sample("reply.xml") });
-    EXPECT_EQ(o.status, 1);
-    EXPECT_TRUE(o.out.isEmpty());
-    EXPECT_FALSE(o.err.isEmpty());
-
-    o = runTool({ QStringLiteral("find"), QStringLiteral("faultCode"), sample("fault.xml") });
-    EXPECT_EQ(o.status, 1) << "a fault has no result to search";
-}
-
-TEST(VireoXmlRpcCommands, XmlRewritesTheResultIndentedAndEscaped)
-{
-    Outcome o = runTool({ QStringLiteral("xml"), sample("reply.xml") });
-    EXPECT_EQ(o.status, 0);
-    EXPECT_TRUE(
-        o.out.startsWith(QStringLiteral("<trailers>\n  <trailer>\n    <duration>148</duration>\n")))
-        << o.out.toStdString();
-
-    const QByteArray escaped
-        = "<methodResponse><params><param><value><string>"
-          "&lt;t&gt;a &amp;amp; b&lt;/t&gt;</string></value></param></params></methodResponse>";
-    o = runTool({ QStringLiteral("xml") }, escaped);
-    EXPECT_EQ(o.out.toStdString(), "<t>a &amp; b</t>\n");
-}
-
-TEST(VireoXmlRpcUsage, BadArgumentsAndUnreadableInputExitTwo)
-{
-    EXPECT_EQ(runTool({}).status, 2);
-    EXPECT_EQ(runTool({ QStringLiteral("frobnicate") }).status, 2);
-    EXPECT_EQ(runTool({ QStringLiteral("find") }).status, 2);
-    EXPECT_EQ(
-        runTool({ QStringLiteral("request"), QStringLiteral("a"), QStringLiteral("b") }).status, 2);
-    const Outcome missing
-        = runTool({ QStringLiteral("request"), QStringLiteral("/nonexistent/doc.xml") });
-    EXPECT_EQ(missing.status, 2);
-    EXPECT_TRUE(missing.err.startsWith(QStringLiteral("error: cannot read /nonexistent/doc.xml")));
-}
-
-TEST(VireoXmlRpcProcess, ReadsStandardInputAndWritesUtf8)
+TEST(VireoXmlRpc, TheProgramReadsStandardInputAndWritesUtf8)
 {
     QProcess tool;
-    tool.start(
-        QStringLiteral(VIREO_XMLRPC_BIN), { QStringLiteral("request"), QStringLiteral("-") });
+    tool.start(QStringLiteral(VIREO_XMLRPC_BIN), { "request", "-" });
     ASSERT_TRUE(tool.waitForStarted());
     tool.write("<methodCall><methodName>caf\xc3\xa9</methodName><params><param><value>"
                "<string>\xe2\x82\xac 5 &lt; 6</string></value></param></params></methodCall>");

@@ -1,103 +1,66 @@
+// vireo-screens' walks through the appliance's screens, as text with playback moving on or
+// as JSON, and the steps it refuses before anything runs.
+
 #include "ScreenWalk.h"
 #include "TempHome.h"
 
 #include <QBuffer>
-#include <QDir>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
 
-struct Walk {
-    int status = -1;
-    QString out;
-    QString err;
-    // The --json lines, one screen per step.
-    QList<QJsonObject> screens() const
-    {
-        QList<QJsonObject> screens;
-        for (const QString& line : out.split(u'\n', Qt::SkipEmptyParts))
-            screens.append(QJsonDocument::fromJson(line.toUtf8()).object());
-        return screens;
-    }
-};
-
 class VireoScreensTest : public TempHome {
 protected:
-    Walk walk(QStringList args) const
+    void SetUp() override
     {
-        args.prepend(home());
-        args.prepend(QStringLiteral("--home"));
-        QByteArray outBytes;
-        QByteArray errBytes;
-        QBuffer out(&outBytes);
-        QBuffer err(&errBytes);
-        out.open(QIODevice::WriteOnly);
-        err.open(QIODevice::WriteOnly);
-        Walk result;
-        result.status = ScreenWalk::run(args, out, err);
-        result.out = QString::fromUtf8(outBytes);
-        result.err = QString::fromUtf8(errBytes);
-        return result;
+        TempHome::SetUp();
+        writeFile(movies() + "Heat.m4v");
+        writeFile(
+            movies() + "Heat.xml", "<movie><title>Heat</title><duration>600</duration></movie>");
     }
+    int walk(const QStringList& args)
+    {
+        QBuffer out(&m_out);
+        QBuffer err(&m_err);
+        out.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        err.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        return ScreenWalk::run(QStringList { "--home", home() } + args, out, err);
+    }
+    QByteArray m_out;
+    QByteArray m_err;
 };
 
-} // namespace
-
-TEST_F(VireoScreensTest, textWalkShowsRowsFocusAndTheSettingsScreens)
+TEST_F(VireoScreensTest, AWalkShowsEachStepsScreenUntilQuit)
 {
-    writeFile(movies() + QStringLiteral("Heat.m4v"));
-    // Nothing runs after "quit".
-    const Walk result = walk({ QStringLiteral("down"), QStringLiteral("select"),
-        QStringLiteral("select"), QStringLiteral("quit"), QStringLiteral("menu") });
-    ASSERT_EQ(result.status, 0) << qPrintable(result.err);
-    const QStringList steps = result.out.split(QStringLiteral("== "), Qt::SkipEmptyParts);
-    ASSERT_EQ(steps.size(), 4) << qPrintable(result.out);
-    EXPECT_TRUE(steps[0].contains(QStringLiteral("> Heat\n")));
-    EXPECT_TRUE(steps[1].contains(QStringLiteral("    ----\n  > Settings  >\n")));
-    EXPECT_TRUE(steps[2].startsWith(QStringLiteral("select\n[VireoConfigController] Settings")));
-    EXPECT_TRUE(steps[3].contains(QStringLiteral("[VireoAboutController]")));
-    EXPECT_TRUE(steps[3].contains(QStringLiteral("| Vireo Software Version  0.96.16.118")));
+    ASSERT_EQ(walk({ "select", "wait:95", "menu", "down", "select", "select", "quit", "menu" }), 0);
+    EXPECT_EQ(m_err, "vireo-screens: \"wait:95\" is deprecated; write \"wait 95000\"\n");
+    const QStringList steps = QString::fromUtf8(m_out).split("== ", Qt::SkipEmptyParts);
+    ASSERT_EQ(steps.size(), 7) << m_out.toStdString();
+    EXPECT_TRUE(steps[0].contains("> Heat\n"));
+    EXPECT_TRUE(
+        steps[2].startsWith("wait:95\n") && steps[2].contains("player: playing 0:01:35 / 0:10:00"))
+        << steps[2].toStdString();
+    EXPECT_TRUE(steps[4].contains("    ----\n  > Settings  >\n"));
+    EXPECT_TRUE(steps[5].startsWith("select\n[VireoConfigController] Settings"));
+    EXPECT_TRUE(steps[6].startsWith("select\n[VireoAboutController]"));
+    EXPECT_TRUE(steps[6].contains("| Vireo Software Version  0.96.16.118"));
+    ASSERT_EQ(walk({ "--json", "down" }), 0);
+    EXPECT_TRUE(m_out.split('\n').value(1).contains("\"step\":\"down\"")) << m_out.toStdString();
 }
 
-TEST_F(VireoScreensTest, playbackWaitLeavesAResumePointOfferedNextTime)
+TEST_F(VireoScreensTest, StepsItCannotTakeAndMissingHomesAreUsageErrors)
 {
-    writeFile(movies() + QStringLiteral("Heat.m4v"));
-    writeFile(movies() + QStringLiteral("Heat.xml"),
-        "<movie><title>Heat</title><duration>600</duration></movie>");
-    const Walk result = walk({ QStringLiteral("--json"), QStringLiteral("select"),
-        QStringLiteral("wait:95"), QStringLiteral("menu"), QStringLiteral("select") });
-    ASSERT_EQ(result.status, 0) << qPrintable(result.err);
-    EXPECT_EQ(result.err, "vireo-screens: \"wait:95\" is deprecated; write \"wait 95000\"\n");
-    const QList<QJsonObject> screens = result.screens();
-    ASSERT_EQ(screens.size(), 5);
-    const QJsonObject playing = screens[2].value(u"screen").toObject().value(u"player").toObject();
-    EXPECT_EQ(playing.value(u"state").toString(), QStringLiteral("playing"));
-    EXPECT_EQ(playing.value(u"positionMS").toInteger(), 95'000);
-    const QJsonObject again = screens[4].value(u"screen").toObject();
-    EXPECT_EQ(
-        again.value(u"player").toObject().value(u"state").toString(), QStringLiteral("prompt"));
-    EXPECT_EQ(again.value(u"rows").toArray().at(0).toObject().value(u"title").toString(),
-        QStringLiteral("Resume Playing"));
-}
-
-TEST_F(VireoScreensTest, stepsItCannotTakeAndMissingHomesAreUsageErrors)
-{
-    const std::pair<const char*, const char*> rows[] = {
-        { "sideways", "error: unknown step \"sideways\"" },
-        { "shot top", "error: \"shot top\" needs a window, and vireo-screens draws none" },
-        { "wait 3600001", "error: \"wait 3600001\": wait takes milliseconds" },
-        { "wait:-1", "error: unknown step \"wait:-1\"" },
-        { "wait:x", "error: unknown step \"wait:x\"" },
-        { "wait:999999", "error: \"wait 999999000\": wait takes milliseconds" },
+    const std::pair<QStringList, const char*> rows[] = {
+        { { "down", "sideways" }, "error: unknown step \"sideways\"" },
+        { { "down", "shot top" },
+            "error: \"shot top\" needs a window, and vireo-screens draws none" },
+        { { "down", "wait:999999" }, "error: \"wait 999999000\": wait takes milliseconds" },
+        { { "--home", "/nowhere" }, "error: no such folder: /nowhere" },
     };
-    for (const auto& [step, says] : rows) {
-        const Walk refused = walk({ QStringLiteral("down"), QString::fromLatin1(step) });
-        EXPECT_EQ(refused.status, 2) << step;
-        EXPECT_TRUE(refused.err.contains(QLatin1String(says))) << qPrintable(refused.err);
-        EXPECT_TRUE(refused.out.isEmpty()) << step << ": nothing runs";
+    for (const auto& [args, says] : rows) {
+        EXPECT_EQ(walk(args), 2) << says;
+        EXPECT_TRUE(m_err.contains(says)) << m_err.toStdString();
+        EXPECT_TRUE(m_out.isEmpty()) << says << ": nothing runs";
     }
-    const Walk missing = walk({ QStringLiteral("--home"), root() + QStringLiteral("/nowhere") });
-    EXPECT_EQ(missing.status, 2);
 }
+
+} // namespace

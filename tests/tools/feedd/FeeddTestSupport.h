@@ -1,8 +1,8 @@
 #pragma once
 
-// What the vireo-feedd tests share: the application object, a service running in
-// process on its own thread (so a test may use blocking sockets), a raw HTTP client,
-// and a library folder of made-up trailers. Header-only.
+// What the vireo-feedd tests share: the application object, a library folder of made-up
+// trailers, the service in process on a thread of its own (so that a test may use
+// blocking sockets) and a raw HTTP client. Header-only.
 
 #include "Catalogue.h"
 #include "FeedHttpServer.h"
@@ -14,29 +14,12 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QHash>
-#include <QLoggingCategory>
 #include <QTcpSocket>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <memory>
 
 namespace feeddtest {
-
-inline QLoggingCategory::CategoryFilter& previousLogFilter()
-{
-    static QLoggingCategory::CategoryFilter filter = nullptr;
-    return filter;
-}
-
-// Qt's own HTTP debug log would drown the test output when the tests turn debug on.
-inline void quietQtHttpLog(QLoggingCategory* category)
-{
-    if (previousLogFilter())
-        previousLogFilter()(category);
-    if (qstrncmp(category->categoryName(), "qt.httpserver", 13) == 0)
-        category->setEnabled(QtDebugMsg, false);
-}
 
 inline QCoreApplication& application()
 {
@@ -44,11 +27,6 @@ inline QCoreApplication& application()
     static char name[] = "tst_feedd";
     static char* argv[] = { name, nullptr };
     static QCoreApplication app(argc, argv);
-    static const bool quiet = [] {
-        previousLogFilter() = QLoggingCategory::installFilter(quietQtHttpLog);
-        return true;
-    }();
-    Q_UNUSED(quiet);
     return app;
 }
 
@@ -79,21 +57,15 @@ inline void writeLibrary(const QString& folder, int count = 30)
         trailers.append({ id, QStringLiteral("Title %1 & <%1> \"é\"").arg(i),
             QStringLiteral("Line one of %1\nline two & more").arg(i), 60 + i, 40000 + i,
             id + QStringLiteral(".flv"), id + QStringLiteral(".jpg") });
-        writeFile(
-            folder + QLatin1Char('/') + id + QStringLiteral(".flv"), mediaBytes(i, 40000 + i));
-        writeFile(folder + QLatin1Char('/') + id + QStringLiteral(".jpg"),
-            QByteArray("\xFF\xD8\xFF\xE0 thumbnail ") + id.toLatin1());
-    }
-    for (int type = 0; type < 4; ++type) {
-        for (int i = 0; i < count; ++i)
+        writeFile(folder + u'/' + id + QStringLiteral(".flv"), mediaBytes(i, 40000 + i));
+        writeFile(folder + u'/' + id + QStringLiteral(".jpg"), "\xFF\xD8\xFF\xE0 " + id.toLatin1());
+        for (int type = 0; type < 4; ++type)
             lists[std::size_t(type)].append((i + type) % count);
     }
-    writeFile(
-        folder + QLatin1Char('/') + Catalogue::fileName(), Catalogue(trailers, lists).toJson());
+    writeFile(folder + u'/' + Catalogue::fileName(), Catalogue(trailers, lists).toJson());
 }
 
-// The service over a library folder, on 127.0.0.1 and a free port, in a thread of its
-// own.
+// The service over a library folder, on 127.0.0.1 and a free port.
 class ServerThread {
 public:
     explicit ServerThread(const QString& library, const FeedLimits& limits = {})
@@ -101,25 +73,20 @@ public:
         application();
         m_context->moveToThread(&m_thread);
         m_thread.start();
-        QMetaObject::invokeMethod(
-            m_context.get(),
-            [&] {
-                QString error;
-                auto catalogue = Catalogue::load(library, &error);
-                if (!catalogue)
-                    return;
-                m_server = std::make_unique<FeedHttpServer>(
-                    std::make_shared<const Catalogue>(std::move(*catalogue)),
-                    FileHandle::openFolder(library), limits);
-                if (!m_server->start(QHostAddress::LocalHost, 0, &error))
-                    m_server.reset();
-            },
-            Qt::BlockingQueuedConnection);
+        onThread([&] {
+            QString error;
+            auto catalogue = Catalogue::load(library, &error);
+            m_server = catalogue ? std::make_unique<FeedHttpServer>(
+                           std::make_shared<const Catalogue>(std::move(*catalogue)),
+                           FileHandle::openFolder(library), limits)
+                                 : nullptr;
+            if (m_server && !m_server->start(QHostAddress::LocalHost, 0, &error))
+                m_server.reset();
+        });
     }
     ~ServerThread()
     {
-        QMetaObject::invokeMethod(
-            m_context.get(), [&] { m_server.reset(); }, Qt::BlockingQueuedConnection);
+        onThread([&] { m_server.reset(); });
         m_thread.quit();
         m_thread.wait();
     }
@@ -127,22 +94,35 @@ public:
     ServerThread& operator=(const ServerThread&) = delete;
 
     bool isRunning() const { return m_server != nullptr; }
-    quint16 port() const { return m_server ? m_server->port() : 0; }
-    QString base() const { return QStringLiteral("http://127.0.0.1:%1").arg(port()); }
+    quint16 port() const { return m_server->port(); }
     int openConnections()
     {
         int open = -1;
-        QMetaObject::invokeMethod(
-            m_context.get(), [&] { open = m_server->openConnections(); },
-            Qt::BlockingQueuedConnection);
+        onThread([&] { open = m_server->openConnections(); });
         return open;
     }
 
 private:
+    template <typename F> void onThread(F work)
+    {
+        QMetaObject::invokeMethod(m_context.get(), work, Qt::BlockingQueuedConnection);
+    }
     QThread m_thread;
     std::unique_ptr<QObject> m_context = std::make_unique<QObject>();
     std::unique_ptr<FeedHttpServer> m_server;
 };
+
+// Whether `done` holds within `ms`; this thread's sockets see their events meanwhile.
+template <typename Done> bool within(int ms, Done done)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!done() && clock.elapsed() < ms) {
+        QCoreApplication::processEvents();
+        QThread::msleep(10);
+    }
+    return done();
+}
 
 struct HttpReply {
     int status = 0; // 0: the connection closed without a complete reply
@@ -150,10 +130,11 @@ struct HttpReply {
     QByteArray body;
 };
 
-// One reply read off an open socket, to its Content-Length and no further, within
-// `timeoutMs`.
-inline HttpReply readReply(QTcpSocket& socket, int timeoutMs = 5000)
+// `request` out over an open socket, and one reply back, read to its Content-Length and
+// no further.
+inline HttpReply exchange(QTcpSocket& socket, const QByteArray& request, int timeoutMs = 5000)
 {
+    socket.write(request);
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < timeoutMs) {
@@ -163,11 +144,9 @@ inline HttpReply readReply(QTcpSocket& socket, int timeoutMs = 5000)
             HttpReply reply;
             const QList<QByteArray> lines = head.left(headEnd).split('\n');
             reply.status = lines.first().split(' ').value(1).toInt();
-            for (qsizetype i = 1; i < lines.size(); ++i) {
-                const qsizetype colon = lines[i].indexOf(':');
-                reply.headers.insert(
-                    lines[i].left(colon).trimmed().toLower(), lines[i].mid(colon + 1).trimmed());
-            }
+            for (const QByteArray& line : lines.mid(1))
+                reply.headers.insert(line.left(line.indexOf(':')).trimmed().toLower(),
+                    line.mid(line.indexOf(':') + 1).trimmed());
             const qint64 length = reply.headers.value("content-length", "0").toLongLong();
             if (available >= headEnd + 4 + length) {
                 socket.skip(headEnd + 4);
@@ -179,29 +158,20 @@ inline HttpReply readReply(QTcpSocket& socket, int timeoutMs = 5000)
             && socket.bytesAvailable() == available)
             break;
     }
-    return HttpReply {};
-}
-
-// One exchange over an open socket: `request` out, one reply back.
-inline HttpReply exchange(QTcpSocket& socket, const QByteArray& request, int timeoutMs = 5000)
-{
-    socket.write(request);
-    return readReply(socket, timeoutMs);
+    return {};
 }
 
 inline HttpReply exchange(quint16 port, const QByteArray& request, int timeoutMs = 5000)
 {
     QTcpSocket socket;
     socket.connectToHost(QHostAddress::LocalHost, port);
-    if (!socket.waitForConnected(timeoutMs))
-        return {};
-    return exchange(socket, request, timeoutMs);
+    return socket.waitForConnected(timeoutMs) ? exchange(socket, request, timeoutMs) : HttpReply {};
 }
 
-inline QByteArray post(const QByteArray& body, const QByteArray& extraHeaders = {})
+inline QByteArray post(const QByteArray& body, const QByteArray& host = "127.0.0.1")
 {
-    return QByteArrayLiteral("POST /xmlrpc/ HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: ")
-        + QByteArray::number(body.size()) + "\r\n" + extraHeaders + "\r\n" + body;
+    return "POST /xmlrpc/ HTTP/1.1\r\nHost: " + host
+        + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
 }
 
 inline QByteArray get(const QByteArray& path, const QByteArray& extraHeaders = {})
