@@ -8,6 +8,7 @@
 #include "vtvplugin/trailers/TrailerRequest.h"
 #include "vtvplugin/trailers/TrailerTypes.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
@@ -213,6 +214,7 @@ protected:
         limits.stalledStreamMS = 500;
         limits.maxConnections = 8;
         limits.maxConnectionsPerClient = 4;
+        limits.connectionLifeMS = 1500;
         return limits;
     }
     QTcpSocket* open(const char* from = "127.0.0.1")
@@ -289,4 +291,48 @@ TEST_F(FeeddLimits, AStreamLastsWhileTheClientTakesItAndIsDroppedWhenItStops)
     clock.restart();
     EXPECT_TRUE(waitForOpen(0));
     EXPECT_GE(clock.elapsed(), 400) << "the stream could never end, only stall";
+}
+
+// A client that sends hundreds of requests at once and reads nothing makes the service
+// open no file ahead of the answer being written; the answers come in order.
+TEST_F(FeeddLimits, RequestsSentAheadAreAnsweredInOrderWithoutOpeningTheirFilesAhead)
+{
+    const auto descriptors = [] { return qint64(QDir(QStringLiteral("/proc/self/fd")).count()); };
+    const qint64 before = descriptors();
+    constexpr int kCount = 300;
+    QByteArray requests;
+    for (int i = 0; i < kCount; ++i)
+        requests += get("/media/t03x.flv", "Range: bytes=" + QByteArray::number(i) + "-\r\n");
+    QTcpSocket* client = open();
+    client->write(requests);
+    qint64 most = 0;
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 500) {
+        if (!client->waitForBytesWritten(10))
+            QThread::msleep(10);
+        most = qMax(most, descriptors());
+    }
+    EXPECT_LT(most - before, 10) << "a socket each way and one file at most, not one each";
+    const QByteArray file = mediaBytes(3, 40003);
+    for (int i = 0; i < kCount; ++i)
+        ASSERT_EQ(exchange(*client, {}).body, file.mid(i)) << i;
+}
+
+// A connection that always has its next request on the way cannot keep its place for
+// ever: past its life the answer says so and the connection closes.
+TEST_F(FeeddLimits, AKeepAliveConnectionClosesOnceItsLifeIsOver)
+{
+    QTcpSocket* client = open();
+    const QByteArray request = get("/thumbnails/vtv_ca_t01.jpg");
+    client->write(request.chopped(2));
+    int answered = 0;
+    HttpReply reply;
+    do {
+        QThread::msleep(300);
+        reply = exchange(*client, request.right(2) + request.chopped(2));
+        ASSERT_EQ(reply.status, 200) << answered;
+    } while (reply.headers.value("connection") != "close" && ++answered < 10);
+    EXPECT_EQ(reply.headers.value("connection"), "close") << "after 1500 ms";
+    EXPECT_TRUE(closedWithin(client, 2000));
 }
