@@ -1,7 +1,6 @@
 #include "LibraryFixture.h"
 #include "PlistBytes.h"
 
-#include "vtvplugin/platform/PlistCodec.h"
 #include "vtvplugin/platform/PlistPrecheck.h"
 #include "vtvplugin/store/PlistFile.h"
 
@@ -15,73 +14,49 @@ namespace {
 class PlistFileTest : public LibraryFixture {
 protected:
     QString path() const { return home() + u"/Vireo/vireo.plist"_s; }
-    static QString python() { return QStandardPaths::findExecutable(u"python3"_s); }
     // Runs a python3 snippet with the arguments as sys.argv[1:]; answers its stdout.
     static QByteArray runPython(const char* script, const QStringList& arguments)
     {
         QProcess proc;
-        proc.start(python(), QStringList { u"-c"_s, QString::fromUtf8(script) } + arguments);
+        proc.start(QStandardPaths::findExecutable(u"python3"_s),
+            QStringList { u"-c"_s, QString::fromUtf8(script) } + arguments);
         const bool ok = proc.waitForFinished(30000) && proc.exitStatus() == QProcess::NormalExit
             && !proc.exitCode();
         EXPECT_TRUE(ok) << proc.readAllStandardError().toStdString();
         return proc.readAllStandardOutput();
     }
-    // Every key with its value as text, sorted and joined by "|".
+    // Every key with its value as text (a date in ms since 1970), sorted, joined by "|".
     static QString dump(const QString& path)
     {
-        QVariantMap map;
-        EXPECT_TRUE(PlistCodec::decode(readFile(path), map));
+        const QVariantMap map = PlistFile::read(path).value_or(QVariantMap());
         QStringList out;
         for (auto it = map.cbegin(); it != map.cend(); ++it)
-            out.append(it.key() + u'=' + it->toString());
+            out.append(it.key() + u'='
+                + (it->typeId() == QMetaType::QDateTime
+                        ? QString::number(it->toDateTime().toMSecsSinceEpoch())
+                        : it->toString()));
         out.sort();
         return out.join(u'|');
     }
 };
 
 // What a desktop player writes: flat dotted keys, an integer time, nested
-// dictionaries, unicode and markup characters, an escaped "@" string and the
-// middle-dot escape of ".". The XML form carries the usual DOCTYPE line.
+// dictionaries, unicode and markup characters, an escaped "@" string, the middle-dot
+// escape of "." and dates on both sides of 2001. The XML form carries the DOCTYPE line.
 const char* const kForeignWriter = R"PY(
-import plistlib, sys
+import plistlib, sys, datetime
 data = {'global.clientName': 'Den & Wohnzimmer \u00fc \u2603', 'global.pairTime': 1700000000,
         'stats': {'lastSync': 1699999999, 'ok': True, 'ratio': 0.25, 'inner': {'depth': 3}},
-        'tag': '@@home', 'plain': '@', 'neg': -5, 'flag': False, 'file\u00b7name': 'Film.m4v'}
+        'tag': '@@home', 'plain': '@', 'neg': -5, 'flag': False, 'file\u00b7name': 'Film.m4v',
+        'before': datetime.datetime(1990, 5, 5, 1, 2, 3, 456000),
+        'after': datetime.datetime(2020, 5, 5, 1, 2, 3, 456000)}
 with open(sys.argv[1], 'wb') as f:
     plistlib.dump(data, f, fmt=plistlib.FMT_BINARY if sys.argv[2] == 'binary' else plistlib.FMT_XML)
 )PY";
 
-TEST_F(PlistFileTest, readsWhatPythonPlistlibWrites)
-{
-    if (python().isEmpty())
-        GTEST_SKIP() << "python3 not installed";
-    for (const QString& format : { u"xml"_s, u"binary"_s }) {
-        runPython(kForeignWriter, { path(), format });
-        EXPECT_EQ(dump(path()),
-            u"file.name=Film.m4v|flag=false|global/clientName=Den & Wohnzimmer ü ☃|"
-            u"global/pairTime=1700000000|neg=-5|plain=@|stats/inner/depth=3|"
-            u"stats/lastSync=1699999999|stats/ok=true|stats/ratio=0.25|tag=@home"_s)
-            << qPrintable(format);
-    }
-}
-
-TEST_F(PlistFileTest, malformedFilesAreUnreadable)
-{
-    for (const QByteArray& bytes :
-        { "this is not a property list"_ba,
-            R"(<?xml version="1.0"?><plist version="1.0"><dict><key>a</key>)"_ba,
-            R"(<?xml version="1.0"?><plist version="1.0"><array><string>x</string></array></plist>)"_ba,
-            QByteArray("bplist00\x01\x02\x03", 11) }) {
-        QVariantMap map { { u"stale"_s, 1 } };
-        EXPECT_FALSE(PlistCodec::decode(bytes, map)) << bytes.constData();
-        EXPECT_TRUE(map.isEmpty());
-        writeFile(path(), bytes);
-        EXPECT_EQ(PlistFile::read(path()), std::nullopt);
-    }
-}
-
-// What we write must open in any plist reader and come back as it went in.
-TEST_F(PlistFileTest, writtenFileParsesElsewhereAndRoundTrips)
+// What we write must open in any plist reader and come back as it went in, and what
+// another writer makes must read as it meant it.
+TEST_F(PlistFileTest, filesTravelBothWaysWithPythonsPlistlib)
 {
     ASSERT_TRUE(PlistFile::write(path(),
         { { u"global/clientName"_s, u"Küche <&> ☃"_s }, { u"global/pairTime"_s, 1700000000u },
@@ -91,7 +66,7 @@ TEST_F(PlistFileTest, writtenFileParsesElsewhereAndRoundTrips)
     EXPECT_EQ(dump(path()),
         u"at=@home|count=-7|dotted.key=dot|enabled=true|global/clientName=Küche <&> ☃|"
         u"global/pairTime=1700000000|mid·dot=mid|playback_pos/-5=1200000000_42000|ratio=2.5"_s);
-    if (python().isEmpty())
+    if (QStandardPaths::findExecutable(u"python3"_s).isEmpty())
         GTEST_SKIP() << "python3 not installed";
     const QByteArray json = runPython("import plistlib, json, sys\n"
                                       "print(json.dumps(plistlib.load(open(sys.argv[1], 'rb'))))\n",
@@ -101,75 +76,24 @@ TEST_F(PlistFileTest, writtenFileParsesElsewhereAndRoundTrips)
         "playback_pos.-5": "1200000000_42000", "dotted·key": "dot", "mid/dot": "mid",
         "count": -7, "ratio": 2.5, "enabled": true})"))
         << json.constData();
-}
 
-// Binary files carry what libplist cannot hand out: U+0000 inside a string or a key
-// (libplist would abort the process), and dates beyond its 32-bit seconds.
-TEST_F(PlistFileTest, hostileBinaryFilesNeitherAbortNorMisread)
-{
-    const struct {
-        const char* name;
-        const char* hex;
-    } refused[] = {
-        { "U+0000 in a string",
-            "62706c6973743030d10102516b6200e90000080b0d000000000000010100000000000000030000000000"
-            "0000000000000000000012" },
-        { "U+0000 in a key",
-            "62706c6973743030d101026200e900005176080b10000000000000010100000000000000030000000000"
-            "0000000000000000000012" },
-        { "a NUL byte inside an XML string",
-            "3c3f786d6c2076657273696f6e3d22312e30223f3e3c706c6973742076657273696f6e3d22312e3022"
-            "3e3c646963743e3c6b65793e613c2f6b65793e3c737472696e673e7800793c2f737472696e673e3c2f"
-            "646963743e3c2f706c6973743e" },
-        { "offset table beyond the data",
-            "62706c6973743030d10102516b6200e90000080b0d000000000000010100000000000000030000000000"
-            "00000000000000000000ff" },
-    };
-    for (const auto& row : refused) {
-        QVariantMap map;
-        EXPECT_FALSE(PlistCodec::decode(QByteArray::fromHex(row.hex), map)) << row.name;
-        EXPECT_TRUE(map.isEmpty()) << row.name;
+    // XML dates keep whole seconds only.
+    for (const auto& [format, ms] : { std::pair(u"xml"_s, 0), std::pair(u"binary"_s, 456) }) {
+        runPython(kForeignWriter, { path(), format });
+        EXPECT_EQ(dump(path()),
+            u"after=%1|before=%2|file.name=Film.m4v|flag=false|"
+            u"global/clientName=Den & Wohnzimmer ü ☃|global/pairTime=1700000000|neg=-5|"
+            u"plain=@|stats/inner/depth=3|stats/lastSync=1699999999|stats/ok=true|"
+            u"stats/ratio=0.25|tag=@home"_s.arg(1588640523000 + ms)
+                .arg(641869323000 + ms))
+            << qPrintable(format);
     }
-
-    // 1e20 seconds after 2001 has no 32-bit form: the entry is dropped, not misdated.
-    QVariantMap map;
-    EXPECT_TRUE(PlistCodec::decode(
-        QByteArray::fromHex("62706c6973743030d10102547768656e334415af1d78b58c40080b10000000000000"
-                            "0101000000000000000300000000000000000000000000000019"),
-        map));
-    EXPECT_FALSE(map.contains(u"when"_s));
-
-    // A hair before the first second libplist can hold: read at that second, and read
-    // the same after it is saved again.
-    ASSERT_TRUE(PlistCodec::decode(
-        QByteArray::fromHex("62706c6973743030d10102547768656e33c1e00000001fffff080b10000000000000"
-                            "0101000000000000000300000000000000000000000000000019"),
-        map));
-    const QDateTime first = map.value(u"when"_s).toDateTime();
-    EXPECT_EQ(first, QDateTime(QDate(1932, 12, 13), QTime(20, 45, 52), QTimeZone::utc()));
-    QVariantMap again;
-    ASSERT_TRUE(PlistCodec::decode(PlistCodec::encode(map), again));
-    EXPECT_EQ(again.value(u"when"_s).toDateTime(), first);
-
-    if (python().isEmpty())
-        GTEST_SKIP() << "python3 not installed";
-    runPython("import plistlib, sys, datetime\n"
-              "d = {'before': datetime.datetime(1990, 5, 5, 1, 2, 3, 456000),\n"
-              "     'after': datetime.datetime(2020, 5, 5, 1, 2, 3, 456000)}\n"
-              "open(sys.argv[1], 'wb').write(plistlib.dumps(d, fmt=plistlib.FMT_BINARY))\n",
-        { path() });
-    map = PlistFile::read(path()).value_or(QVariantMap());
-    const auto utcMs = [](int year) {
-        return QDateTime(QDate(year, 5, 5), QTime(1, 2, 3, 456), QTimeZone::utc())
-            .toMSecsSinceEpoch();
-    };
-    EXPECT_EQ(map.value(u"before"_s).toDateTime().toMSecsSinceEpoch(), utcMs(1990));
-    EXPECT_EQ(map.value(u"after"_s).toDateTime().toMSecsSinceEpoch(), utcMs(2020));
 }
 
-// libplist recurses on the nesting when it reads a binary list and when it frees any
-// tree, and copies a shared container once per reference: such lists never reach it.
-TEST_F(PlistFileTest, nestingPastTheBoundIsRefusedBeforeLibplistReadsIt)
+// libplist aborts the process on U+0000 in a string or key, recurses on the nesting
+// when it reads a binary list and when it frees any tree, and copies a shared
+// container once per reference: such lists never reach it.
+TEST_F(PlistFileTest, malformedAndHostileFilesAreRefusedBeforeLibplistReadsThem)
 {
     using H = PlistBytes;
     const int bound = PlistPrecheck::kMaxDepth;
@@ -183,11 +107,33 @@ TEST_F(PlistFileTest, nestingPastTheBoundIsRefusedBeforeLibplistReadsIt)
     for (quint32 i = 2; i < 19; ++i)
         doubling.append("\xA2" + H::ref(i + 1) + H::ref(i + 1));
     doubling.append("\xA0");
+    const QByteArray binaryHead = QByteArray::fromHex("62706c6973743030d10102");
+    const QByteArray binaryTail = QByteArray::fromHex(
+        "080b0d00000000000001010000000000000003000000000000000000000000000000");
     const struct {
         const char* name;
         QByteArray data;
-        bool safe;
+        bool ok;
     } rows[] = {
+        { "not a property list", "this is not a property list", false },
+        { "XML cut short", R"(<?xml version="1.0"?><plist version="1.0"><dict><key>a</key>)",
+            false },
+        { "XML array at the top",
+            R"(<?xml version="1.0"?><plist version="1.0"><array><string>x</string></array></plist>)",
+            false },
+        { "binary cut short", QByteArray("bplist00\x01\x02\x03", 11), false },
+        { "U+0000 in a string",
+            binaryHead + QByteArray::fromHex("516b6200e90000") + binaryTail + "\x12", false },
+        { "U+0000 in a key",
+            QByteArray::fromHex("62706c6973743030d101026200e900005176080b1000000000000001010000"
+                                "00000000000300000000000000000000000000000012"),
+            false },
+        { "offset table beyond the data",
+            binaryHead + QByteArray::fromHex("516b6200e90000") + binaryTail + "\xff", false },
+        { "NUL inside an XML string",
+            QByteArray(R"(<?xml version="1.0"?><plist version="1.0"><dict><key>a</key><string>x)")
+                + '\0' + "y</string></dict></plist>",
+            false },
         { "XML at the bound", H::nestedXml(bound), true },
         { "XML past the bound", H::nestedXml(bound + 1), false },
         { "XML 250,000 deep", H::nestedXml(250000), false },
@@ -208,10 +154,34 @@ TEST_F(PlistFileTest, nestingPastTheBoundIsRefusedBeforeLibplistReadsIt)
         { "binary shared containers", H::binary(doubling), false },
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(PlistPrecheck::nestingIsSafe(row.data), row.safe) << row.name;
-        QVariantMap map;
-        EXPECT_EQ(PlistCodec::decode(row.data, map), row.safe) << row.name;
+        QVariantMap map { { u"stale"_s, 1 } };
+        EXPECT_EQ(PlistCodec::decode(row.data, map), row.ok) << row.name;
+        EXPECT_EQ(map.isEmpty(), !row.ok) << row.name;
+        writeFile(path(), row.data);
+        EXPECT_EQ(PlistFile::read(path()).has_value(), row.ok) << row.name;
     }
+}
+
+// Dates beyond libplist's 32-bit seconds: dropped, not misdated, and a hair before the
+// first second it can hold is read at that second, and read the same once saved again.
+TEST_F(PlistFileTest, datesOutsideLibplistsRangeAreDroppedOrClamped)
+{
+    QVariantMap map;
+    EXPECT_TRUE(PlistCodec::decode(
+        QByteArray::fromHex("62706c6973743030d10102547768656e334415af1d78b58c40080b10000000000000"
+                            "0101000000000000000300000000000000000000000000000019"),
+        map));
+    EXPECT_FALSE(map.contains(u"when"_s));
+
+    ASSERT_TRUE(PlistCodec::decode(
+        QByteArray::fromHex("62706c6973743030d10102547768656e33c1e00000001fffff080b10000000000000"
+                            "0101000000000000000300000000000000000000000000000019"),
+        map));
+    const QDateTime first = map.value(u"when"_s).toDateTime();
+    EXPECT_EQ(first, QDateTime(QDate(1932, 12, 13), QTime(20, 45, 52), QTimeZone::utc()));
+    QVariantMap again;
+    ASSERT_TRUE(PlistCodec::decode(PlistCodec::encode(map), again));
+    EXPECT_EQ(again.value(u"when"_s).toDateTime(), first);
 }
 
 } // namespace
