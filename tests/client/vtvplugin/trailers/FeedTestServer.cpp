@@ -1,6 +1,7 @@
 #include "FeedTestServer.h"
 
 #include <QHostAddress>
+#include <QRegularExpression>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -21,13 +22,13 @@ bool takeRequest(const QByteArray& data, FeedTestServer::Request& request)
     if (headEnd < 0)
         return false;
     request.head = data.left(headEnd + 2);
-    const qsizetype bodyLength = request.header("content-length").toLongLong();
+    static const QRegularExpression length(
+        QStringLiteral("\\ncontent-length: *(\\d+)"), QRegularExpression::CaseInsensitiveOption);
+    const qsizetype bodyLength
+        = length.match(QString::fromLatin1(request.head)).captured(1).toLongLong();
     if (data.size() < headEnd + 4 + bodyLength)
         return false;
     request.body = data.mid(headEnd + 4, bodyLength);
-    const QList<QByteArray> words = request.head.left(request.head.indexOf("\r\n")).split(' ');
-    request.method = words.value(0);
-    request.path = words.value(1);
     return true;
 }
 
@@ -41,16 +42,6 @@ QByteArray framingHeader(qint64 announced)
 }
 
 } // namespace
-
-QByteArray FeedTestServer::Request::header(const QByteArray& name) const
-{
-    for (const QByteArray& line : head.split('\n').mid(1)) {
-        const qsizetype colon = line.indexOf(':');
-        if (colon > 0 && line.left(colon).trimmed().toLower() == name.toLower())
-            return line.mid(colon + 1).trimmed();
-    }
-    return {};
-}
 
 FeedTestServer::FeedTestServer()
 {
@@ -74,6 +65,13 @@ quint16 FeedTestServer::closedPort()
     QTcpServer probe;
     probe.listen(QHostAddress::LocalHost, 0);
     return probe.serverPort();
+}
+
+QByteArray FeedTestServer::reply(const QByteArray& list)
+{
+    return "<?xml version=\"1.0\"?>\n<methodResponse><params><param><value><string>"
+        + QString::fromUtf8(list).toHtmlEscaped().toUtf8()
+        + "</string></value></param></params></methodResponse>\n";
 }
 
 void FeedTestServer::answer(const QByteArray& body, int status, const QByteArray& extraHeaders)

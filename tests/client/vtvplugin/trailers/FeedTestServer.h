@@ -19,12 +19,8 @@ class FeedTestServer : public QObject {
     Q_OBJECT
 public:
     struct Request {
-        QByteArray method;
-        QByteArray path;
         QByteArray head; // request line and headers, as sent
         QByteArray body;
-        // The value of the first header of that name (any case); null when absent.
-        QByteArray header(const QByteArray& name) const;
     };
 
     FeedTestServer();
@@ -34,6 +30,8 @@ public:
     QUrl url() const;
     // A loopback port nobody listens on.
     static quint16 closedPort();
+    // An XML-RPC reply whose string value is `list`, escaped as the service does.
+    static QByteArray reply(const QByteArray& list);
 
     // Each request gets this status and body (plus any extra header lines, each ending
     // in "\r\n"), then the connection closes.

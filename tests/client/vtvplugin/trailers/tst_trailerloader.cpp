@@ -5,20 +5,22 @@
 #include "vtvplugin/platform/BoundedText.h"
 #include "vtvplugin/trailers/TrailerCredentials.h"
 #include "vtvplugin/trailers/TrailerLoaderDelegate.h"
+#include "vtvplugin/trailers/TrailerRequest.h"
 #include "vtvplugin/trailers/VireoTrailerLoader.h"
 
 #include <QCoreApplication>
-#include <QCryptographicHash>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
 #include <QLoggingCategory>
+#include <QRegularExpression>
 #include <QThread>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -29,28 +31,15 @@ public:
     {
         QObject::connect(&loader, &VireoTrailerLoader::loadFinished, &loader,
             [this](bool ok, const QString& error) {
-                events.append(
-                    ok ? QStringLiteral("finished ok") : QStringLiteral("finished failed"));
+                events.append(ok ? u"finished ok"_s : u"finished failed"_s);
                 lastError = error;
             });
     }
-    void _updatePreview() override { events.append(QStringLiteral("preview")); }
+    void _updatePreview() override { events.append(u"preview"_s); }
 
     QStringList events;
     QString lastError;
 };
-
-// Runs the event loop until the load ends or `bound` passes; answers whether it ended.
-bool waitForEnd(VireoTrailerLoader& loader, std::chrono::milliseconds bound = 10s)
-{
-    if (!loader.isLoading())
-        return true;
-    QEventLoop loop;
-    QObject::connect(&loader, &VireoTrailerLoader::loadFinished, &loop, &QEventLoop::quit);
-    QTimer::singleShot(bound, &loop, &QEventLoop::quit);
-    loop.exec();
-    return !loader.isLoading();
-}
 
 void spin(std::chrono::milliseconds time)
 {
@@ -59,48 +48,40 @@ void spin(std::chrono::milliseconds time)
     loop.exec();
 }
 
-QByteArray video(
-    const QString& id, const QString& title, const QString& url, const QString& extra = QString())
+// Runs the event loop until the load ends or `bound` passes; answers whether it ended.
+bool waitForEnd(VireoTrailerLoader& loader, std::chrono::milliseconds bound = 10s)
 {
-    QString xml = QStringLiteral("<video>");
-    if (!id.isNull())
-        xml += QStringLiteral("<videoID>") + id + QStringLiteral("</videoID>");
-    if (!title.isNull())
-        xml += QStringLiteral("<title>") + title + QStringLiteral("</title>");
-    if (!url.isNull())
-        xml += QStringLiteral("<trailerURL>") + url + QStringLiteral("</trailerURL>");
-    return (xml + extra + QStringLiteral("</video>\n")).toUtf8();
+    QElapsedTimer clock;
+    clock.start();
+    while (loader.isLoading() && clock.elapsed() < bound.count())
+        spin(5ms);
+    return !loader.isLoading();
 }
 
-// An XML-RPC reply whose string value is `list`, escaped as the service does.
-QByteArray reply(const QByteArray& list)
+QByteArray video(const QByteArray& id, const QByteArray& title, const QByteArray& url,
+    const QByteArray& extra = {})
 {
-    return "<?xml version=\"1.0\"?>\n<methodResponse><params><param><value><string>"
-        + QString::fromUtf8(list).toHtmlEscaped().toUtf8()
-        + "</string></value></param></params></methodResponse>\n";
+    QByteArray xml = "<video>";
+    for (const auto& [name, value] :
+        { std::pair("videoID", id), std::pair("title", title), std::pair("trailerURL", url) }) {
+        if (!value.isNull())
+            xml += '<' + QByteArray(name) + '>' + value + "</" + name + '>';
+    }
+    return xml + extra + "</video>\n";
 }
 
-QByteArray listOf(const QByteArray& videos)
+// An XML-RPC reply whose string value is the list of `videos`; `raw` takes the list as
+// it is.
+QByteArray reply(const QByteArray& videos, bool raw = false)
 {
-    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<videos>\n" + videos + "</videos>";
+    return FeedTestServer::reply(raw
+            ? videos
+            : "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<videos>\n" + videos + "</videos>");
 }
-
-const QByteArray kLaughs = "<!DOCTYPE d [<!ENTITY a \"laughlaughlaughlaugh\">"
-                           "<!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">"
-                           "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\">"
-                           "<!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;\">"
-                           "<!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;\">"
-                           "<!ENTITY f \"&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;\">"
-                           "<!ENTITY g \"&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;\">"
-                           "<!ENTITY h \"&g;&g;&g;&g;&g;&g;&g;&g;&g;&g;\">]>";
 
 class TrailerLoaderTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        loader.setEndpoint(server.url());
-        LogCapture::lines().clear();
-    }
+    void SetUp() override { loader.setEndpoint(server.url()); }
 
     QStringList fetchedTitles() const
     {
@@ -118,152 +99,79 @@ protected:
 
 TEST_F(TrailerLoaderTest, PostsTheSignedCallAndNothingElse)
 {
-    server.answer(reply(listOf({})), 200, "Set-Cookie: session=abc; Path=/\r\n");
+    server.answer(reply({}), 200, "Set-Cookie: session=abc; Path=/\r\n");
     ASSERT_TRUE(loader.fetchStats(2, &recorder));
     ASSERT_TRUE(waitForEnd(loader));
     ASSERT_EQ(server.requests().size(), 1);
     const FeedTestServer::Request& request = server.requests().first();
-    EXPECT_EQ(request.method, "POST");
-    EXPECT_EQ(request.path, "/xmlrpc/");
-
-    const QByteArray key = TrailerCredentials::apiKey().toLatin1();
-    const QByteArray secret = TrailerCredentials::signingSecret().toLatin1();
-    const QByteArray signature = QCryptographicHash::hash("vireo.stats.videos.getTopRatedapiKey"
-            + key + "limit25offset0timePeriod4videoLoadBitVector17" + secret,
-        QCryptographicHash::Sha1)
-                                     .toHex();
+    EXPECT_TRUE(request.head.startsWith("POST /xmlrpc/ HTTP/1.1\r\n"));
+    const QString method = u"vireo.stats.videos.getTopRated"_s;
+    const QString key = TrailerCredentials::apiKey();
+    const QString secret = TrailerCredentials::signingSecret();
     EXPECT_EQ(request.body,
-        "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n"
-        "<methodCall><methodName>vireo.stats.videos.getTopRated</methodName>\n"
-        "<params><param><value><struct>\n"
-        "<member><name>apiKey</name><value><string>"
-            + key
-            + "</string></value></member>\n"
-              "<member><name>limit</name><value><int>25</int></value></member>\n"
-              "<member><name>offset</name><value><int>0</int></value></member>\n"
-              "<member><name>timePeriod</name><value><int>4</int></value></member>\n"
-              "<member><name>videoLoadBitVector</name><value><int>17</int></value></member>\n"
-              "<member><name>signature</name><value><string>"
-            + signature
-            + "</string></value></member>\n"
-              "</struct></value></param></params>\n"
-              "</methodCall>");
+        TrailerRequest::body(method, key,
+            TrailerRequest::signature(method, TrailerRequest::loaderParameters(key), secret)));
     // Only what Qt's HTTP stack sends of its own accord for a POST.
-    EXPECT_EQ(request.header("content-type"), "application/x-www-form-urlencoded");
-    for (const QByteArray& line : request.head.split('\n').mid(1)) {
-        const QByteArray name = line.left(line.indexOf(':')).trimmed().toLower();
-        EXPECT_TRUE(name.isEmpty() || name == "host" || name == "content-length"
-            || name == "connection" || name == "accept-encoding" || name == "accept-language"
-            || name == "user-agent" || name == "content-type")
-            << line.toStdString();
-    }
-    EXPECT_FALSE((request.head + request.body).contains(secret));
-    EXPECT_TRUE(LogCapture::lines().filter(QString::fromLatin1(secret)).isEmpty());
+    static const QRegularExpression ownHeaders(u"^(host|content-length|content-type|connection|"
+                                               u"accept-encoding|accept-language|user-agent):"_s,
+        QRegularExpression::CaseInsensitiveOption);
+    for (const QByteArray& line : request.head.trimmed().split('\n').mid(1))
+        EXPECT_TRUE(ownHeaders.match(QString::fromLatin1(line)).hasMatch()) << line.constData();
+    EXPECT_FALSE((request.head + request.body).contains(secret.toLatin1()));
+    EXPECT_TRUE(LogCapture::containing(secret).isEmpty());
 
     // The cookie the service set is neither kept nor sent back.
     loader.clearAllAssets();
     ASSERT_TRUE(loader.fetchStats(0, &recorder));
     ASSERT_TRUE(waitForEnd(loader));
     ASSERT_EQ(server.requests().size(), 2);
-    EXPECT_TRUE(server.requests().at(1).header("cookie").isNull());
-    EXPECT_TRUE(server.requests().at(1).body.contains(
-        "<methodName>vireo.stats.videos.getMostViewed</methodName>"));
+    EXPECT_FALSE(server.requests().at(1).head.toLower().contains("cookie"));
 }
 
-TEST_F(TrailerLoaderTest, CompleteVideosBecomeTrailerAssetsInListOrder)
+TEST_F(TrailerLoaderTest, CompleteWebVideosBecomeTrailerAssetsInListOrder)
 {
-    const QByteArray videos
-        = video(QStringLiteral("101"), QStringLiteral(" Harbour &amp; Lights \n"),
-              QStringLiteral("http://cdn.example/t/101"),
-              QStringLiteral("<description>\n  A night at sea.  </description>"
-                             "<lrgThumbnailURL>http://img.example/</lrgThumbnailURL>"
-                             "<trailerDuration> 95</trailerDuration>"
-                             "<trailerSize>12345678</trailerSize><rating>5</rating>"))
-        + video(QString(), QStringLiteral("No id"), QStringLiteral("http://cdn.example/t/x"))
-        + video(QStringLiteral("102"), QString(), QStringLiteral("http://cdn.example/t/102"))
-        + video(QStringLiteral("103"), QStringLiteral("No URL"), QString())
-        + video(QStringLiteral("104"), QStringLiteral("  "), QStringLiteral("http://c/104"))
-        + video(QStringLiteral("105"), QStringLiteral("Second"), QStringLiteral("http://c/105"),
-            QStringLiteral("<trailerDuration>abc</trailerDuration>"));
-    server.answer(reply(listOf(videos)));
+    const QByteArray videos = video("101", " Harbour &amp; Lights \n", "http://cdn.example/t/101",
+                                  "<description>\n  A night at sea.  </description>"
+                                  "<lrgThumbnailURL>http://img.example/</lrgThumbnailURL>"
+                                  "<trailerDuration> 95</trailerDuration>"
+                                  "<trailerSize>12345678</trailerSize><rating>5</rating>")
+        + video({}, "No id", "http://cdn.example/t/x") + video("102", {}, "http://c/102")
+        + video("103", "No URL", {})
+        + video("104", "  ", "http://c/104")
+        // Only http and https URLs with a host: a feed must not reach local files.
+        + video("1", "file trailer", "file:///some/local/video.mp4?")
+        + video("1", "file thumbnail", "http://c/t",
+            "<lrgThumbnailURL>file:///some/folder/</lrgThumbnailURL>")
+        + video("1", "bare path", "/tmp/video") + video("1", "ftp", "ftp://cdn.example/t")
+        + video("1", "no host", "http:///t") + video("1", "no URL once suffixed", "http://c:")
+        + video("105", "Second", "HTTPS://c/105",
+            "<trailerDuration>abc</trailerDuration><description>"
+                + QByteArray(BoundedText::kMaxFieldChars + 1, 'd') + "</description>");
+    server.answer(reply(videos));
     ASSERT_TRUE(loader.fetchStats(1, &recorder));
     ASSERT_TRUE(waitForEnd(loader));
 
-    EXPECT_EQ(fetchedTitles(),
-        (QStringList { QStringLiteral("Harbour & Lights"), QStringLiteral("Second") }));
+    EXPECT_EQ(fetchedTitles(), (QStringList { u"Harbour & Lights"_s, u"Second"_s }));
+    EXPECT_EQ(LogCapture::containing(u"Warning: video skipped"_s).size(), 6);
     ASSERT_EQ(loader.assetListSize(), 2);
     const VTVMediaAsset& first = *loader.assetList()[0];
-    EXPECT_EQ(first.mediaURL(), QStringLiteral("http://cdn.example/t/101x.flv"));
-    EXPECT_EQ(first.vireoContentId(), QStringLiteral("101"));
-    EXPECT_EQ(first.previewURL(), QStringLiteral("http://img.example/vtv_ca_101.jpg"));
-    EXPECT_EQ(first.mediaDescription(), QStringLiteral("A night at sea."));
+    EXPECT_EQ(first.mediaURL(), u"http://cdn.example/t/101x.flv"_s);
+    EXPECT_EQ(first.vireoContentId(), u"101"_s);
+    EXPECT_EQ(first.previewURL(), u"http://img.example/vtv_ca_101.jpg"_s);
+    EXPECT_EQ(first.mediaDescription(), u"A night at sea."_s);
     EXPECT_EQ(first.duration(), 95);
     EXPECT_EQ(first.trailerSize(), 12345678);
-    EXPECT_EQ(first.mediaType(), shell::MediaType::movieTrailer);
     // A video skipped for a missing field lends nothing to the next one.
     const VTVMediaAsset& second = *loader.assetList()[1];
     EXPECT_EQ(second.duration(), 0);
-    EXPECT_TRUE(second.mediaDescription().isEmpty());
-    EXPECT_EQ(second.previewURL(), QStringLiteral("vtv_ca_105.jpg"));
-
-    EXPECT_TRUE(loader.isLoaded());
-    EXPECT_FALSE(loader.isLoading());
-    EXPECT_EQ(recorder.events,
-        (QStringList { QStringLiteral("preview"), QStringLiteral("finished ok") }));
+    EXPECT_EQ(second.previewURL(), u"vtv_ca_105.jpg"_s);
+    EXPECT_EQ(second.mediaDescription().size(), BoundedText::kMaxFieldChars);
+    EXPECT_EQ(recorder.events, (QStringList { u"preview"_s, u"finished ok"_s }));
 
     // Loaded: the same answer again, without asking the service.
     EXPECT_TRUE(loader.fetchStats(3, &recorder));
     spin(100ms);
     EXPECT_EQ(server.requests().size(), 1);
-    EXPECT_EQ(loader.assetListSize(), 2);
-}
-
-TEST_F(TrailerLoaderTest, KeepsOnlyWebVideosWithBoundedTexts)
-{
-    const struct {
-        const char* title;
-        const char* trailer;
-        const char* thumbnail;
-    } rows[] = {
-        { "file trailer", "file:///some/local/video.mp4?", "http://img.example/" },
-        { "file thumbnail", "http://cdn.example/t", "file:///some/folder/" },
-        { "bare path", "/tmp/video", "" },
-        { "ftp", "ftp://cdn.example/t", "" },
-        { "http without host", "http:///t", "" },
-        { "no URL once suffixed", "http://cdn.example:", "" },
-        { "https", "HTTPS://cdn.example/t", "https://img.example/" },
-    };
-    QByteArray videos;
-    for (const auto& row : rows) {
-        videos += video(QStringLiteral("1"), QLatin1String(row.title), QLatin1String(row.trailer),
-            QStringLiteral("<lrgThumbnailURL>%1</lrgThumbnailURL>")
-                .arg(QLatin1String(row.thumbnail)));
-    }
-    const QString longText(BoundedText::kMaxFieldChars + 1, u'd');
-    videos += video(QStringLiteral("2"), QStringLiteral("long"), QStringLiteral("http://c/2"),
-        QStringLiteral("<description>") + longText + QStringLiteral("</description>"));
-    server.answer(reply(listOf(videos)));
-    ASSERT_TRUE(loader.fetchStats(0, &recorder));
-    ASSERT_TRUE(waitForEnd(loader));
-
-    EXPECT_EQ(fetchedTitles(), (QStringList { QStringLiteral("https"), QStringLiteral("long") }));
-    const QStringList warnings = LogCapture::containing(QStringLiteral("Warning: video skipped"));
-    ASSERT_EQ(warnings.size(), 6) << warnings.join('\n').toStdString();
-    EXPECT_TRUE(warnings.at(0).endsWith(QStringLiteral(": file:///some/local/video.mp4?")));
-    EXPECT_TRUE(warnings.at(1).endsWith(QStringLiteral(": file:///some/folder/")));
-    ASSERT_EQ(loader.assetListSize(), 2);
-    EXPECT_EQ(loader.assetList()[1]->mediaDescription().size(), BoundedText::kMaxFieldChars);
-}
-
-TEST_F(TrailerLoaderTest, AnEmptyListStillRefreshesThePreview)
-{
-    server.answer(reply(listOf("<video></video>")));
-    ASSERT_TRUE(loader.fetchStats(0, &recorder));
-    ASSERT_TRUE(waitForEnd(loader));
-    EXPECT_EQ(loader.assetListSize(), 0);
-    EXPECT_FALSE(loader.isLoaded());
-    EXPECT_EQ(recorder.events,
-        (QStringList { QStringLiteral("preview"), QStringLiteral("finished ok") }));
 }
 
 TEST_F(TrailerLoaderTest, RefusesABadTypeAndASecondLoadWhileLoading)
@@ -271,12 +179,7 @@ TEST_F(TrailerLoaderTest, RefusesABadTypeAndASecondLoadWhileLoading)
     server.staySilent();
     EXPECT_FALSE(loader.fetchStats(4, &recorder));
     EXPECT_FALSE(loader.fetchStats(-1, &recorder));
-    spin(100ms);
-    EXPECT_TRUE(server.requests().isEmpty());
-    EXPECT_FALSE(loader.isLoading());
-
     ASSERT_TRUE(loader.fetchStats(0, &recorder));
-    EXPECT_TRUE(loader.isLoading());
     EXPECT_FALSE(loader.fetchStats(0, &recorder));
     spin(200ms);
     EXPECT_EQ(server.requests().size(), 1);
@@ -289,50 +192,35 @@ TEST_F(TrailerLoaderTest, RefusesABadTypeAndASecondLoadWhileLoading)
     EXPECT_TRUE(LogCapture::lines().isEmpty()) << LogCapture::lines().join('\n').toStdString();
 }
 
-// How one hostile answer must end.
-struct HostileCase {
+// How one answer must end: a failure names its cause in the error and the log.
+struct ReplyCase {
     const char* name;
     std::function<void(FeedTestServer&, VireoTrailerLoader&)> arrange;
-    QStringList logLines; // each must appear, in this order
-    const char* errorPart;
+    const char *logLine, *errorPart; // none: the load succeeded
     bool previewed;
     long assets;
 };
 
-class HostileServerTest : public TrailerLoaderTest,
-                          public ::testing::WithParamInterface<HostileCase> { };
+class RepliesTest : public TrailerLoaderTest, public ::testing::WithParamInterface<ReplyCase> { };
 
-TEST_P(HostileServerTest, EndsNotLoadingWithTheRightReport)
+TEST_P(RepliesTest, EndNotLoadingWithTheRightReport)
 {
-    const HostileCase& c = GetParam();
+    const ReplyCase& c = GetParam();
     c.arrange(server, loader);
-    QElapsedTimer clock;
-    clock.start();
     ASSERT_TRUE(loader.fetchStats(2, &recorder));
-    ASSERT_TRUE(waitForEnd(loader, 15s)) << "still loading";
-    EXPECT_LT(clock.elapsed(), 10000);
+    ASSERT_TRUE(waitForEnd(loader)) << "still loading";
 
-    EXPECT_FALSE(loader.isLoading());
     EXPECT_EQ(loader.assetListSize(), c.assets);
     EXPECT_EQ(loader.isLoaded(), c.assets > 0);
     QStringList expected;
     if (c.previewed)
-        expected.append(QStringLiteral("preview"));
-    expected.append(QStringLiteral("finished failed"));
+        expected.append(u"preview"_s);
+    expected.append(c.errorPart ? u"finished failed"_s : u"finished ok"_s);
     EXPECT_EQ(recorder.events, expected);
     EXPECT_TRUE(recorder.lastError.contains(QLatin1String(c.errorPart)))
         << recorder.lastError.toStdString();
-
-    qsizetype from = 0;
-    for (const QString& line : c.logLines) {
-        qsizetype at = from;
-        while (at < LogCapture::lines().size() && !LogCapture::lines().at(at).startsWith(line))
-            ++at;
-        EXPECT_LT(at, LogCapture::lines().size())
-            << "missing \"" << line.toStdString() << "\" in:\n"
-            << LogCapture::lines().join('\n').toStdString();
-        from = at + 1;
-    }
+    EXPECT_TRUE(!c.logLine || !LogCapture::containing(QLatin1String(c.logLine)).isEmpty())
+        << LogCapture::lines().join('\n').toStdString();
     // Nothing more arrives later.
     spin(100ms);
     EXPECT_EQ(recorder.events.size(), expected.size());
@@ -346,140 +234,87 @@ QByteArray faultReply(const QByteArray& faultString)
         + faultString + "</string></value></member></struct></value></fault></methodResponse>";
 }
 
-// An entity of 40 characters used so often that the payload passes its bound, while the
+// An entity of 40 characters used so often that the text passes its bound, while the
 // reply stays small and below expat's amplification limit.
-QByteArray inflatedReply()
+const QByteArray kEntity
+    = "<!DOCTYPE r [<!ENTITY e \"0123456789012345678901234567890123456789\">]>";
+const QByteArray kInflated = QByteArray("&e;").repeated(230000);
+const QByteArray kLaughs = "<!DOCTYPE d [<!ENTITY a \"laughlaughlaughlaugh\">"
+                           "<!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">"
+                           "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\">"
+                           "<!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;\">"
+                           "<!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;\">"
+                           "<!ENTITY f \"&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;\">"
+                           "<!ENTITY g \"&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;\">"
+                           "<!ENTITY h \"&g;&g;&g;&g;&g;&g;&g;&g;&g;&g;\">]>";
+
+template <typename... Args> auto answering(Args... args)
 {
-    QByteArray refs;
-    for (int i = 0; i < 230000; ++i)
-        refs += "&e;";
-    return "<!DOCTYPE r [<!ENTITY e \"0123456789012345678901234567890123456789\">]>"
-           "<methodResponse><params><param><value><string>"
-        + refs + "</string></value></param></params></methodResponse>";
+    return [=](FeedTestServer& s, VireoTrailerLoader&) { s.answer(args...); };
 }
 
-// The same inside the list, between two videos, where no field collects it.
-QByteArray inflatedList()
-{
-    return "<!DOCTYPE v [<!ENTITY e \"0123456789012345678901234567890123456789\">]><videos>"
-        + video(QStringLiteral("1"), QStringLiteral("A"), QStringLiteral("http://c/1"))
-        + QByteArray("&e;").repeated(230000)
-        + video(QStringLiteral("2"), QStringLiteral("B"), QStringLiteral("http://c/2"))
-        + "</videos>";
-}
+const char kParser[] = "XML Parser error:";
+const char kConnection[] = "Connection failed! Error -";
 
-QByteArray longList()
-{
-    QByteArray videos;
-    for (int i = 0; i < 1001; ++i)
-        videos += video(QString::number(i), QStringLiteral("T"), QStringLiteral("http://c/u"));
-    return reply(listOf(videos));
-}
-
-const QString kFetch = QStringLiteral("Failed to fetch data, error is");
-const QString kParser = QStringLiteral("XML Parser error:");
-const QString kConnection = QStringLiteral("Connection failed! Error -");
-
-const HostileCase kHostileCases[] = {
-    { "Fault",
-        [](FeedTestServer& s, VireoTrailerLoader&) { s.answer(faultReply("Bad signature")); },
-        { kFetch + QStringLiteral(" Bad signature") }, "fault: Bad signature", false, 0 },
-    { "FaultWithoutText",
-        [](FeedTestServer& s, VireoTrailerLoader&) {
-            s.answer("<methodResponse><fault/></methodResponse>");
-        },
-        { QStringLiteral("Failed to fetch data.") }, "fault", false, 0 },
-    { "MalformedReply",
-        [](FeedTestServer& s, VireoTrailerLoader&) {
-            s.answer("<methodResponse><params><string>x</params>");
-        },
-        { kParser, QStringLiteral("Failed to parse XML data"),
-            kFetch + QStringLiteral(" mismatched tag") },
-        "malformed reply: mismatched tag", false, 0 },
-    { "HtmlErrorPage",
-        [](FeedTestServer& s, VireoTrailerLoader&) { s.answer("<html><body>gone", 404); },
-        { kParser, QStringLiteral("Failed to parse XML data") }, "HTTP status 404", false, 0 },
+const ReplyCase kReplies[] = {
+    { "EmptyList", answering(reply("<video></video>")), nullptr, nullptr, true, 0 },
+    { "Fault", answering(faultReply("Bad signature")),
+        "Failed to fetch data, error is Bad signature", "fault: Bad signature", false, 0 },
+    { "MalformedReply", answering("<methodResponse><params><string>x</params>"),
+        "Failed to parse XML data", "malformed reply: mismatched tag", false, 0 },
+    { "HtmlErrorPage", answering("<html><body>gone", 404), kParser, "HTTP status 404", false, 0 },
     { "MalformedListAfterTwoVideos",
-        [](FeedTestServer& s, VireoTrailerLoader&) {
-            s.answer(reply("<videos>"
-                + video(QStringLiteral("1"), QStringLiteral("A"), QStringLiteral("http://c/u"))
-                + video(QStringLiteral("2"), QStringLiteral("B"), QStringLiteral("http://c/u"))
-                + "<video><title>broken</videos>"));
-        },
-        { kParser, QStringLiteral("Failed to parse XML payload") }, "malformed list", true, 2 },
-    { "LaughingReply",
-        [](FeedTestServer& s, VireoTrailerLoader&) {
-            s.answer(kLaughs
-                + "<methodResponse><params><param><value><string>&h;"
-                  "</string></value></param></params></methodResponse>");
-        },
-        { kParser, QStringLiteral("Failed to parse XML data"), kFetch }, "amplification", false,
-        0 },
+        answering(reply(
+            video("1", "A", "http://c/u") + video("2", "B", "http://c/u") + "<video><title>")),
+        "Failed to parse XML payload", "malformed list", true, 2 },
     { "LaughingList",
-        [](FeedTestServer& s, VireoTrailerLoader&) {
-            s.answer(reply(kLaughs + "<videos><video><title>&h;</title></video></videos>"));
-        },
-        { kParser, QStringLiteral("Failed to parse XML payload") }, "amplification", true, 0 },
-    { "InflatedPayload", [](FeedTestServer& s, VireoTrailerLoader&) { s.answer(inflatedReply()); },
-        { kParser, QStringLiteral("Failed to parse XML data"), kFetch },
-        "payload longer than 8388608 characters", false, 0 },
+        answering(reply(kLaughs + "<videos><video><title>&h;</title></video></videos>", true)),
+        kParser, "amplification", true, 0 },
+    { "InflatedPayload",
+        answering(kEntity + "<methodResponse><params><param><value><string>" + kInflated
+            + "</string></value></param></params></methodResponse>"),
+        kParser, "payload longer than 8388608 characters", false, 0 },
     { "InflatedListBetweenVideos",
-        [](FeedTestServer& s, VireoTrailerLoader&) { s.answer(reply(inflatedList())); },
-        { kParser, QStringLiteral("Failed to parse XML payload") },
-        "trailer list longer than 8388608 characters", true, 1 },
-    { "ThousandAndOneVideos", [](FeedTestServer& s, VireoTrailerLoader&) { s.answer(longList()); },
-        { kParser, QStringLiteral("Failed to parse XML payload") }, "longer than 1000 videos", true,
-        1000 },
+        answering(reply(kEntity + "<videos>" + video("1", "A", "http://c/1") + kInflated
+                + video("2", "B", "http://c/2") + "</videos>",
+            true)),
+        kParser, "trailer list longer than 8388608 characters", true, 1 },
+    { "ThousandAndOneVideos", answering(reply(video("1", "T", "http://c/u").repeated(1001))),
+        kParser, "longer than 1000 videos", true, 1000 },
     { "SilentServer",
         [](FeedTestServer& s, VireoTrailerLoader& l) {
             s.staySilent();
             l.setTimeout(300ms);
         },
-        { kConnection }, "no data for 300 ms", false, 0 },
+        kConnection, "no data for 300 ms", false, 0 },
     { "TricklingServer",
         [](FeedTestServer& s, VireoTrailerLoader& l) {
             s.trickle(20ms);
             l.setTimeout(300ms);
         },
-        { kConnection + QStringLiteral(" no complete reply within 1500 ms") },
-        "no complete reply within 1500 ms", false, 0 },
+        kConnection, "no complete reply within 1500 ms", false, 0 },
     { "HundredMegabytesAnnounced",
-        [](FeedTestServer& s, VireoTrailerLoader&) { s.stream(1'000, 100'000'000); },
-        { kConnection + QStringLiteral(" reply larger than 8388608 bytes") },
-        "reply larger than 8388608 bytes", false, 0 },
-    { "HundredMegabytesStreamed",
-        [](FeedTestServer& s, VireoTrailerLoader&) {
-            s.stream(100'000'000, FeedTestServer::kUntilClose);
-        },
-        { kConnection + QStringLiteral(" reply larger than 8388608 bytes") },
+        [](FeedTestServer& s, VireoTrailerLoader&) { s.stream(1'000, 100'000'000); }, kConnection,
         "reply larger than 8388608 bytes", false, 0 },
     { "RefusedConnection",
         [](FeedTestServer&, VireoTrailerLoader& l) {
-            l.setEndpoint(QUrl(
-                QStringLiteral("http://127.0.0.1:%1/xmlrpc/").arg(FeedTestServer::closedPort())));
+            l.setEndpoint(u"http://127.0.0.1:%1/xmlrpc/"_s.arg(FeedTestServer::closedPort()));
         },
-        { kConnection + QStringLiteral(" Connection refused http://127.0.0.1:") },
-        "Connection refused", false, 0 },
-    { "FillerForAReply",
-        [](FeedTestServer& s, VireoTrailerLoader&) {
-            s.stream(1'000'000, FeedTestServer::kUntilClose);
-        },
-        { kParser, QStringLiteral("Failed to parse XML data") }, "malformed reply", false, 0 },
+        kConnection, "Connection refused", false, 0 },
     // Less than the read buffer: Qt drops what it still holds back when the connection
     // ends in an error, which would make the count depend on timing.
     { "HangUpMidReply",
-        [](FeedTestServer& s, VireoTrailerLoader&) { s.stream(200'000, 1'000'000); },
-        { kConnection + QStringLiteral(" connection closed after 200000 bytes") },
+        [](FeedTestServer& s, VireoTrailerLoader&) { s.stream(200'000, 1'000'000); }, kConnection,
         "connection closed after 200000 bytes", false, 0 },
 };
 
-INSTANTIATE_TEST_SUITE_P(Replies, HostileServerTest, ::testing::ValuesIn(kHostileCases),
-    [](const ::testing::TestParamInfo<HostileCase>& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Replies, RepliesTest, ::testing::ValuesIn(kReplies),
+    [](const ::testing::TestParamInfo<ReplyCase>& info) { return std::string(info.param.name); });
 
 // A field of /proc/self/status, in KiB.
 qint64 memoryKiB(const QByteArray& field)
 {
-    QFile status(QStringLiteral("/proc/self/status"));
+    QFile status(u"/proc/self/status"_s);
     if (!status.open(QIODevice::ReadOnly))
         return -1;
     for (const QByteArray& line : status.readAll().split('\n')) {
@@ -487,13 +322,6 @@ qint64 memoryKiB(const QByteArray& field)
             return line.mid(field.size() + 1).trimmed().split(' ').value(0).toLongLong();
     }
     return -1;
-}
-
-// Starts the peak resident size (VmHWM) afresh from the current one.
-bool resetPeakMemory()
-{
-    QFile clearRefs(QStringLiteral("/proc/self/clear_refs"));
-    return clearRefs.open(QIODevice::WriteOnly) && clearRefs.write("5") == 1;
 }
 
 // AddressSanitizer keeps freed blocks in quarantine and pads every allocation: the same
@@ -505,20 +333,17 @@ constexpr qint64 kPeakAllowance = 12;
 constexpr qint64 kPeakAllowance = 6;
 #endif
 
-// A stream without a length, by framing.
-struct UnannouncedStream {
-    const char* name;
-    qint64 framing;
-};
-
 class StreamBoundTest : public TrailerLoaderTest,
-                        public ::testing::WithParamInterface<UnannouncedStream> { };
+                        public ::testing::WithParamInterface<std::pair<const char*, qint64>> { };
 
+// A body without a length, by framing: the bound holds on the bytes as they arrive.
 TEST_P(StreamBoundTest, StopsReadingAtTheBound)
 {
-    ASSERT_TRUE(resetPeakMemory());
+    // Starts the peak resident size (VmHWM) afresh from the current one.
+    QFile clearRefs(u"/proc/self/clear_refs"_s);
+    ASSERT_TRUE(clearRefs.open(QIODevice::WriteOnly) && clearRefs.write("5") == 1);
     const qint64 residentBefore = memoryKiB("VmRSS");
-    server.stream(500'000'000, GetParam().framing);
+    server.stream(500'000'000, GetParam().second);
     ASSERT_TRUE(loader.fetchStats(0, &recorder));
     // The shell's thread may be busy (drawing, say) while the body streams in; Qt's HTTP
     // thread must not go on reading meanwhile.
@@ -529,7 +354,7 @@ TEST_P(StreamBoundTest, StopsReadingAtTheBound)
     QThread::msleep(500);
     ASSERT_TRUE(waitForEnd(loader));
     const qint64 peakGrowth = memoryKiB("VmHWM") - residentBefore;
-    EXPECT_TRUE(recorder.lastError.contains(QLatin1String("reply larger than")))
+    EXPECT_TRUE(recorder.lastError.contains(u"reply larger than 8388608 bytes"_s))
         << recorder.lastError.toStdString();
     clock.restart();
     while (!server.clientHungUp() && clock.elapsed() < 5000)
@@ -545,18 +370,16 @@ TEST_P(StreamBoundTest, StopsReadingAtTheBound)
 }
 
 INSTANTIATE_TEST_SUITE_P(Framings, StreamBoundTest,
-    ::testing::Values(UnannouncedStream { "UntilClose", FeedTestServer::kUntilClose },
-        UnannouncedStream { "Chunked", FeedTestServer::kChunked }),
-    [](const ::testing::TestParamInfo<UnannouncedStream>& info) {
-        return std::string(info.param.name);
-    });
+    ::testing::Values(std::pair("UntilClose", FeedTestServer::kUntilClose),
+        std::pair("Chunked", FeedTestServer::kChunked)),
+    [](const auto& info) { return std::string(info.param.first); });
 
 } // namespace
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QLoggingCategory::setFilterRules(QStringLiteral("vireo.*.debug=true"));
+    QLoggingCategory::setFilterRules(u"vireo.*.debug=true"_s);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
