@@ -28,6 +28,8 @@ protected:
     {
         return pairDir(pairID) + u'/' + name;
     }
+    // Beside the home folder: outside the library.
+    QString outside(const QString& name) const { return root() + u'/' + name; }
 
     // Property lists written and read with the codec itself, so that a test sets up or
     // inspects a file without going through the code it checks. Empty when unreadable.

@@ -1,0 +1,366 @@
+// The appliance's screens, driven through the toolkit's stack as the remote drives
+// them over real library folders, and read from what they report they show.
+#include "../LibraryFixture.h"
+
+#include "foundation/FileSystem.h"
+#include "toolkit/menus/MenuItem.h"
+#include "toolkit/scene/Scene.h"
+#include "toolkit/scene/TextControl.h"
+#include "toolkit/stack/ControllerStack.h"
+#include "vtvplugin/appliance/VireoAppliance.h"
+#include "vtvplugin/appliance/VireoTrailersAppliance.h"
+#include "vtvplugin/library/DiskInfo.h"
+#include "vtvplugin/library/JUtils.h"
+#include "vtvplugin/library/VireoPairInfo.h"
+#include "vtvplugin/media/VTVMediaAsset.h"
+#include "vtvplugin/screens/VireoAboutController.h"
+#include "vtvplugin/screens/VireoApplianceController.h"
+#include "vtvplugin/screens/VireoConfigController.h"
+#include "vtvplugin/screens/VireoSyncingController.h"
+#include "vtvplugin/store/LibraryPaths.h"
+#include "vtvplugin/store/PlaybackPositionCache.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QJsonArray>
+#include <QLocale>
+#include <QRegularExpression>
+
+#include <climits>
+#include <cstdio>
+#include <set>
+
+using shell::RemoteAction;
+
+class ScreensTest : public LibraryFixture {
+protected:
+    VireoApplianceController* menu() const
+    {
+        return qobject_cast<VireoApplianceController*>(m_stack.topController());
+    }
+    VireoApplianceController* enter()
+    {
+        m_stack.pushController(m_appliance.applianceControllerWithScene(m_scene));
+        return menu();
+    }
+    void press(RemoteAction action) { m_stack.handleAction(action); }
+    QJsonObject top() const { return m_stack.describeTop(); }
+    QStringList strings(const char* list, const char* key, const char* kind = nullptr) const
+    {
+        QStringList found;
+        for (const QJsonValue& item : top().value(QLatin1String(list)).toArray()) {
+            if (!kind || item[u"kind"_s].toString() == QLatin1String(kind))
+                found.append(item[QLatin1String(key)].toString());
+        }
+        return found;
+    }
+    QStringList rows() const { return strings("rows", "title"); }
+    // The texts of the top screen's text controls, in the order they are drawn.
+    QStringList texts() const { return strings("controls", "text", "text"); }
+    // Moves the focus to the row titled `title` as the remote would, then selects it.
+    void choose(const QString& title)
+    {
+        const long target = rows().indexOf(title);
+        ASSERT_GE(target, 0) << qPrintable(title);
+        while (top().value(u"focus"_s).toInt() != target)
+            press(top().value(u"focus"_s).toInt() < target ? RemoteAction::Down : RemoteAction::Up);
+        press(RemoteAction::Select);
+    }
+
+    shell::Scene m_scene;
+    shell::ControllerStack m_stack;
+    VireoAppliance m_appliance;
+};
+
+TEST_F(ScreensTest, EachApplianceHasItsOwnNameIconAndFreshFirstScreen)
+{
+    VireoTrailersAppliance trailers;
+    const struct {
+        shell::Appliance& appliance;
+        QString english, german;
+    } rows[] = { { m_appliance, u"Vireo Movies"_s, u"Vireo Filme"_s },
+        { trailers, u"Vireo Trailers"_s, u"Vireo Trailer"_s } };
+    QList<QImage> icons;
+    for (const auto& row : rows) {
+        QLocale::setDefault(QLocale(QLocale::German));
+        EXPECT_EQ(row.appliance.moduleName(), row.german);
+        QLocale::setDefault(QLocale(QLocale::Japanese)); // no table: the English name
+        EXPECT_EQ(row.appliance.moduleName(), row.english);
+        icons.append(row.appliance.bundle().imageForResource(u"ApplianceIcon"_s, u"png"_s));
+        EXPECT_GE(icons.last().width(), 256);
+        const auto first = row.appliance.applianceControllerWithScene(m_scene);
+        EXPECT_NE(first.get(), row.appliance.applianceControllerWithScene(m_scene).get());
+        EXPECT_EQ(first->describe().value(u"title"_s).toString(), row.english);
+    }
+    QLocale::setDefault(QLocale(QLocale::English));
+    EXPECT_NE(icons[0], icons[1]);
+}
+
+TEST_F(ScreensTest, TopMenuRowsKeepTheListingOrder)
+{
+    // Folders, then files; a "*" marks the files listed as movies.
+    const struct {
+        const char *name, *folders, *files;
+        long divider;
+    } cases[] = {
+        { "empty folder", "", "", 0 },
+        { "two folders, three movies", "Alice Bob", "Up.m4v* Up.xml Up.png Heat.avi* Alien.mkv*",
+            5 },
+        { "case of the extension", "", "Loud.MOV Quiet.mov* notes.txt", 1 },
+        { "dotted and hidden names", "", "a.b.mp4* .secret.ts* noext", 2 },
+        { "folder named like a movie", "Box.m4v*", "", 2 },
+        // The first of two rows of one title answers for it.
+        { "a folder and a movie of one title", "Dup", "Dup.m4v*", 2 },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        QDir(movies()).removeRecursively();
+        QDir().mkpath(movies());
+        const QStringList folders = words(c.folders), files = words(c.files);
+        for (const QString& folder : folders)
+            QDir().mkpath(movies() + folder.chopped(folder.endsWith(u'*')));
+        for (const QString& file : files)
+            writeFile(movies() + file.chopped(file.endsWith(u'*')));
+        // Folders, then movies without their extension, each in the order the file
+        // system lists them.
+        QStringList expected;
+        for (const bool folderPass : { true, false }) {
+            for (const QString& name : FileSystem::entryNames(movies())) {
+                if (folderPass && (folders.contains(name) || folders.contains(name + u'*')))
+                    expected.append(name);
+                else if (!folderPass && (folders + files).contains(name + u'*'))
+                    expected.append(name.left(name.lastIndexOf(u'.')));
+            }
+        }
+        expected.append(u"Settings"_s);
+
+        VireoApplianceController* top = enter();
+        ASSERT_NE(top, nullptr);
+        EXPECT_EQ(rows(), expected);
+        EXPECT_EQ(top->list().count(), expected.size());
+        EXPECT_EQ(
+            top->list().dividers(), c.divider ? std::set<long> { c.divider } : std::set<long> {});
+        for (long row = 0; row < top->itemCount(); ++row) {
+            const bool folderRow = row < folders.size() || row == top->itemCount() - 1;
+            EXPECT_EQ(top->itemForRow(row)->kind(),
+                folderRow ? shell::MenuItem::Kind::Folder : shell::MenuItem::Kind::Adorned);
+        }
+        EXPECT_EQ(top->rowForTitle(expected.first()), 0);
+        EXPECT_EQ(top->rowForTitle(u"settings"_s), -1);
+        // Rows are compared as unsigned numbers: a negative row is past the end.
+        for (const long row : { -1L, LONG_MIN, top->itemCount(), long(INT_MAX) + 1 }) {
+            EXPECT_TRUE(top->titleForRow(row).isNull()) << row;
+            EXPECT_EQ(top->itemForRow(row), nullptr) << row;
+            EXPECT_EQ(top->previewControllerForItem(row), nullptr) << row;
+            top->itemSelected(row);
+            EXPECT_EQ(m_stack.count(), 1) << row;
+        }
+        m_stack.popController();
+    }
+}
+
+// A movie, its metadata and its cover saved under a Latin-1 name (the byte 0xE9, not
+// UTF-8): the movie's URL and the cover's path name those very bytes.
+TEST_F(ScreensTest, AMovieNamedInLatin1KeepsTheBytesOfItsName)
+{
+    QImage cover(8, 4, QImage::Format_RGB32);
+    cover.fill(Qt::red);
+    ASSERT_TRUE(cover.save(movies() + u"cover.png"_s, "PNG"));
+    writeFile(movies() + u"movie.m4v"_s);
+    writeFile(movies() + u"movie.xml"_s, "<movie><title>Caf\xC3\xA9</title></movie>");
+    const QByteArray stem = QFile::encodeName(movies()) + "Caf\xE9";
+    for (const auto& [from, to] :
+        { std::pair { "cover.png", ".png" }, { "movie.m4v", ".m4v" }, { "movie.xml", ".xml" } })
+        ASSERT_EQ(std::rename(QFile::encodeName(movies() + QLatin1String(from)).constData(),
+                      (stem + to).constData()),
+            0);
+
+    VireoApplianceController* top = enter();
+    ASSERT_NE(top, nullptr);
+    const auto asset = top->assetForFile(0);
+    ASSERT_NE(asset, nullptr);
+    EXPECT_EQ(asset->title(), u"Caf\u00e9"_s);
+    EXPECT_TRUE(asset->mediaURL().endsWith(u"/Caf%E9.m4v"_s)) << qPrintable(asset->mediaURL());
+    EXPECT_EQ(FileSystem::encodeName(asset->previewURL()), stem + ".png");
+    EXPECT_EQ(asset->coverArt().size(), QSize(8, 4));
+}
+
+// The player folder is a link to the pair's folder, as the sync side lays it out. A
+// menu is listed again when it comes back after a sync, or is pushed anew.
+TEST_F(ScreensTest, MenusRescanAfterASyncOrWhenPushedAgain)
+{
+    makePair(kPairA, u"Alice's Desk"_s, 100, 1000);
+    makeMovie(kPairA, u"Heat"_s);
+    makeLink(pairDir(kPairA), movies() + u"Alice"_s);
+    for (const bool synced : { false, true }) {
+        SCOPED_TRACE(synced ? "synced" : "not synced");
+        ASSERT_NE(enter(), nullptr);
+        press(RemoteAction::Select);
+        VireoApplianceController* folder = menu();
+        ASSERT_NE(folder, nullptr);
+        EXPECT_EQ(folder->list().title(), u"Alice"_s);
+        EXPECT_EQ(rows(), QStringList { u"Heat"_s });
+        EXPECT_TRUE(folder->list().dividers().empty());
+
+        writeFile(movies() + u"Late.m4v"_s);
+        EXPECT_TRUE(!synced || JUtils::updatePairStats(kPairA, u"desk.local"_s));
+        press(RemoteAction::Menu);
+        EXPECT_EQ(menu()->rowForTitle(u"Late"_s) >= 0, synced);
+        m_stack.popController();
+        QFile::remove(movies() + u"Late.m4v"_s);
+    }
+
+    ASSERT_NE(enter(), nullptr);
+    press(RemoteAction::Select);
+    std::unique_ptr<shell::LayerController> folder = m_stack.takeTopController();
+    makeMovie(kPairA, u"Two"_s);
+    m_stack.pushController(std::move(folder));
+    EXPECT_GE(menu()->rowForTitle(u"Two"_s), 0);
+    EXPECT_EQ(menu()->list().count(), 2);
+}
+
+TEST_F(ScreensTest, OldResumePointsGoSoonAfterTheApplianceIsLoaded)
+{
+    const QString fresh = QString::number(QDateTime::currentSecsSinceEpoch()) + u"_5000"_s;
+    writePlist(LibraryPaths::cachePath(),
+        { { u"playback_pos/1"_s, u"1000_5000"_s }, { u"playback_pos/2"_s, fresh } });
+    const QDeadlineTimer deadline(3 * VireoAppliance::kFirstCleanupDelay);
+    while (PlaybackPositionCache::entries().size() == 2 && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    EXPECT_EQ(PlaybackPositionCache::entries().keys(), QStringList { u"2"_s });
+}
+
+TEST_F(ScreensTest, OnlyRowsZeroAndOneOfTheSettingsMenuPush)
+{
+    // Made for the syncing type, the menu is titled so and has no rows.
+    EXPECT_EQ(VireoConfigController(m_scene, 2).list().title(), u"Syncing"_s);
+    EXPECT_EQ(VireoConfigController(m_scene, 2).list().count(), 0);
+    m_stack.pushController(std::make_unique<VireoConfigController>(m_scene));
+    EXPECT_EQ(rows(), QStringList({ u"About"_s, u"Syncing"_s }));
+    const QStringList screens { u"VireoAboutController"_s, u"VireoSyncingController"_s };
+    for (long row = 0; row < 2; ++row) {
+        choose(rows().at(row));
+        EXPECT_EQ(m_stack.labels(), (QStringList { u"VireoConfigController"_s, screens.at(row) }));
+        press(RemoteAction::Menu);
+    }
+    for (const long row : { -1L, 2L, 100L }) {
+        qobject_cast<VireoConfigController*>(m_stack.topController())->itemSelected(row);
+        EXPECT_EQ(m_stack.count(), 1) << row;
+    }
+}
+
+TEST_F(ScreensTest, AboutRowsCountPairsAndShowTheDiskFacts)
+{
+    const struct {
+        const char* name;
+        QString pairAdded, players;
+    } rows[]
+        = { { "no pair", {}, u"0 Vireo Players"_s }, { "one pair", kPairA, u"1 Vireo Player"_s },
+              { "two pairs", kPairB, u"2 Vireo Players"_s } };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        if (!row.pairAdded.isNull())
+            makePair(row.pairAdded, u"Desk"_s);
+        QString capacity, used;
+        getDiskSpaceInfo(&capacity, nullptr, &used, nullptr, nullptr);
+        const VireoAboutController about(m_scene);
+        ASSERT_EQ(about.controls().size(), 2u + 12u);
+        QStringList labels, values;
+        for (std::size_t i = 2; i < about.controls().size(); ++i) {
+            const auto& text = dynamic_cast<const shell::TextControl&>(*about.controls()[i]);
+            (i % 2 ? values : labels).append(text.text());
+            // Labels grow rightwards from one edge, values leftwards from another.
+            const QRectF first = about.controls()[2 + i % 2]->frame();
+            if (i % 2)
+                EXPECT_NEAR(text.frame().right(), first.right(), 0.01);
+            else
+                EXPECT_EQ(text.frame().x(), first.x());
+        }
+        EXPECT_EQ(labels,
+            QStringList({ u"Syncing"_s, u"Capacity"_s, u"Available"_s, u"Used by Vireo"_s,
+                u"Serial Number"_s, u"Vireo Software Version"_s }));
+        // Free space changes whenever another process writes: only its form is stable.
+        EXPECT_TRUE(QRegularExpression(u"^\\d+\\.\\d\\d \\w*$"_s).match(values[2]).hasMatch());
+        values[2] = QString();
+        // Not the expected hardware here: the serial row is still drawn, with no text.
+        EXPECT_EQ(values,
+            QStringList({ row.players, capacity, QString(), used, u""_s, u"0.96.16.118"_s }));
+    }
+}
+
+// The user's way through Syncing over a library of two players laid out the way the
+// sync side does it: Den synced last, Office never did.
+TEST_F(ScreensTest, SyncingShowsThePairsAndUnpairsOnlyOnYes)
+{
+    m_stack.pushController(std::make_unique<VireoSyncingController>(m_scene));
+    EXPECT_EQ(top().value(u"title"_s).toString(), u"Syncing"_s);
+    EXPECT_TRUE(rows().isEmpty());
+    EXPECT_FALSE(texts().value(0).isEmpty()) << "the help text stays";
+    EXPECT_EQ(texts().mid(1), QStringList(8, u" "_s)) << "the panel keeps its blank rows";
+    press(RemoteAction::Select);
+    EXPECT_EQ(m_stack.count(), 1);
+    m_stack.popController();
+
+    makePair(kPairA, u"Den"_s, 100'000, 2'000'000, u"10.0.0.7"_s);
+    makePair(kPairB, u"Office"_s, 200'000);
+    for (const auto& [pairID, folder, title] : { std::tuple(kPairA, u"Den/"_s, u"Alien"_s),
+             std::tuple(kPairB, u"Office/"_s, u"Heat"_s) }) {
+        for (const QString& suffix : { u".m4v"_s, u".xml"_s }) {
+            writeFile(file(pairID, title + suffix));
+            QDir().mkpath(movies() + folder);
+            makeLink(file(pairID, title + suffix), movies() + folder + title + suffix);
+        }
+    }
+    VireoPlayerPairList list;
+    int count = 0;
+    ASSERT_TRUE(getAllPairInfos(&list, &count));
+    ASSERT_EQ(count, 2);
+    const auto facts = [&](long row) {
+        const VireoPlayerPair& pair = list[std::size_t(row)];
+        return pair.pairID == kPairA
+            ? QStringList { u"Name"_s, pair.clientName, u"Paired On"_s, pair.pairedOn,
+                  u"Last Sync Time"_s, pair.lastSync, u"Last Peer Address"_s, u"10.0.0.7"_s }
+            : QStringList { u"Name"_s, pair.clientName, u"Paired On"_s, pair.pairedOn, u""_s, u""_s,
+                  u""_s, u""_s };
+    };
+    const QStringList players { list[0].clientName, list[1].clientName };
+
+    m_stack.pushController(std::make_unique<VireoApplianceController>(m_scene));
+    choose(u"Settings"_s);
+    choose(u"Syncing"_s);
+    EXPECT_EQ(rows(), players);
+    EXPECT_EQ(texts().mid(1), facts(0));
+    // The panel is filled again only when the focus lands on another row.
+    const int redraws = m_scene.redrawCount();
+    for (const auto& [move, shown, redrawn] : { std::tuple(RemoteAction::Down, 1, 1),
+             std::tuple(RemoteAction::Down, 1, 1), std::tuple(RemoteAction::Up, 0, 2) }) {
+        press(move);
+        EXPECT_EQ(texts().mid(1), facts(shown));
+        EXPECT_EQ(m_scene.redrawCount(), redraws + redrawn);
+    }
+
+    // "No" leaves the library alone and comes back to the same rows.
+    const QStringList library = snapshot(root());
+    choose(u"Office"_s);
+    EXPECT_EQ(top().value(u"title"_s).toString(), u"Turn Off Syncing"_s);
+    EXPECT_EQ(top().value(u"primaryText"_s).toString(),
+        u"To Turn Off Syncing, you must use the Configure VireoTV menu item in the Vireo Player.  If you no longer have access to the Vireo Player, you can Turn Off Syncing below."_s);
+    EXPECT_EQ(top().value(u"secondaryText"_s).toString(),
+        u"Turning Off Syncing will remove all Movies from this Vireo Player."_s);
+    choose(u"No, leave Syncing turned ON"_s);
+    EXPECT_EQ(rows(), players);
+    EXPECT_EQ(snapshot(root()), library);
+
+    // "Yes" unpairs Den: its folder and links go, and the list drops it at once.
+    choose(u"Den"_s);
+    choose(u"Yes, Turn off Syncing from this Vireo Player"_s);
+    EXPECT_EQ(rows(), QStringList { u"Office"_s });
+    EXPECT_FALSE(QFileInfo::exists(pairDir(kPairA)));
+    EXPECT_EQ(names(movies()), words("Heat.m4v Heat.xml"));
+    releasePairInfoList(list, count);
+
+    // The latest sync time went down with Den, so the top menu lists the library anew.
+    press(RemoteAction::Menu);
+    press(RemoteAction::Menu);
+    EXPECT_EQ(rows(), (QStringList { u"Heat"_s, u"Settings"_s }));
+}
