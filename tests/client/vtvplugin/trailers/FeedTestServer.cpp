@@ -74,32 +74,6 @@ QByteArray FeedTestServer::reply(const QByteArray& list)
         + "</string></value></param></params></methodResponse>\n";
 }
 
-void FeedTestServer::answer(const QByteArray& body, int status, const QByteArray& extraHeaders)
-{
-    m_mode = Mode::Answer;
-    m_body = body;
-    m_status = status;
-    m_extraHeaders = extraHeaders;
-}
-
-void FeedTestServer::staySilent()
-{
-    m_mode = Mode::Silent;
-}
-
-void FeedTestServer::trickle(std::chrono::milliseconds interval)
-{
-    m_mode = Mode::Trickle;
-    m_interval = interval;
-}
-
-void FeedTestServer::stream(qint64 bytes, qint64 announced)
-{
-    m_mode = Mode::Stream;
-    m_streamBytes = bytes;
-    m_announced = announced;
-}
-
 void FeedTestServer::onConnection()
 {
     while (QTcpSocket* socket = m_server.nextPendingConnection()) {

@@ -35,11 +35,21 @@ public:
 
     // Each request gets this status and body (plus any extra header lines, each ending
     // in "\r\n"), then the connection closes.
-    void answer(const QByteArray& body, int status = 200, const QByteArray& extraHeaders = {});
+    void answer(const QByteArray& body, int status = 200, const QByteArray& extraHeaders = {})
+    {
+        m_mode = Mode::Answer;
+        m_body = body;
+        m_status = status;
+        m_extraHeaders = extraHeaders;
+    }
     // Reads the request and never answers.
-    void staySilent();
+    void staySilent() { m_mode = Mode::Silent; }
     // Sends headers promising a long body, then one byte per interval for ever.
-    void trickle(std::chrono::milliseconds interval);
+    void trickle(std::chrono::milliseconds interval)
+    {
+        m_mode = Mode::Trickle;
+        m_interval = interval;
+    }
     // For stream(): no length, the body runs until the connection closes.
     static constexpr qint64 kUntilClose = -1;
     // For stream(): no length, the body comes in chunks (Transfer-Encoding: chunked).
@@ -49,7 +59,12 @@ public:
     // reads, then closes. The length announced is `announced`, or none (kUntilClose,
     // kChunked). The body goes out from a thread of its own, as from a real server, so
     // it does not wait for the test's event loop while the client's side keeps it busy.
-    void stream(qint64 bytes, qint64 announced);
+    void stream(qint64 bytes, qint64 announced)
+    {
+        m_mode = Mode::Stream;
+        m_streamBytes = bytes;
+        m_announced = announced;
+    }
 
     const QList<Request>& requests() const { return m_requests; }
     // Body bytes the client's side has taken off our hands so far.
