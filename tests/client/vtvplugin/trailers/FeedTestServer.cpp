@@ -10,10 +10,7 @@ namespace {
 constexpr qint64 kChunkBytes = 64 * 1024;
 constexpr char kReceived[] = "feedtestserver.received";
 
-QByteArray statusLine(int status)
-{
-    return "HTTP/1.1 " + QByteArray::number(status) + (status == 200 ? " OK\r\n" : " Error\r\n");
-}
+constexpr char kStatusLine[] = "HTTP/1.1 200 OK\r\n";
 
 // The request in `data` once its head and a body of its Content-Length are complete.
 bool takeRequest(const QByteArray& data, FeedTestServer::Request& request)
@@ -103,15 +100,14 @@ void FeedTestServer::respond(QTcpSocket* socket)
 {
     switch (m_mode) {
     case Mode::Answer:
-        socket->write(statusLine(m_status)
-            + "Content-Type: text/xml\r\nContent-Length: " + QByteArray::number(m_body.size())
-            + "\r\nConnection: close\r\n" + m_extraHeaders + "\r\n" + m_body);
+        socket->write(QByteArray(kStatusLine) + "Content-Type: text/xml\r\nContent-Length: "
+            + QByteArray::number(m_body.size()) + "\r\nConnection: close\r\n\r\n" + m_body);
         socket->disconnectFromHost();
         return;
     case Mode::Silent:
         return;
     case Mode::Trickle: {
-        socket->write(statusLine(200) + "Content-Length: 1000000\r\n\r\n<");
+        socket->write(QByteArray(kStatusLine) + "Content-Length: 1000000\r\n\r\n<");
         auto* timer = new QTimer(socket);
         connect(timer, &QTimer::timeout, socket, [socket] { socket->write(" "); });
         timer->start(m_interval);
@@ -121,7 +117,8 @@ void FeedTestServer::respond(QTcpSocket* socket)
         m_bodyBytesSent = 0;
         m_bodyBytesQueued = 0;
         m_clientHungUp = false;
-        socket->write(statusLine(200) + framingHeader(m_announced) + "Connection: close\r\n\r\n");
+        socket->write(
+            QByteArray(kStatusLine) + framingHeader(m_announced) + "Connection: close\r\n\r\n");
         // Hand the socket over: whatever the client sends from now on is ignored there.
         disconnect(socket, nullptr, this, nullptr);
         socket->setParent(nullptr);

@@ -33,14 +33,11 @@ public:
     // An XML-RPC reply whose string value is `list`, escaped as the service does.
     static QByteArray reply(const QByteArray& list);
 
-    // Each request gets this status and body (plus any extra header lines, each ending
-    // in "\r\n"), then the connection closes.
-    void answer(const QByteArray& body, int status = 200, const QByteArray& extraHeaders = {})
+    // Each request gets this body, then the connection closes.
+    void answer(const QByteArray& body)
     {
         m_mode = Mode::Answer;
         m_body = body;
-        m_status = status;
-        m_extraHeaders = extraHeaders;
     }
     // Reads the request and never answers.
     void staySilent() { m_mode = Mode::Silent; }
@@ -83,8 +80,6 @@ private:
     QTcpServer m_server;
     Mode m_mode = Mode::Answer;
     QByteArray m_body;
-    int m_status = 200;
-    QByteArray m_extraHeaders;
     std::chrono::milliseconds m_interval { 0 };
     qint64 m_streamBytes = 0;
     qint64 m_announced = -1;
