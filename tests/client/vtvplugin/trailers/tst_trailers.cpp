@@ -256,6 +256,11 @@ struct ReplyCase {
     bool busyWhileStreaming = false;
 };
 
+void PrintTo(const ReplyCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
 class RepliesTest : public TrailerLoaderTest, public ::testing::WithParamInterface<ReplyCase> { };
 
 TEST_P(RepliesTest, EndNotLoadingWithTheRightReport)
