@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QByteArrayView>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QStringList>
 #include <QtGlobal>
 
@@ -8,16 +11,33 @@
 // those categories (the test environment sets QT_LOGGING_RULES).
 class LogCapture {
 public:
-    LogCapture();
-    ~LogCapture();
+    LogCapture()
+        : m_previous(qInstallMessageHandler(&capture))
+    {
+        lines().clear();
+    }
+    ~LogCapture() { qInstallMessageHandler(m_previous); }
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
     // Every line since the capture began or was last cleared.
-    static QStringList& lines();
+    static QStringList& lines()
+    {
+        static QStringList collected;
+        return collected;
+    }
     // The lines that contain `text`.
-    static QStringList containing(const QString& text);
+    static QStringList containing(const QString& text) { return lines().filter(text); }
 
 private:
+    static void capture(QtMsgType, const QMessageLogContext& context, const QString& message)
+    {
+        static QMutex mutex;
+        if (!QByteArrayView(context.category).startsWith("vireo."))
+            return;
+        const QMutexLocker locker(&mutex);
+        lines().append(message);
+    }
+
     QtMessageHandler m_previous = nullptr;
 };

@@ -4,8 +4,9 @@
 // way the desktop players' sync does. Header-only: the test programs of this folder
 // include it.
 
-#include "PlistHelpers.h"
 #include "TempHome.h"
+
+#include "vtvplugin/platform/PlistCodec.h"
 
 #include <QDir>
 #include <QVariant>
@@ -27,19 +28,33 @@ protected:
     {
         return pairDir(pairID) + u'/' + name;
     }
+    // Beside the home folder: outside the library.
+    QString outside(const QString& name) const { return root() + u'/' + name; }
+
+    // Property lists written and read with the codec itself, so that a test sets up or
+    // inspects a file without going through the code it checks. Empty when unreadable.
+    static void writePlist(const QString& path, const QVariantMap& map)
+    {
+        writeFile(path, PlistCodec::encode(map));
+    }
+    static QVariantMap readPlist(const QString& path)
+    {
+        QVariantMap map;
+        PlistCodec::decode(readFile(path), map);
+        return map;
+    }
 
     // A pair folder with its configuration, and its statistics when syncTime is valid;
     // an invalid pairTime leaves that key out.
     void makePair(const QString& pairID, const QString& clientName, const QVariant& pairTime = {},
         const QVariant& syncTime = {}, const QString& peer = {}) const
     {
-        QDir().mkpath(pairDir(pairID));
         QVariantMap config { { u"global/clientName"_s, clientName } };
         if (pairTime.isValid())
             config.insert(u"global/pairTime"_s, pairTime);
-        PlistHelpers::write(file(pairID, u"vireo.plist"_s), config);
+        writePlist(file(pairID, u"vireo.plist"_s), config);
         if (syncTime.isValid())
-            PlistHelpers::write(file(pairID, u"vireostats.plist"_s),
+            writePlist(file(pairID, u"vireostats.plist"_s),
                 { { u"lastSyncTime"_s, syncTime }, { u"lastSyncPeer"_s, peer } });
     }
     // The files of one movie: identifier + "." + each suffix.

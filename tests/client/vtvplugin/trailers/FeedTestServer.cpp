@@ -1,6 +1,7 @@
 #include "FeedTestServer.h"
 
 #include <QHostAddress>
+#include <QRegularExpression>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -9,10 +10,7 @@ namespace {
 constexpr qint64 kChunkBytes = 64 * 1024;
 constexpr char kReceived[] = "feedtestserver.received";
 
-QByteArray statusLine(int status)
-{
-    return "HTTP/1.1 " + QByteArray::number(status) + (status == 200 ? " OK\r\n" : " Error\r\n");
-}
+constexpr char kStatusLine[] = "HTTP/1.1 200 OK\r\n";
 
 // The request in `data` once its head and a body of its Content-Length are complete.
 bool takeRequest(const QByteArray& data, FeedTestServer::Request& request)
@@ -21,13 +19,13 @@ bool takeRequest(const QByteArray& data, FeedTestServer::Request& request)
     if (headEnd < 0)
         return false;
     request.head = data.left(headEnd + 2);
-    const qsizetype bodyLength = request.header("content-length").toLongLong();
+    static const QRegularExpression length(
+        QStringLiteral("\\ncontent-length: *(\\d+)"), QRegularExpression::CaseInsensitiveOption);
+    const qsizetype bodyLength
+        = length.match(QString::fromLatin1(request.head)).captured(1).toLongLong();
     if (data.size() < headEnd + 4 + bodyLength)
         return false;
     request.body = data.mid(headEnd + 4, bodyLength);
-    const QList<QByteArray> words = request.head.left(request.head.indexOf("\r\n")).split(' ');
-    request.method = words.value(0);
-    request.path = words.value(1);
     return true;
 }
 
@@ -41,16 +39,6 @@ QByteArray framingHeader(qint64 announced)
 }
 
 } // namespace
-
-QByteArray FeedTestServer::Request::header(const QByteArray& name) const
-{
-    for (const QByteArray& line : head.split('\n').mid(1)) {
-        const qsizetype colon = line.indexOf(':');
-        if (colon > 0 && line.left(colon).trimmed().toLower() == name.toLower())
-            return line.mid(colon + 1).trimmed();
-    }
-    return {};
-}
 
 FeedTestServer::FeedTestServer()
 {
@@ -76,30 +64,11 @@ quint16 FeedTestServer::closedPort()
     return probe.serverPort();
 }
 
-void FeedTestServer::answer(const QByteArray& body, int status, const QByteArray& extraHeaders)
+QByteArray FeedTestServer::reply(const QByteArray& list)
 {
-    m_mode = Mode::Answer;
-    m_body = body;
-    m_status = status;
-    m_extraHeaders = extraHeaders;
-}
-
-void FeedTestServer::staySilent()
-{
-    m_mode = Mode::Silent;
-}
-
-void FeedTestServer::trickle(std::chrono::milliseconds interval)
-{
-    m_mode = Mode::Trickle;
-    m_interval = interval;
-}
-
-void FeedTestServer::stream(qint64 bytes, qint64 announced)
-{
-    m_mode = Mode::Stream;
-    m_streamBytes = bytes;
-    m_announced = announced;
+    return "<?xml version=\"1.0\"?>\n<methodResponse><params><param><value><string>"
+        + QString::fromUtf8(list).toHtmlEscaped().toUtf8()
+        + "</string></value></param></params></methodResponse>\n";
 }
 
 void FeedTestServer::onConnection()
@@ -131,15 +100,14 @@ void FeedTestServer::respond(QTcpSocket* socket)
 {
     switch (m_mode) {
     case Mode::Answer:
-        socket->write(statusLine(m_status)
-            + "Content-Type: text/xml\r\nContent-Length: " + QByteArray::number(m_body.size())
-            + "\r\nConnection: close\r\n" + m_extraHeaders + "\r\n" + m_body);
+        socket->write(QByteArray(kStatusLine) + "Content-Type: text/xml\r\nContent-Length: "
+            + QByteArray::number(m_body.size()) + "\r\nConnection: close\r\n\r\n" + m_body);
         socket->disconnectFromHost();
         return;
     case Mode::Silent:
         return;
     case Mode::Trickle: {
-        socket->write(statusLine(200) + "Content-Length: 1000000\r\n\r\n<");
+        socket->write(QByteArray(kStatusLine) + "Content-Length: 1000000\r\n\r\n<");
         auto* timer = new QTimer(socket);
         connect(timer, &QTimer::timeout, socket, [socket] { socket->write(" "); });
         timer->start(m_interval);
@@ -149,7 +117,8 @@ void FeedTestServer::respond(QTcpSocket* socket)
         m_bodyBytesSent = 0;
         m_bodyBytesQueued = 0;
         m_clientHungUp = false;
-        socket->write(statusLine(200) + framingHeader(m_announced) + "Connection: close\r\n\r\n");
+        socket->write(
+            QByteArray(kStatusLine) + framingHeader(m_announced) + "Connection: close\r\n\r\n");
         // Hand the socket over: whatever the client sends from now on is ignored there.
         disconnect(socket, nullptr, this, nullptr);
         socket->setParent(nullptr);

@@ -19,12 +19,8 @@ class FeedTestServer : public QObject {
     Q_OBJECT
 public:
     struct Request {
-        QByteArray method;
-        QByteArray path;
         QByteArray head; // request line and headers, as sent
         QByteArray body;
-        // The value of the first header of that name (any case); null when absent.
-        QByteArray header(const QByteArray& name) const;
     };
 
     FeedTestServer();
@@ -34,14 +30,23 @@ public:
     QUrl url() const;
     // A loopback port nobody listens on.
     static quint16 closedPort();
+    // An XML-RPC reply whose string value is `list`, escaped as the service does.
+    static QByteArray reply(const QByteArray& list);
 
-    // Each request gets this status and body (plus any extra header lines, each ending
-    // in "\r\n"), then the connection closes.
-    void answer(const QByteArray& body, int status = 200, const QByteArray& extraHeaders = {});
+    // Each request gets this body, then the connection closes.
+    void answer(const QByteArray& body)
+    {
+        m_mode = Mode::Answer;
+        m_body = body;
+    }
     // Reads the request and never answers.
-    void staySilent();
+    void staySilent() { m_mode = Mode::Silent; }
     // Sends headers promising a long body, then one byte per interval for ever.
-    void trickle(std::chrono::milliseconds interval);
+    void trickle(std::chrono::milliseconds interval)
+    {
+        m_mode = Mode::Trickle;
+        m_interval = interval;
+    }
     // For stream(): no length, the body runs until the connection closes.
     static constexpr qint64 kUntilClose = -1;
     // For stream(): no length, the body comes in chunks (Transfer-Encoding: chunked).
@@ -51,7 +56,12 @@ public:
     // reads, then closes. The length announced is `announced`, or none (kUntilClose,
     // kChunked). The body goes out from a thread of its own, as from a real server, so
     // it does not wait for the test's event loop while the client's side keeps it busy.
-    void stream(qint64 bytes, qint64 announced);
+    void stream(qint64 bytes, qint64 announced)
+    {
+        m_mode = Mode::Stream;
+        m_streamBytes = bytes;
+        m_announced = announced;
+    }
 
     const QList<Request>& requests() const { return m_requests; }
     // Body bytes the client's side has taken off our hands so far.
@@ -70,8 +80,6 @@ private:
     QTcpServer m_server;
     Mode m_mode = Mode::Answer;
     QByteArray m_body;
-    int m_status = 200;
-    QByteArray m_extraHeaders;
     std::chrono::milliseconds m_interval { 0 };
     qint64 m_streamBytes = 0;
     qint64 m_announced = -1;
