@@ -3,6 +3,8 @@
 #include "BoundedImage.h"
 #include "ShellLog.h"
 
+#include "foundation/BoundedReply.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -98,7 +100,7 @@ void ImageUrlResponse::start(const QUrl& url)
 {
     m_network = new QNetworkAccessManager(this);
     m_reply = m_network->get(requestFor(url, m_timeouts.stall));
-    m_reply->setReadBufferSize(kReadBufferBytes);
+    BoundedReply::limitBuffering(m_reply, kReadBufferBytes);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &ImageUrlResponse::checkLength);
     connect(m_reply, &QNetworkReply::readyRead, this, &ImageUrlResponse::receive);
     connect(m_reply, &QNetworkReply::finished, this, &ImageUrlResponse::replyFinished);
@@ -108,19 +110,15 @@ void ImageUrlResponse::start(const QUrl& url)
 // A declared length past the bound ends the fetch before a byte of the body is read.
 void ImageUrlResponse::checkLength()
 {
-    const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
-    if (length.isValid() && length.toLongLong() > kMaxBytes)
+    if (BoundedReply::announcesMoreThan(*m_reply, kMaxBytes))
         fail(tooLarge());
 }
 
 // Counts the bytes as they come, whatever the reply said of its length.
 void ImageUrlResponse::receive()
 {
-    if (m_bytes.size() + m_reply->bytesAvailable() > kMaxBytes) {
+    if (!BoundedReply::readInto(*m_reply, m_bytes, kMaxBytes))
         fail(tooLarge());
-        return;
-    }
-    m_bytes.append(m_reply->readAll());
 }
 
 void ImageUrlResponse::replyFinished()

@@ -1,5 +1,6 @@
 #include "vtvplugin/trailers/VireoTrailerLoader.h"
 
+#include "foundation/BoundedReply.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/VtvLog.h"
 #include "vtvplugin/trailers/TrailerCredentials.h"
@@ -104,15 +105,9 @@ bool VireoTrailerLoader::fetchStats(int type, TrailerLoaderDelegate* controller)
     const QUrl url = endpoint();
     m_pReceivedData.clear();
     m_pConnection = m_network->post(postRequest(url, m_timeout), signedBody(type));
-    // Qt's HTTP thread reads the socket on its own and hands every block to this thread.
-    // Only the read buffer size stops it, and it takes the size only once the request is
-    // under way there: a size given now is forgotten, and then a body without a length
-    // (chunked, or until the connection closes) piles up here faster than a busy event
-    // loop can look at it, however small the bound. So the size goes out once the reply
-    // has started (its start is queued just before this), and again with the headers.
-    QMetaObject::invokeMethod(
-        m_pConnection, [reply = m_pConnection] { reply->setReadBufferSize(kReadBufferBytes); },
-        Qt::QueuedConnection);
+    // Qt's HTTP thread reads the socket on its own and hands every block to this thread;
+    // only the read buffer size stops it.
+    BoundedReply::limitBuffering(m_pConnection, kReadBufferBytes);
     connect(m_pConnection, &QNetworkReply::metaDataChanged, this,
         &VireoTrailerLoader::connectionDidReceiveResponse);
     connect(m_pConnection, &QNetworkReply::readyRead, this,
@@ -174,22 +169,15 @@ void VireoTrailerLoader::setTimeout(std::chrono::milliseconds timeout)
 void VireoTrailerLoader::connectionDidReceiveResponse()
 {
     m_pReceivedData.clear();
-    // Where Qt started the request later than the queued size above, the size reaches it
-    // here at the latest.
-    m_pConnection->setReadBufferSize(kReadBufferBytes);
-    const QVariant length = m_pConnection->header(QNetworkRequest::ContentLengthHeader);
-    if (length.isValid() && length.toLongLong() > kMaxReplyBytes)
+    if (BoundedReply::announcesMoreThan(*m_pConnection, kMaxReplyBytes))
         abandonLoad(tooLarge());
 }
 
 // Reads only what still fits: a reply past the bound is dropped, not buffered.
 void VireoTrailerLoader::connectionDidReceiveData()
 {
-    if (m_pReceivedData.size() + m_pConnection->bytesAvailable() > kMaxReplyBytes) {
+    if (!BoundedReply::readInto(*m_pConnection, m_pReceivedData, kMaxReplyBytes))
         abandonLoad(tooLarge());
-        return;
-    }
-    m_pReceivedData.append(m_pConnection->readAll());
 }
 
 void VireoTrailerLoader::connectionDidEnd()
