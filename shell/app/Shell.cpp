@@ -4,6 +4,8 @@
 #include "ImageStore.h"
 #include "ImageUrlProvider.h"
 #include "PacedSimulatedPlayer.h"
+#include "ScreenSaverInhibitor.h"
+#include "Screensaver.h"
 #include "ScriptRunner.h"
 #include "ShellLog.h"
 #include "ShellMenu.h"
@@ -16,6 +18,7 @@
 #include "foundation/HomeFolder.h"
 #include "toolkit/appliance/ApplianceLoader.h"
 #include "toolkit/appliance/NotificationCenter.h"
+#include "toolkit/player/VideoPlayerController.h"
 #include "toolkit/player/VideoPlayerFactory.h"
 #include "toolkit/scene/Scene.h"
 #include "toolkit/stack/ControllerStack.h"
@@ -30,6 +33,8 @@
 #include <QQuickWindow>
 #include <QScreen>
 #include <QSet>
+#include <QSettings>
+#include <QStandardPaths>
 #include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -62,6 +67,8 @@ Shell::Shell(const ShellOptions& options, QObject* parent)
     : QObject(parent)
     , m_options(options)
     , m_keys(KeyMap::load(options.keysFile, KeyMap::userFile()))
+    , m_screensaver(std::make_unique<Screensaver>(
+          Screensaver::idleMSFromSettings(QSettings(settingsFilePath(), QSettings::IniFormat))))
     , m_images(std::make_shared<ImageStore>())
 {
 }
@@ -69,6 +76,12 @@ Shell::Shell(const ShellOptions& options, QObject* parent)
 Shell::~Shell()
 {
     terminate();
+}
+
+QString Shell::settingsFilePath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + QStringLiteral("/mediashell/mediashell.conf");
 }
 
 QStringList Shell::applianceFolders(const ShellOptions& options)
@@ -175,6 +188,9 @@ void Shell::loadAppliances()
     m_view = std::make_unique<ShellView>(m_images);
     m_view->setScene(m_scene.get());
     m_view->setStack(m_stack.get());
+    connect(m_screensaver.get(), &Screensaver::dimmedChanged, m_view->screensaver(),
+        &ScreensaverView::setDimmed);
+    connect(m_stack.get(), &shell::ControllerStack::changed, this, &Shell::followPlayback);
 }
 
 bool Shell::showWindow(QString* error)
@@ -215,21 +231,49 @@ void Shell::performAction(shell::RemoteAction action)
 {
     if (!m_stack || m_terminated)
         return;
+    if (m_screensaver->takeKey()) {
+        qCDebug(lcShell).noquote()
+            << "Action" << shell::remoteActionName(action) << "only wakes the screen";
+        return;
+    }
     qCDebug(lcShell).noquote() << "Action" << shell::remoteActionName(action);
     m_stack->handleAction(action);
     if (m_view)
         m_view->actionHandled(action);
 }
 
+QJsonObject Shell::describe() const
+{
+    QJsonObject object = m_stack ? m_stack->describeTop() : QJsonObject();
+    if (m_view)
+        object.insert(QStringLiteral("screensaver"), m_view->screensaver()->describe());
+    return object;
+}
+
+void Shell::followPlayback()
+{
+    const auto* const player = m_stack
+        ? qobject_cast<const shell::VideoPlayerController*>(m_stack->topController())
+        : nullptr;
+    const bool playing = player && player->state() == shell::VideoPlayerController::State::Playing;
+    m_screensaver->setPlaying(playing);
+    if (playing && !m_inhibitor)
+        m_inhibitor = std::make_unique<ScreenSaverInhibitor>(QDBusConnection::sessionBus());
+    if (m_inhibitor)
+        m_inhibitor->setInhibited(playing);
+}
+
 bool Shell::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_window && event->type() == QEvent::KeyPress) {
         const auto* key = static_cast<QKeyEvent*>(event);
-        if (m_keys.actionForKey(key->key())) {
-            if (const auto action = m_keys.actionForEvent(*key))
-                performAction(*action);
+        // Every key wakes the screen, whether it acts or not.
+        if (const auto action = m_keys.actionForEvent(*key))
+            performAction(*action);
+        else if (!m_terminated)
+            m_screensaver->takeKey();
+        if (m_keys.actionForKey(key->key()))
             return true;
-        }
         qCDebug(lcKeys) << "Key" << Qt::hex << key->key() << "is bound to nothing";
     }
     return QObject::eventFilter(watched, event);
@@ -252,6 +296,8 @@ void Shell::terminate()
     m_menu = nullptr;
     m_stack.reset();
     shell::Sentinel::shared().removeObjectForKey(shell::Sentinel::controllerStackKey());
+    // The desktop may blank the screen again once the shell is gone.
+    m_inhibitor.reset();
     m_view.reset();
     m_scene.reset();
     m_loaders.clear();
@@ -304,9 +350,7 @@ int runShell(int argc, char** argv)
         ScriptRunner::Hooks hooks;
         hooks.perform
             = [&mediaShell](shell::RemoteAction action) { mediaShell.performAction(action); };
-        hooks.describe = [&mediaShell] {
-            return mediaShell.stack() ? mediaShell.stack()->describeTop() : QJsonObject();
-        };
+        hooks.describe = [&mediaShell] { return mediaShell.describe(); };
         hooks.writeLine = [](const QByteArray& line) {
             std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
             std::fflush(stdout);

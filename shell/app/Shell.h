@@ -5,6 +5,7 @@
 
 #include "toolkit/stack/RemoteAction.h"
 
+#include <QJsonObject>
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
@@ -24,6 +25,8 @@ class Scene;
 namespace mediashell {
 
 class ImageStore;
+class ScreenSaverInhibitor;
+class Screensaver;
 class ShellMenu;
 class ShellView;
 
@@ -60,13 +63,21 @@ public:
     // quick and the first movie does not stall the screen while it loads.
     void openVideoLibraryWhenIdle();
 
-    // An action for the top controller, as from the remote.
+    // An action for the top controller, as from the remote; it counts as a key, so
+    // the one that wakes the dimmed shell does nothing else.
     void performAction(shell::RemoteAction action);
+    // What a scripted run dumps: the stack's describeTop() plus "screensaver".
+    QJsonObject describe() const;
+
+    // The shell's settings file: mediashell/mediashell.conf (INI) in the user's
+    // configuration folder.
+    static QString settingsFilePath();
 
     shell::ControllerStack* stack() const { return m_stack.get(); }
     shell::Scene* scene() const { return m_scene.get(); }
     ShellMenu* topMenu() const { return m_menu; }
     ShellView* view() const { return m_view.get(); }
+    Screensaver* screensaver() const { return m_screensaver.get(); }
     QQuickWindow* window() const { return m_window.data(); }
     const KeyMap& keyMap() const { return m_keys; }
     // "file: reason" for each plugin that did not load.
@@ -76,8 +87,14 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    // A movie playing neither dims nor lets the desktop blank the screen.
+    void followPlayback();
+
     ShellOptions m_options;
     KeyMap m_keys;
+    std::unique_ptr<Screensaver> m_screensaver;
+    // Made at the first movie: the shell starts without the bus.
+    std::unique_ptr<ScreenSaverInhibitor> m_inhibitor;
     // Members go in reverse order: the window, then the stack, then the appliances.
     std::vector<std::unique_ptr<shell::ApplianceLoader>> m_loaders;
     QStringList m_failures;

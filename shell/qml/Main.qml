@@ -93,4 +93,11 @@ Window {
             }
         }
     }
+
+    // Over everything, the video too: a paused movie dims like a menu.
+    ScreensaverLayer {
+        anchors.fill: parent
+        screensaver: window.shell.screensaver
+        sceneScale: scene.scale
+    }
 }

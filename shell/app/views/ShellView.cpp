@@ -13,6 +13,7 @@ ShellView::ShellView(std::shared_ptr<ImageStore> images, QObject* parent)
     , m_centered(new CenteredView(this))
     , m_controls(new ControlsModel(images, this))
     , m_player(new PlayerView(this))
+    , m_screensaver(new ScreensaverView(this))
 {
 }
 
@@ -46,6 +47,7 @@ void ShellView::refresh()
     m_centered->update(top);
     m_controls->update(top, newScreen);
     m_player->update(top);
+    m_screensaver->follow(*m_preview);
 }
 
 void ShellView::actionHandled(shell::RemoteAction action)

@@ -6,6 +6,7 @@
 #include "PlayerView.h"
 #include "PreviewView.h"
 #include "ScreenView.h"
+#include "ScreensaverView.h"
 
 #include "toolkit/stack/RemoteAction.h"
 
@@ -38,6 +39,7 @@ class ShellView : public QObject {
     Q_PROPERTY(mediashell::CenteredView* centered READ centered CONSTANT)
     Q_PROPERTY(mediashell::ControlsModel* controls READ controls CONSTANT)
     Q_PROPERTY(mediashell::PlayerView* player READ player CONSTANT)
+    Q_PROPERTY(mediashell::ScreensaverView* screensaver READ screensaver CONSTANT)
 public:
     // Images the toolkit hands over as pictures go to `images` (none without it).
     explicit ShellView(std::shared_ptr<ImageStore> images, QObject* parent = nullptr);
@@ -57,6 +59,7 @@ public:
     CenteredView* centered() const { return m_centered; }
     ControlsModel* controls() const { return m_controls; }
     PlayerView* player() const { return m_player; }
+    ScreensaverView* screensaver() const { return m_screensaver; }
 
 private:
     QPointer<shell::ControllerStack> m_stack;
@@ -67,6 +70,7 @@ private:
     CenteredView* m_centered;
     ControlsModel* m_controls;
     PlayerView* m_player;
+    ScreensaverView* m_screensaver;
 };
 
 } // namespace mediashell

@@ -35,6 +35,7 @@ class ThemeView : public QObject {
     Q_PROPERTY(mediashell::TextStyleView playerPositionStyle READ playerPositionStyle CONSTANT)
     Q_PROPERTY(mediashell::TextStyleView playerDurationStyle READ playerDurationStyle CONSTANT)
     Q_PROPERTY(mediashell::TextStyleView playerMessageStyle READ playerMessageStyle CONSTANT)
+    Q_PROPERTY(mediashell::TextStyleView screensaverClockStyle READ screensaverClockStyle CONSTANT)
     Q_PROPERTY(QColor backdrop READ backdrop CONSTANT)
     Q_PROPERTY(QColor backdropGlow READ backdropGlow CONSTANT)
     Q_PROPERTY(QColor focusTop READ focusTop CONSTANT)
@@ -50,6 +51,7 @@ class ThemeView : public QObject {
     Q_PROPERTY(QColor progressPanel READ progressPanel CONSTANT)
     Q_PROPERTY(QColor progressTrack READ progressTrack CONSTANT)
     Q_PROPERTY(QColor progressFill READ progressFill CONSTANT)
+    Q_PROPERTY(QColor screensaverShade READ screensaverShade CONSTANT)
     Q_PROPERTY(qreal cornerRadius READ cornerRadius CONSTANT)
     Q_PROPERTY(qreal lineWidth READ lineWidth CONSTANT)
     Q_PROPERTY(qreal rowInset READ rowInset CONSTANT)
@@ -69,6 +71,7 @@ class ThemeView : public QObject {
     Q_PROPERTY(qreal progressPadding READ progressPadding CONSTANT)
     Q_PROPERTY(qreal progressRadius READ progressRadius CONSTANT)
     Q_PROPERTY(qreal progressTrackHeight READ progressTrackHeight CONSTANT)
+    Q_PROPERTY(qreal screensaverCoverHeight READ screensaverCoverHeight CONSTANT)
 public:
     explicit ThemeView(QObject* parent = nullptr);
     ~ThemeView() override;
@@ -98,6 +101,10 @@ public:
         return TextStyleView(theme().playerDurationStyle());
     }
     TextStyleView playerMessageStyle() const { return TextStyleView(theme().playerMessageStyle()); }
+    TextStyleView screensaverClockStyle() const
+    {
+        return TextStyleView(theme().screensaverClockStyle());
+    }
     QColor backdrop() const { return theme().palette().backdrop; }
     QColor backdropGlow() const { return theme().palette().backdropGlow; }
     QColor focusTop() const { return theme().palette().focusTop; }
@@ -113,6 +120,7 @@ public:
     QColor progressPanel() const { return theme().palette().progressPanel; }
     QColor progressTrack() const { return theme().palette().progressTrack; }
     QColor progressFill() const { return theme().palette().progressFill; }
+    QColor screensaverShade() const { return theme().palette().screensaverShade; }
     qreal cornerRadius() const { return theme().metrics().cornerRadius; }
     qreal lineWidth() const { return theme().metrics().lineWidth; }
     qreal rowInset() const { return theme().metrics().rowInset; }
@@ -132,6 +140,7 @@ public:
     qreal progressPadding() const { return theme().metrics().progressPadding; }
     qreal progressRadius() const { return theme().metrics().progressRadius; }
     qreal progressTrackHeight() const { return theme().metrics().progressTrackHeight; }
+    qreal screensaverCoverHeight() const { return theme().metrics().screensaverCoverHeight; }
 
 private:
     static const shell::Theme& theme() { return shell::Theme::shared(); }

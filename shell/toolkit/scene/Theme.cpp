@@ -152,6 +152,11 @@ TextStyle Theme::playerMessageStyle() const
     return style("playerMessage", 26, QFont::Normal, Qt::white);
 }
 
+TextStyle Theme::screensaverClockStyle() const
+{
+    return style("screensaverClock", 96, QFont::Light, kDimGrey);
+}
+
 const Theme::Palette& Theme::palette() const
 {
     static const Palette palette {
@@ -170,6 +175,7 @@ const Theme::Palette& Theme::palette() const
         .progressPanel = QColor(0, 0, 0, 0xb0),
         .progressTrack = QColor(0x50, 0x50, 0x5a),
         .progressFill = QColor(0xd8, 0xdc, 0xea),
+        .screensaverShade = QColor(0, 0, 0, 0xe8),
     };
     return palette;
 }
@@ -196,6 +202,7 @@ const Theme::Metrics& Theme::metrics() const
         .progressPadding = 12,
         .progressRadius = 10,
         .progressTrackHeight = 10,
+        .screensaverCoverHeight = 320,
     };
     return metrics;
 }

@@ -31,6 +31,7 @@ public:
         QColor progressPanel; // the position bar: its panel, track and elapsed part
         QColor progressTrack;
         QColor progressFill;
+        QColor screensaverShade; // over the whole screen while the shell is dimmed
     };
     // Spacing and sizes of the front end's furniture, in scene units.
     struct Metrics {
@@ -53,6 +54,7 @@ public:
         qreal progressPadding; // the panel's margin around the bar
         qreal progressRadius;
         qreal progressTrackHeight;
+        qreal screensaverCoverHeight; // the cover the dimmed shell shows
     };
 
     static const Theme& shared();
@@ -84,6 +86,8 @@ public:
     TextStyle playerPositionStyle() const;
     TextStyle playerDurationStyle() const;
     TextStyle playerMessageStyle() const;
+    // The clock of the dimmed shell.
+    TextStyle screensaverClockStyle() const;
 
     const Palette& palette() const;
     const Metrics& metrics() const;

@@ -326,4 +326,28 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
     EXPECT_NEAR(kept, player(quitting).value("positionMS").toInteger(), 1500);
 }
 
+// An idle menu dims to the clock (the top menu's rows have icons, not covers); the key
+// that wakes it moves nothing.
+TEST_F(MediashellRun, AnIdleMenuDimsAndTheFirstKeyOnlyWakesIt)
+{
+    ASSERT_TRUE(QDir(path("config")).mkpath("mediashell"));
+    QFile settings(path("config/mediashell/mediashell.conf"));
+    ASSERT_TRUE(settings.open(QIODevice::WriteOnly));
+    settings.write("[screensaver]\nidleSeconds=1\n");
+    settings.close();
+    run({ "--script", "-", "--dump" });
+    ASSERT_EQ(nextLine().value("screensaver").toObject().value("dimmed"), false) << err();
+    step("down");
+    const QJsonObject dimmed = waitFor(10'000, [](const QJsonObject& screen) {
+        return screen.value("screensaver").toObject().value("dimmed").toBool();
+    });
+    EXPECT_EQ(dimmed.value("screensaver").toObject().value("shows"), "clock") << err();
+    const QJsonObject woken = step("up");
+    EXPECT_EQ(woken.value("focus"), 1);
+    EXPECT_EQ(woken.value("screensaver").toObject().value("dimmed"), false);
+    EXPECT_EQ(step("up").value("focus"), 0);
+    m_shell.write("quit\n");
+    EXPECT_EQ(finish(), 0) << err();
+}
+
 } // namespace

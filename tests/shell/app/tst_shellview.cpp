@@ -19,6 +19,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QJsonObject>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QUrl>
@@ -223,11 +224,17 @@ TEST_F(ShellViewTest, MenusHandOverTheirListPreviewAndTexts)
     EXPECT_FALSE(preview.isIcon());
     EXPECT_EQ(preview.cast(), "Ada, Ben");
     EXPECT_EQ(preview.durationText(), "1 h 30 min");
+    // Dimmed, the shell shows the focused cover; an icon is no cover, the clock stands in.
+    ScreensaverView& dimmed = *m_view.screensaver();
+    dimmed.setDimmed(true);
+    EXPECT_EQ(dimmed.coverUrl(), preview.imageUrl());
     m_stack.handleAction(RemoteAction::Down);
     EXPECT_EQ(m_view.menu()->focusedRow(), 1);
     EXPECT_EQ(preview.title(), "Movie 1");
     EXPECT_TRUE(preview.imageUrl().startsWith("image://shell/")) << "the asset's own cover";
     EXPECT_TRUE(preview.isIcon());
+    EXPECT_EQ(dimmed.describe(), QJsonObject({ { "dimmed", true }, { "shows", "clock" } }));
+    EXPECT_FALSE(dimmed.clockText().isEmpty());
 
     m_stack.pushController(question(m_scene, m_rows));
     const CenteredView& centered = *m_view.centered();
