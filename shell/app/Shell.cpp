@@ -3,7 +3,9 @@
 #include "ImageFileProvider.h"
 #include "ImageStore.h"
 #include "ImageUrlProvider.h"
+#include "Logind.h"
 #include "PacedSimulatedPlayer.h"
+#include "PowerMenu.h"
 #include "ScreenSaverInhibitor.h"
 #include "Screensaver.h"
 #include "ScriptRunner.h"
@@ -24,7 +26,9 @@
 #include "toolkit/stack/ControllerStack.h"
 #include "toolkit/stack/Sentinel.h"
 
+#include <QDBusConnection>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -38,7 +42,10 @@
 #include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <unistd.h>
 
 Q_IMPORT_QML_PLUGIN(Vireo_ShellPlugin)
 Q_IMPORT_QML_PLUGIN(Vireo_Shell_ViewsPlugin)
@@ -181,7 +188,19 @@ void Shell::loadAppliances()
     m_scene = std::make_unique<shell::Scene>();
     m_stack = std::make_unique<shell::ControllerStack>();
     shell::Sentinel::shared().setObjectForKey(m_stack.get(), shell::Sentinel::controllerStackKey());
-    auto menu = std::make_unique<ShellMenu>(*m_scene, std::move(entries));
+    if (m_options.kiosk) {
+        m_logind = std::make_unique<Logind>(QDBusConnection::systemBus());
+        m_logind->ask();
+    }
+    const PowerMenu::Exits exits {
+        [] { QCoreApplication::exit(0); },
+        [this] {
+            m_restartRequested = true;
+            QCoreApplication::exit(0);
+        },
+    };
+    auto menu = std::make_unique<ShellMenu>(*m_scene, std::move(entries),
+        [this, exits] { return std::make_unique<PowerMenu>(*m_scene, m_logind.get(), exits); });
     m_menu = menu.get();
     m_stack->pushController(std::move(menu));
 
@@ -303,7 +322,7 @@ void Shell::terminate()
     m_loaders.clear();
 }
 
-int runShell(int argc, char** argv)
+int runShell(int argc, char** argv, QString* restart)
 {
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
@@ -389,7 +408,19 @@ int runShell(int argc, char** argv)
     const int status = app.exec();
     mediaShell.terminate();
     runner.reset();
+    if (restart && mediaShell.restartRequested())
+        *restart = QCoreApplication::applicationFilePath();
     return status;
+}
+
+int restartShell(const QString& program, char** argv)
+{
+    // Dump lines and log lines still buffered would be lost with the process image.
+    std::fflush(nullptr);
+    ::execv(QFile::encodeName(program).constData(), argv);
+    std::fprintf(stderr, "mediashell: cannot restart %s: %s\n",
+        QFile::encodeName(program).constData(), std::strerror(errno));
+    return 1;
 }
 
 } // namespace mediashell

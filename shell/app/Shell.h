@@ -27,12 +27,16 @@ namespace mediashell {
 class ImageStore;
 class ScreenSaverInhibitor;
 class Screensaver;
+class Logind;
 class ShellMenu;
 class ShellView;
 
 // The running shell: the appliances loaded from their plugin folders, the controller
 // stack with the shell's top menu at its bottom, the QML window that shows the top
 // controller and the keys that drive it.
+//
+// Leaving: the top menu's "Power" row quits (QCoreApplication::exit), or on a box
+// (--kiosk) restarts the shell, powers off or reboots through logind.
 //
 // Quitting (terminate(), also run by the destructor): the shell posts
 // NotificationCenter::applicationWillTerminate() (a playing movie hands over its
@@ -82,6 +86,8 @@ public:
     const KeyMap& keyMap() const { return m_keys; }
     // "file: reason" for each plugin that did not load.
     QStringList failures() const { return m_failures; }
+    // "Restart Shell" ended the event loop: the program is to start again.
+    bool restartRequested() const { return m_restartRequested; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -98,6 +104,8 @@ private:
     // Members go in reverse order: the window, then the stack, then the appliances.
     std::vector<std::unique_ptr<shell::ApplianceLoader>> m_loaders;
     QStringList m_failures;
+    // On a box only; the power menus on the stack use it.
+    std::unique_ptr<Logind> m_logind;
     std::unique_ptr<shell::Scene> m_scene;
     std::unique_ptr<shell::ControllerStack> m_stack;
     ShellMenu* m_menu = nullptr;
@@ -106,9 +114,16 @@ private:
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QPointer<QQuickWindow> m_window;
     bool m_terminated = false;
+    bool m_restartRequested = false;
 };
 
-// The whole program: `mediashell` is main() over this.
-int runShell(int argc, char** argv);
+// The whole program: `mediashell` is main() over this. When the user chose "Restart
+// Shell", `restart` (when given) gets the program's path once the shell has quit.
+int runShell(int argc, char** argv, QString* restart = nullptr);
+// Starts `program` again in this process with the arguments `argv`, once runShell has
+// returned and nothing of the first run is left: the process id stays, so the kiosk's
+// compositor, which ends with the process it started, keeps the screen. Returns 1, and
+// says why, only when that fails.
+int restartShell(const QString& program, char** argv);
 
 } // namespace mediashell

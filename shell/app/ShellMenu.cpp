@@ -14,9 +14,10 @@
 
 namespace mediashell {
 
-ShellMenu::ShellMenu(shell::Scene& scene, std::vector<Entry> entries)
+ShellMenu::ShellMenu(shell::Scene& scene, std::vector<Entry> entries, ScreenMaker powerMenu)
     : shell::MediaMenuController(scene)
     , m_entries(std::move(entries))
+    , m_powerMenu(std::move(powerMenu))
 {
     std::erase_if(m_entries, [](const Entry& e) { return e.appliance == nullptr; });
     std::stable_sort(m_entries.begin(), m_entries.end(), [](const Entry& a, const Entry& b) {
@@ -26,6 +27,8 @@ ShellMenu::ShellMenu(shell::Scene& scene, std::vector<Entry> entries)
     });
     list().setDatasource(this);
     list().setTitle(tr("Main Menu"));
+    if (m_powerMenu && !m_entries.empty())
+        list().addDividerAtIndex(long(m_entries.size()));
     list().reload();
 }
 
@@ -36,6 +39,11 @@ const ShellMenu::Entry* ShellMenu::entry(long row) const
     return row >= 0 && row < long(m_entries.size()) ? &m_entries[size_t(row)] : nullptr;
 }
 
+bool ShellMenu::isPowerRow(long row) const
+{
+    return m_powerMenu && row == long(m_entries.size());
+}
+
 shell::Appliance* ShellMenu::applianceAt(long row) const
 {
     const Entry* e = entry(row);
@@ -44,12 +52,12 @@ shell::Appliance* ShellMenu::applianceAt(long row) const
 
 long ShellMenu::itemCount()
 {
-    return long(m_entries.size());
+    return long(m_entries.size()) + (m_powerMenu ? 1 : 0);
 }
 
 std::unique_ptr<shell::MenuItem> ShellMenu::itemForRow(long row)
 {
-    if (!entry(row))
+    if (!entry(row) && !isPowerRow(row))
         return nullptr;
     auto item = shell::MenuItem::folderMenuItem();
     item->setTitle(titleForRow(row));
@@ -58,6 +66,8 @@ std::unique_ptr<shell::MenuItem> ShellMenu::itemForRow(long row)
 
 QString ShellMenu::titleForRow(long row)
 {
+    if (isPowerRow(row))
+        return tr("Power");
     const Entry* e = entry(row);
     if (!e)
         return {};
@@ -72,6 +82,10 @@ long ShellMenu::rowForTitle(const QString& title)
 
 void ShellMenu::itemSelected(long row)
 {
+    if (isPowerRow(row) && stack()) {
+        stack()->pushController(m_powerMenu());
+        return;
+    }
     const Entry* e = entry(row);
     if (!e || !stack())
         return;
@@ -109,6 +123,8 @@ QImage ShellMenu::iconForRow(long row)
 
 std::unique_ptr<shell::PreviewController> ShellMenu::previewControllerForItem(long row)
 {
+    // "Power" has no picture, and a metadata preview would stand the default movie
+    // image beside it.
     if (!entry(row))
         return nullptr;
     auto asset = std::make_shared<shell::XmlMediaAsset>();

@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 namespace shell {
@@ -19,8 +20,11 @@ namespace mediashell {
 // The shell's own top menu: one folder row per loaded appliance, with its icon and
 // localized name, ordered by the plugins' sort order, then name. Selecting a row
 // enters the appliance (its applianceControllerWithScene); Menu here does nothing,
-// for there is nothing to go back to. The focused row's preview is the appliance's
-// icon and name.
+// for there is nothing to go back to: leaving is a row of its own. The focused row's
+// preview is the appliance's icon and name.
+//
+// Below the appliances, after a divider, "Power" opens the screen `powerMenu` makes
+// (the ways out of the shell); without one there is no such row.
 class ShellMenu : public shell::MediaMenuController,
                   public shell::ListDataSource,
                   public RowIconSource {
@@ -32,7 +36,9 @@ public:
         int sortOrder = 0;
     };
 
-    ShellMenu(shell::Scene& scene, std::vector<Entry> entries);
+    using ScreenMaker = std::function<std::unique_ptr<shell::LayerController>()>;
+
+    ShellMenu(shell::Scene& scene, std::vector<Entry> entries, ScreenMaker powerMenu = {});
     ~ShellMenu() override;
 
     // The appliance of a row, null past the end.
@@ -51,9 +57,11 @@ public:
 
 private:
     const Entry* entry(long row) const;
+    bool isPowerRow(long row) const;
     QString iconResource(long row, QString* url) const;
 
     std::vector<Entry> m_entries;
+    ScreenMaker m_powerMenu;
 };
 
 } // namespace mediashell

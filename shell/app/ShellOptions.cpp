@@ -16,6 +16,7 @@ namespace {
     const QString kHome = QStringLiteral("home");
     const QString kAppliances = QStringLiteral("appliances");
     const QString kWindowed = QStringLiteral("windowed");
+    const QString kKiosk = QStringLiteral("kiosk");
     const QString kSize = QStringLiteral("size");
     const QString kKeys = QStringLiteral("keys");
     const QString kVerbose = QStringLiteral("verbose");
@@ -33,6 +34,7 @@ namespace {
             { kHome, QString(), QStringLiteral("DIR") },
             { kAppliances, QString(), QStringLiteral("DIR") },
             { kWindowed, QString() },
+            { kKiosk, QString() },
             { kSize, QString(), QStringLiteral("WxH") },
             { kKeys, QString(), QStringLiteral("FILE") },
             { kVerbose, QString() },
@@ -70,6 +72,7 @@ namespace {
         options.home = parser.value(kHome);
         options.applianceDirs = parser.values(kAppliances);
         options.windowed = parser.isSet(kWindowed);
+        options.kiosk = parser.isSet(kKiosk);
         options.verbose = parser.isSet(kVerbose);
         options.script = parser.value(kScript);
         options.dump = parser.isSet(kDump);
@@ -99,6 +102,9 @@ QString ShellOptions::usage()
         "  --appliances DIR    also load the appliance plugins in DIR (repeatable)\n"
         "  --windowed          a window instead of full screen\n"
         "  --size WxH          the window's size (default 1280x720); implies --windowed\n"
+        "  --kiosk             the shell is the box's only program: \"Power\" offers\n"
+        "                      Restart Shell, and Power Off and Reboot where logind\n"
+        "                      allows them, instead of Quit\n"
         "  --keys FILE         key bindings (JSON) over the defaults; without it\n"
         "                      keys.json in the user's config folder, when present\n"
         "  --verbose           debug output of the vireo.* log categories\n"

@@ -13,6 +13,7 @@ struct ShellOptions {
     QString home; // the library's home folder, set once at start; empty: the user's
     QStringList applianceDirs; // extra plugin folders, searched before the default ones
     bool windowed = false;
+    bool kiosk = false; // a box: the "Power" row restarts, powers off and reboots
     QSize size; // the window's size; invalid: 1280 x 720
     bool verbose = false;
     QString script; // a script file, "-" for standard input, empty for none

@@ -2,5 +2,7 @@
 
 int main(int argc, char** argv)
 {
-    return mediashell::runShell(argc, argv);
+    QString restart;
+    const int status = mediashell::runShell(argc, argv, &restart);
+    return restart.isEmpty() ? status : mediashell::restartShell(restart, argv);
 }

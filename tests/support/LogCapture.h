@@ -15,6 +15,7 @@ public:
         : m_previous(qInstallMessageHandler(&capture))
     {
         lines().clear();
+        warnings().clear();
     }
     ~LogCapture() { qInstallMessageHandler(m_previous); }
     LogCapture(const LogCapture&) = delete;
@@ -26,17 +27,25 @@ public:
         static QStringList collected;
         return collected;
     }
+    // The lines written as warnings or worse.
+    static QStringList& warnings()
+    {
+        static QStringList collected;
+        return collected;
+    }
     // The lines that contain `text`.
     static QStringList containing(const QString& text) { return lines().filter(text); }
 
 private:
-    static void capture(QtMsgType, const QMessageLogContext& context, const QString& message)
+    static void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
     {
         static QMutex mutex;
         if (!QByteArrayView(context.category).startsWith("vireo."))
             return;
         const QMutexLocker locker(&mutex);
         lines().append(message);
+        if (type != QtDebugMsg && type != QtInfoMsg)
+            warnings().append(message);
     }
 
     QtMessageHandler m_previous = nullptr;

@@ -57,11 +57,13 @@ namespace {
         mpv_node_list m_list {};
     };
 
-    void logMessage(const mpv_event_log_message& message)
+    void logMessage(const mpv_event_log_message& message, const MpvOutput& output)
     {
         const QString text = QString::fromUtf8(message.prefix) + QStringLiteral(": ")
             + QString::fromUtf8(message.text).trimmed();
-        if (message.log_level <= MPV_LOG_LEVEL_ERROR)
+        if (output.isDecoderProbe(message.prefix, message.text))
+            qCDebug(lcMpv).noquote() << text;
+        else if (message.log_level <= MPV_LOG_LEVEL_ERROR)
             qCWarning(lcMpv).noquote() << text;
         else if (message.log_level <= MPV_LOG_LEVEL_WARN)
             qCInfo(lcMpv).noquote() << text;
@@ -268,7 +270,7 @@ void MpvController::dispatch(const mpv_event& event)
         onPlaybackRestart();
         break;
     case MPV_EVENT_LOG_MESSAGE:
-        logMessage(*static_cast<const mpv_event_log_message*>(event.data));
+        logMessage(*static_cast<const mpv_event_log_message*>(event.data), m_output);
         break;
     default:
         break;

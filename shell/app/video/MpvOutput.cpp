@@ -6,6 +6,16 @@
 
 namespace mediashell {
 
+bool MpvOutput::isDecoderProbe(const QByteArray& prefix, const QByteArray& text) const
+{
+    const bool mpvChooses = hwdec == "yes" || hwdec.startsWith("auto");
+    if (!mpvChooses)
+        return false;
+    if (prefix == "ffmpeg")
+        return text.startsWith("AVHWDeviceContext:");
+    return prefix == "vaapi" || prefix == "vdpau" || prefix == "cuda";
+}
+
 MpvOutput MpvOutput::fromEnvironment()
 {
     MpvOutput output;

@@ -12,9 +12,16 @@ struct MpvOutput {
     bool video = true;
     // Play sound; otherwise ao=null.
     bool audio = true;
-    // mpv's hwdec value. Software decoding works everywhere, Mesa's llvmpipe included;
-    // a box with a known-good decoder can ask for "auto-safe".
-    QByteArray hwdec = "no";
+    // mpv's hwdec value. With "auto-safe" mpv tries the decoders it knows to be good
+    // (VA-API, NVDEC, VDPAU, copying each frame back, so any GL context Qt gives us
+    // will do) and decodes in software when none opens, as on a box without a GPU.
+    QByteArray hwdec = "auto-safe";
+
+    // True for a message mpv passes on while it tries a hardware decoder that this
+    // machine lacks ("vaapi: libva: ...", "ffmpeg: AVHWDeviceContext: ..."), when mpv
+    // chooses the decoder itself: the fallback to software is expected, not a fault.
+    // A decoder named in VIREO_MPV_HWDEC keeps its warnings.
+    bool isDecoderProbe(const QByteArray& prefix, const QByteArray& text) const;
 
     static MpvOutput headless() { return { .video = false, .audio = false }; }
     // The default, adjusted by VIREO_MPV_OUTPUT ("headless": neither pictures nor

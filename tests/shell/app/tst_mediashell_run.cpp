@@ -116,6 +116,8 @@ protected:
         env.insert("XDG_CONFIG_HOME", path("config"));
         env.insert("XDG_RUNTIME_DIR", path("runtime"));
         env.insert("VIREO_TRAILER_ENDPOINT", s_base);
+        // No system bus: in kiosk mode logind cannot be asked, and allows nothing.
+        env.insert("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + path("runtime/no-bus"));
         m_shell.setProcessEnvironment(env);
         start(m_shell, MEDIASHELL_BIN, QStringList { "--windowed", "--home", path("home") } + more);
         m_clock.start();
@@ -229,8 +231,8 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
 
     const QJsonObject top = nextLine();
     ASSERT_EQ(top.value("step").toInt(-1), 0) << err();
-    EXPECT_EQ(titles(top), QStringList({ "Vireo Movies", "Vireo Trailers" }));
-    EXPECT_EQ(strings(top, "rows", "kind"), QStringList({ "folder", "folder" }));
+    EXPECT_EQ(titles(top), QStringList({ "Vireo Movies", "Vireo Trailers", "Power" }));
+    EXPECT_EQ(strings(top, "rows", "kind"), QStringList({ "folder", "folder", "folder" }));
     EXPECT_EQ(top.value("preview").toObject().value("image"), ":/vireo-movies/ApplianceIcon.png");
     EXPECT_FALSE(mapsLibmpv(m_shell.processId())) << "libmpv is not loaded before the first frame";
     EXPECT_EQ(strings(step("menu"), "stack"), QStringList({ "ShellMenu" }))
@@ -238,6 +240,12 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
     // ... but it is opened soon after, while the menu sits idle.
     waitFor(10'000, [&](const QJsonObject&) { return mapsLibmpv(m_shell.processId()); });
     EXPECT_TRUE(mapsLibmpv(m_shell.processId()));
+    // On a desktop the way out is Quit alone.
+    focusOn(top, "Power");
+    EXPECT_EQ(titles(step("select")), QStringList { "Quit" });
+    step("menu");
+    step("up");
+    step("up");
 
     const QJsonObject trailers = step("down");
     EXPECT_EQ(
@@ -347,6 +355,26 @@ TEST_F(MediashellRun, AnIdleMenuDimsAndTheFirstKeyOnlyWakesIt)
     EXPECT_EQ(woken.value("screensaver").toObject().value("dimmed"), false);
     EXPECT_EQ(step("up").value("focus"), 0);
     m_shell.write("quit\n");
+    EXPECT_EQ(finish(), 0) << err();
+}
+
+// On a box, "Restart Shell" starts the program again in the same process, which goes
+// on reading the script; with no logind to allow more, Quit is the other row.
+TEST_F(MediashellRun, KioskRestartsTheShellAndQuits)
+{
+    run({ "--kiosk", "--script", "-", "--dump" });
+    const QJsonObject top = nextLine();
+    ASSERT_EQ(top.value("step").toInt(-1), 0) << err();
+    focusOn(top, "Power");
+    EXPECT_EQ(titles(step("select")), QStringList({ "Restart Shell", "Quit" }));
+    m_shell.write("select\n");
+    const QJsonObject again = nextLine();
+    EXPECT_EQ(again.value("step").toInt(-1), 0) << err();
+    m_steps = 0;
+    focusOn(again, "Power");
+    step("select");
+    step("down");
+    m_shell.write("select\n");
     EXPECT_EQ(finish(), 0) << err();
 }
 

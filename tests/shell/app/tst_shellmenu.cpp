@@ -46,9 +46,9 @@ TEST_F(ShellMenuTest, RowsComeFromThePluginsThatLoadInSortOrderAndTheRestAreName
     shell.loadAppliances();
     ShellMenu& menu = *shell.topMenu();
     // Zulu (1), Alpha and Beta (2, by name), then Vireo Movies (10) and Vireo Trailers
-    // (20) from the build tree.
-    EXPECT_EQ(
-        titles(menu), QStringList({ "Zulu", "Alpha", "Beta", "Vireo Movies", "Vireo Trailers" }));
+    // (20) from the build tree; "Power" after them all.
+    EXPECT_EQ(titles(menu),
+        QStringList({ "Zulu", "Alpha", "Beta", "Vireo Movies", "Vireo Trailers", "Power" }));
     // Each Vireo appliance brings its own icon.
     EXPECT_TRUE(menu.iconForRow(0).isNull());
     EXPECT_FALSE(menu.iconForRow(3).isNull());

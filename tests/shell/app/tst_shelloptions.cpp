@@ -34,6 +34,8 @@ TEST(ShellOptions, EveryOptionInBothFormsAndTheDefaults)
     EXPECT_TRUE(sized.value().windowed) << "a size means a window";
     EXPECT_EQ(sized->windowSize(), QSize(1920, 1080));
     EXPECT_TRUE(parse({ "--windowed" }).value().windowed);
+    EXPECT_FALSE(o->kiosk);
+    EXPECT_TRUE(parse({ "--kiosk" }).value().kiosk);
     EXPECT_TRUE(parse({ "--version" }).value().version);
 }
 

@@ -1,3 +1,5 @@
+#include "LogCapture.h"
+
 #include "toolkit/media/XmlMediaAsset.h"
 #include "video/MpvVideoPlayer.h"
 
@@ -120,8 +122,11 @@ protected:
     }
 };
 
+// With the default decoder choice: mpv finds no hardware decoder here and decodes in
+// software without a warning.
 TEST_P(Plays, WithAClockThatPausesSeeksAndEnds)
 {
+    const LogCapture log;
     QString error;
     ASSERT_TRUE(player.setMedia(assetFor(address()), &error)) << error.toStdString();
     player.seekToMS(2'000);
@@ -153,6 +158,7 @@ TEST_P(Plays, WithAClockThatPausesSeeksAndEnds)
         [&] { return player.positionMS() > 200 && player.positionMS() < 5'000; }, 5'000))
         << "play after the end starts over";
     EXPECT_TRUE(errors.isEmpty()) << errors.join('\n').toStdString();
+    EXPECT_TRUE(LogCapture::warnings().isEmpty()) << qPrintable(LogCapture::warnings().join('\n'));
 }
 
 INSTANTIATE_TEST_SUITE_P(Movies, Plays, ::testing::Values("File", "NameThatIsNotUtf8", "Playlist"),
