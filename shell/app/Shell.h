@@ -24,6 +24,7 @@ class Scene;
 namespace mediashell {
 
 class ImageStore;
+class RemoteInputs;
 class ShellMenu;
 class ShellView;
 
@@ -88,6 +89,8 @@ private:
     std::unique_ptr<ShellView> m_view;
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QPointer<QQuickWindow> m_window;
+    // HDMI-CEC and lircd: actions as the keys give them.
+    std::unique_ptr<RemoteInputs> m_remotes;
     bool m_terminated = false;
 };
 
