@@ -279,7 +279,8 @@ TEST_F(Lircd, RestartedIsLoggedOnceTriedAgainCalmlyAndReadAfresh)
     m_server.close();
     QTest::qWait(1300);
     EXPECT_EQ(LogCapture::containing("Warning: no lircd at " + path()).size(), 1);
-    EXPECT_LE(LogCapture::containing("again in").size(), 3) << "tries at 0.25 and 0.75 s";
+    const qsizetype tries = LogCapture::containing("again in").size();
+    EXPECT_TRUE(tries >= 1 && tries <= 3) << tries << " tries, not two at 0.25 and 0.75 s";
     ASSERT_TRUE(QLocalServer::removeServer(path()) && m_server.listen(path()));
     ASSERT_TRUE(m_lircd = accept(m_server));
     EXPECT_EQ(send("P tv\n0 00 KEY_DOWN tv\n"), Actions { RemoteAction::Down });
