@@ -47,8 +47,12 @@ LircInput::LircInput(QString socketPath, RemoteButtonMap buttons, QObject* paren
     // A refused or failed connection and a closed one alike.
     connect(
         m_socket, &QLocalSocket::stateChanged, this, [this](QLocalSocket::LocalSocketState state) {
-            if (state == QLocalSocket::UnconnectedState)
-                lost(m_socket->errorString());
+            if (state != QLocalSocket::UnconnectedState)
+                return;
+            // Qt calls a missing socket file an invalid name; lircd is simply not running.
+            lost(m_socket->error() == QLocalSocket::ServerNotFoundError
+                    ? QStringLiteral("no such socket")
+                    : m_socket->errorString());
         });
 }
 
