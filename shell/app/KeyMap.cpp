@@ -1,6 +1,7 @@
 #include "KeyMap.h"
 
 #include "ShellLog.h"
+#include "input/RemoteButtonMap.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -50,19 +51,8 @@ std::optional<RemoteAction> KeyMap::actionForKey(int key) const
 std::optional<RemoteAction> KeyMap::actionForKeyPress(int key, bool autoRepeat) const
 {
     const std::optional<RemoteAction> action = actionForKey(key);
-    if (!action || !autoRepeat)
+    if (!action || !autoRepeat || RemoteButtonMap::repeatsWhenHeld(*action))
         return action;
-    switch (*action) {
-    case RemoteAction::Up:
-    case RemoteAction::Down:
-    case RemoteAction::Left:
-    case RemoteAction::Right:
-        return action;
-    case RemoteAction::Select:
-    case RemoteAction::Menu:
-    case RemoteAction::PlayPause:
-        break;
-    }
     return std::nullopt;
 }
 
@@ -117,7 +107,13 @@ bool KeyMap::applyJson(const QByteArray& json, QString* error)
 
     QHash<int, RemoteAction> bindings = m_bindings;
     const QJsonObject object = document.object();
+    for (const QString& name : { lircSection(), cecSection() }) {
+        if (object.contains(name))
+            m_sections.insert(name, object.value(name));
+    }
     for (auto it = object.begin(); it != object.end(); ++it) {
+        if (m_sections.contains(it.key()))
+            continue;
         const int key = keyFromName(it.key());
         if (key == 0)
             return fail(QStringLiteral("\"%1\" names no key").arg(it.key()));
@@ -187,7 +183,8 @@ KeyMap KeyMap::load(const QString& explicitFile, const QString& userFile)
     if (!map.applyFile(path, &error)) {
         qCWarning(lcKeys).noquote()
             << "Ignoring the key bindings of" << error << "- the default keys stay";
-        return KeyMap();
+        // The other remotes' sections stand on their own.
+        return map;
     }
     qCDebug(lcKeys).noquote() << "Key bindings from" << path;
     return map;

@@ -3,6 +3,7 @@
 #include "toolkit/stack/RemoteAction.h"
 
 #include <QHash>
+#include <QJsonObject>
 #include <QString>
 
 #include <optional>
@@ -22,7 +23,9 @@ namespace mediashell {
 // or a key code (0x hex, or decimal of two digits or more: "5" is the key 5); an
 // action is a remote action's name, or null, "" or "none" to unbind the key. A file
 // that cannot be read or holds anything else is rejected as a whole: the bindings
-// stay as they were.
+// stay as they were. The same file holds the tables of the other remotes, each in a
+// section of its own ({"F5": "menu", "lirc": {...}, "cec": {...}}): they are kept for
+// their sources, which judge them, and a bad one does not spoil the keys.
 class KeyMap {
 public:
     // The defaults.
@@ -37,6 +40,11 @@ public:
     void bind(int key, shell::RemoteAction action) { m_bindings.insert(key, action); }
     void unbind(int key) { m_bindings.remove(key); }
     const QHash<int, shell::RemoteAction>& bindings() const { return m_bindings; }
+
+    // A remote's section of the file as it stands there; undefined when absent.
+    QJsonValue section(const QString& name) const { return m_sections.value(name); }
+    static QString lircSection() { return QStringLiteral("lirc"); }
+    static QString cecSection() { return QStringLiteral("cec"); }
 
     // Applies a bindings file over the current bindings; false (and why, in `error`)
     // when the file is rejected.
@@ -55,6 +63,7 @@ public:
 
 private:
     QHash<int, shell::RemoteAction> m_bindings;
+    QJsonObject m_sections;
 };
 
 } // namespace mediashell

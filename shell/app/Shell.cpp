@@ -13,6 +13,7 @@
 #include "ShellMenu.h"
 #include "UnixSignals.h"
 
+#include "input/RemoteInputs.h"
 #include "video/MpvLibrary.h"
 #include "video/MpvVideoPlayer.h"
 #include "views/ShellView.h"
@@ -243,6 +244,9 @@ bool Shell::showWindow(QString* error)
             m_window->setGeometry(screen->geometry());
         m_window->showFullScreen();
     }
+    m_remotes = std::make_unique<RemoteInputs>(m_keys, RemoteInputs::settingsFile());
+    connect(m_remotes.get(), &RemoteInputs::actionTriggered, this, &Shell::performAction);
+    m_remotes->start();
     return true;
 }
 
@@ -306,6 +310,8 @@ void Shell::terminate()
     qCDebug(lcShell) << "Terminating";
     shell::NotificationCenter::defaultCenter().postNotification(
         shell::NotificationCenter::applicationWillTerminate());
+    // No remote acts on what goes; the HDMI-CEC adapter is released.
+    m_remotes.reset();
     // The window first: nothing draws a controller (or its player) that is going.
     if (m_window)
         m_window->removeEventFilter(this);

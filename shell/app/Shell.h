@@ -25,9 +25,10 @@ class Scene;
 namespace mediashell {
 
 class ImageStore;
+class Logind;
+class RemoteInputs;
 class ScreenSaverInhibitor;
 class Screensaver;
-class Logind;
 class ShellMenu;
 class ShellView;
 
@@ -113,6 +114,8 @@ private:
     std::unique_ptr<ShellView> m_view;
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QPointer<QQuickWindow> m_window;
+    // HDMI-CEC and lircd: actions as the keys give them.
+    std::unique_ptr<RemoteInputs> m_remotes;
     bool m_terminated = false;
     bool m_restartRequested = false;
 };

@@ -60,7 +60,7 @@ protected:
 TEST_F(KeyFileTest, BindsOverTheDefaultsAndTheGivenFileWinsOverTheUsers)
 {
     const QString given = write(R"({"Key_F5": "menu", "Media Play": "up", "0x01000061": "select",
-        "65": "left", "Space": null, "Backspace": "none"})");
+        "65": "left", "Space": null, "Backspace": "none", "lirc": {"KEY_RED": "up"}, "cec": 5})");
     const QString user = write(R"({"F9": "playpause"})");
     const KeyMap map = KeyMap::load(given, user);
     const std::pair<int, std::optional<RemoteAction>> keys[]
@@ -70,6 +70,9 @@ TEST_F(KeyFileTest, BindsOverTheDefaultsAndTheGivenFileWinsOverTheUsers)
               { Qt::Key_F9, std::nullopt }, { Qt::Key_Up, RemoteAction::Up } };
     for (const auto& [key, action] : keys)
         EXPECT_EQ(map.actionForKey(key), action) << Qt::hex << key;
+    // The other remotes' sections are theirs to judge.
+    EXPECT_EQ(map.section("lirc").toObject().value("KEY_RED"), "up");
+    EXPECT_EQ(map.section("cec"), 5);
 
     EXPECT_EQ(KeyMap::load(QString(), user).actionForKey(Qt::Key_F9), RemoteAction::PlayPause);
     EXPECT_EQ(

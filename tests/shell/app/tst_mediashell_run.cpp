@@ -14,6 +14,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocalServer>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -227,6 +229,17 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
     // A movie whose cover is a FIFO, which a plain read would wait on for ever.
     QFile(path("home/Movies/Fifo.m4v")).open(QIODevice::WriteOnly);
     ASSERT_EQ(::mkfifo(QFile::encodeName(path("home/Movies/Fifo.png")).constData(), 0600), 0);
+    // A lircd of the test's own, whose red button the keys file binds to "down", beside
+    // an HDMI-CEC section that is no table.
+    QLocalServer lircd;
+    ASSERT_TRUE(lircd.listen(path("lircd")) && QDir().mkpath(path("config/mediashell")));
+    for (const auto& [name, content] :
+        { std::pair { "mediashell.conf", "[lirc]\nsocket=" + path("lircd") },
+            std::pair {
+                "keys.json", QStringLiteral(R"({"lirc": {"KEY_RED": "down"}, "cec": 5})") } }) {
+        QFile file(path("config/mediashell/") + name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content.toUtf8()) > 0);
+    }
     run({ "--size", "960x540", "--script", "-", "--dump", "--screenshots", path("shots") });
 
     const QJsonObject top = nextLine();
@@ -247,7 +260,12 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
     step("up");
     step("up");
 
-    const QJsonObject trailers = step("down");
+    ASSERT_TRUE(lircd.waitForNewConnection(10'000));
+    QLocalSocket* remote = lircd.nextPendingConnection();
+    remote->write("0000000000000001 00 KEY_RED devinput\n");
+    remote->waitForBytesWritten(1000);
+    const QJsonObject trailers = waitFor(
+        5'000, [](const QJsonObject& screen) { return screen.value("focus").toInt() == 1; });
     EXPECT_EQ(
         trailers.value("preview").toObject().value("image"), ":/vireo-trailers/ApplianceIcon.png");
     const QJsonObject lists = step("select");
@@ -326,6 +344,9 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
     const QJsonObject quitting = step("right");
     ::kill(pid_t(m_shell.processId()), SIGTERM);
     EXPECT_EQ(finish(), 0) << err();
+    // No HDMI-CEC here: one line, and the shell went on.
+    EXPECT_NE(err().find("HDMI-CEC"), std::string::npos);
+    EXPECT_NE(err().find("ignoring the \"cec\" section"), std::string::npos);
     const qint64 kept = QJsonDocument::fromJson(
         vireoctl({ "--json", "asset", path("home/Movies/Studio iMac/Night Ferry.m4v") }))
                             .object()
