@@ -69,6 +69,8 @@ public:
     ShellView* view() const { return m_view.get(); }
     QQuickWindow* window() const { return m_window.data(); }
     const KeyMap& keyMap() const { return m_keys; }
+    // Started as the box's shell (--kiosk): full screen, and power may be offered.
+    bool kiosk() const { return m_options.kiosk; }
     // "file: reason" for each plugin that did not load.
     QStringList failures() const { return m_failures; }
 

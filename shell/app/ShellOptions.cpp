@@ -16,6 +16,7 @@ namespace {
     const QString kHome = QStringLiteral("home");
     const QString kAppliances = QStringLiteral("appliances");
     const QString kWindowed = QStringLiteral("windowed");
+    const QString kKiosk = QStringLiteral("kiosk");
     const QString kSize = QStringLiteral("size");
     const QString kKeys = QStringLiteral("keys");
     const QString kVerbose = QStringLiteral("verbose");
@@ -33,6 +34,7 @@ namespace {
             { kHome, QString(), QStringLiteral("DIR") },
             { kAppliances, QString(), QStringLiteral("DIR") },
             { kWindowed, QString() },
+            { kKiosk, QString() },
             { kSize, QString(), QStringLiteral("WxH") },
             { kKeys, QString(), QStringLiteral("FILE") },
             { kVerbose, QString() },
@@ -70,6 +72,7 @@ namespace {
         options.home = parser.value(kHome);
         options.applianceDirs = parser.values(kAppliances);
         options.windowed = parser.isSet(kWindowed);
+        options.kiosk = parser.isSet(kKiosk);
         options.verbose = parser.isSet(kVerbose);
         options.script = parser.value(kScript);
         options.dump = parser.isSet(kDump);
@@ -99,6 +102,8 @@ QString ShellOptions::usage()
         "  --appliances DIR    also load the appliance plugins in DIR (repeatable)\n"
         "  --windowed          a window instead of full screen\n"
         "  --size WxH          the window's size (default 1280x720); implies --windowed\n"
+        "  --kiosk             the box's shell: full screen on its display, with a\n"
+        "                      Power row (not with --windowed or --size)\n"
         "  --keys FILE         key bindings (JSON) over the defaults; without it\n"
         "                      keys.json in the user's config folder, when present\n"
         "  --verbose           debug output of the vireo.* log categories\n"
@@ -150,6 +155,9 @@ std::optional<ShellOptions> ShellOptions::parse(const QStringList& arguments, QS
             return refuse(QStringLiteral("no such folder: %1").arg(home), error);
         options->home = home;
     }
+    if (options->kiosk && options->windowed)
+        return refuse(
+            QStringLiteral("--kiosk is full screen: not with --windowed or --size"), error);
     if (options->script.isEmpty() && options->dump)
         return refuse(QStringLiteral("--dump needs --script"), error);
     if (options->script.isEmpty() && !options->screenshotsDir.isEmpty())
