@@ -1,5 +1,5 @@
 # The two commands of the README, and a few more for developers.
-.PHONY: all deps build run test asan bench fuzz clean
+.PHONY: all deps build run test asan bench fuzz package clean
 
 PRESET ?= default
 BUILD_DIR = build/$(PRESET)
@@ -32,6 +32,12 @@ fuzz: deps
 	@cmake --preset fuzz >/dev/null
 	@cmake --build --preset fuzz
 	@bash scripts/run-fuzz build/fuzz $(FUZZ_SECONDS)
+
+# The Debian package, build/package/mediashell_VERSION_ARCH.deb, from its own release tree.
+package: deps
+	@cmake --preset package >/dev/null
+	@cmake --build --preset package
+	@cpack --preset package
 
 clean:
 	rm -rf build

@@ -85,6 +85,8 @@ public:
     Screensaver* screensaver() const { return m_screensaver.get(); }
     QQuickWindow* window() const { return m_window.data(); }
     const KeyMap& keyMap() const { return m_keys; }
+    // Started as the box's shell (--kiosk): full screen, and power may be offered.
+    bool kiosk() const { return m_options.kiosk; }
     // "file: reason" for each plugin that did not load.
     QStringList failures() const { return m_failures; }
     // "Restart Shell" ended the event loop: the program is to start again.

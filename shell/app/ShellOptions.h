@@ -13,7 +13,9 @@ struct ShellOptions {
     QString home; // the library's home folder, set once at start; empty: the user's
     QStringList applianceDirs; // extra plugin folders, searched before the default ones
     bool windowed = false;
-    bool kiosk = false; // a box: the "Power" row restarts, powers off and reboots
+    // The box's own shell, started by the kiosk service: the "Power" row restarts,
+    // powers off and reboots. With --windowed it tries the box's menu on a desktop.
+    bool kiosk = false;
     QSize size; // the window's size; invalid: 1280 x 720
     bool verbose = false;
     QString script; // a script file, "-" for standard input, empty for none
@@ -29,7 +31,7 @@ struct ShellOptions {
     // `arguments` without the program's name. A usage error gives nothing and says
     // why. --help and --version are answered once the line parses; the rest is then
     // checked before anything starts: the home folder exists, --dump and
-    // --screenshots come with --script.
+    // --screenshots come with --script, --kiosk comes without --windowed or --size.
     static std::optional<ShellOptions> parse(const QStringList& arguments, QString* error);
 
     static QString usage();
