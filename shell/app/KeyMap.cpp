@@ -34,6 +34,8 @@ KeyMap::KeyMap()
         { Qt::Key_MediaPause, RemoteAction::PlayPause },
         { Qt::Key_MediaTogglePlayPause, RemoteAction::PlayPause },
         { Qt::Key_Play, RemoteAction::PlayPause },
+        { Qt::Key_I, RemoteAction::Info },
+        { Qt::Key_Info, RemoteAction::Info },
     };
     for (const auto& [key, action] : defaults)
         m_bindings.insert(key, action);
@@ -61,6 +63,7 @@ std::optional<RemoteAction> KeyMap::actionForKeyPress(int key, bool autoRepeat) 
     case RemoteAction::Select:
     case RemoteAction::Menu:
     case RemoteAction::PlayPause:
+    case RemoteAction::Info:
         break;
     }
     return std::nullopt;

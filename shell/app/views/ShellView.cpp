@@ -48,9 +48,8 @@ void ShellView::refresh()
     m_player->update(top);
 }
 
-void ShellView::actionHandled(shell::RemoteAction action)
+void ShellView::actionHandled(shell::RemoteAction)
 {
-    m_player->noteAction(action, m_stack ? m_stack->topController() : nullptr);
     refresh();
 }
 
