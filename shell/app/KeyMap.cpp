@@ -35,6 +35,8 @@ KeyMap::KeyMap()
         { Qt::Key_MediaPause, RemoteAction::PlayPause },
         { Qt::Key_MediaTogglePlayPause, RemoteAction::PlayPause },
         { Qt::Key_Play, RemoteAction::PlayPause },
+        { Qt::Key_I, RemoteAction::Info },
+        { Qt::Key_Info, RemoteAction::Info },
     };
     for (const auto& [key, action] : defaults)
         m_bindings.insert(key, action);

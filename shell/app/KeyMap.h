@@ -14,7 +14,7 @@ namespace mediashell {
 
 // The one table from keys to the toolkit's remote actions. The defaults: the arrows;
 // Return, Enter and Select "select"; Escape, Backspace, Back, Menu and MediaStop
-// "menu"; Space and the play/pause media keys "playpause".
+// "menu"; Space and the play/pause media keys "playpause"; I and Info "info".
 //
 // A JSON file binds keys over the defaults, so that a remote whose button arrives as
 // another key works without a rebuild:

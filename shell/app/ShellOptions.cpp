@@ -109,7 +109,7 @@ QString ShellOptions::usage()
         "                      keys.json in the user's config folder, when present\n"
         "  --verbose           debug output of the vireo.* log categories\n"
         "  --script FILE|-     replay one step per line from FILE or standard input:\n"
-        "                        up down left right select menu playpause\n"
+        "                        up down left right select menu playpause info\n"
         "                        wait MS   shot NAME   quit\n"
         "                      blank lines and lines starting with # are skipped\n"
         "  --dump              with --script: one JSON line per step on standard output\n"

@@ -2,8 +2,9 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Vireo.Shell.Views
 
-// What the player shows over the movie: the resume prompt's two rows, the position
-// bar while paused or just after a seek, and why a movie cannot play.
+// What the player shows over the movie: the resume prompt under the movie's title, the
+// overlay (title and clock above, the position bar with its times below), the bar
+// alone while paused or just after a seek, the track menu, and why a movie cannot play.
 Item {
     id: overlay
 
@@ -24,6 +25,18 @@ Item {
         width: ThemeView.promptWidth
         spacing: ThemeView.promptSpacing
 
+        StyledText {
+            width: prompt.width
+            textStyle: ThemeView.headerStyle
+            text: overlay.player.title
+            horizontalAlignment: Text.AlignHCenter
+        }
+        StyledText {
+            width: prompt.width
+            textStyle: ThemeView.playerDurationStyle
+            text: overlay.player.promptText
+            horizontalAlignment: Text.AlignHCenter
+        }
         Repeater {
             model: overlay.player.promptRows
 
@@ -49,6 +62,41 @@ Item {
                     color: promptRow.focused ? ThemeView.focusedText : ThemeView.promptText
                 }
             }
+        }
+    }
+
+    Item {
+        id: heading
+
+        x: ThemeView.titleSafeFrame.x
+        y: ThemeView.titleSafeFrame.y
+        width: ThemeView.titleSafeFrame.width
+        height: ThemeView.progressHeight
+        opacity: overlay.player.showsOverlay ? 1.0 : 0.0
+        visible: opacity > 0
+        Behavior on opacity { NumberAnimation { duration: 120 } }
+
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: -ThemeView.progressPadding
+            radius: ThemeView.progressRadius
+            color: ThemeView.progressPanel
+        }
+        StyledText {
+            anchors.left: parent.left
+            anchors.right: clock.left
+            anchors.rightMargin: ThemeView.progressPadding
+            anchors.verticalCenter: parent.verticalCenter
+            textStyle: ThemeView.headerStyle
+            text: overlay.player.title
+        }
+        StyledText {
+            id: clock
+
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            textStyle: ThemeView.playerPositionStyle
+            text: overlay.player.clockText
         }
     }
 
@@ -98,10 +146,88 @@ Item {
                 + (overlay.player.state === PlayerView.Paused ? "   " + qsTr("Paused") : "")
         }
         StyledText {
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.bottom: parent.bottom
+            visible: overlay.player.showsOverlay
+            textStyle: ThemeView.playerDurationStyle
+            text: overlay.player.endsAtText
+        }
+        StyledText {
             anchors.right: parent.right
             anchors.bottom: parent.bottom
             textStyle: ThemeView.playerDurationStyle
-            text: overlay.player.durationText
+            text: overlay.player.remainingText
+        }
+    }
+
+    Rectangle {
+        anchors.fill: tracks
+        anchors.margins: -ThemeView.progressPadding
+        radius: ThemeView.progressRadius
+        color: ThemeView.progressPanel
+        visible: tracks.visible
+    }
+    Column {
+        id: tracks
+
+        visible: overlay.player.trackRows.length > 0
+        anchors.right: parent.right
+        anchors.rightMargin: ThemeView.titleSafeFrame.x
+        anchors.verticalCenter: parent.verticalCenter
+        width: ThemeView.promptWidth
+        spacing: ThemeView.promptSpacing
+
+        Repeater {
+            model: overlay.player.trackRows
+
+            delegate: Column {
+                id: trackRow
+
+                required property int index
+                required property var modelData
+                readonly property bool focused: index === overlay.player.trackFocus
+
+                width: tracks.width
+                spacing: ThemeView.promptSpacing
+
+                StyledText {
+                    visible: text !== ""
+                    width: trackRow.width
+                    textStyle: ThemeView.previewLabelStyle
+                    text: trackRow.modelData.heading
+                }
+                Rectangle {
+                    width: trackRow.width
+                    height: ThemeView.rowHeight
+                    radius: ThemeView.cornerRadius
+                    color: trackRow.focused ? ThemeView.promptFocusedRow : ThemeView.promptRow
+                    border.color: trackRow.focused ? ThemeView.focusBorder : ThemeView.promptBorder
+                    border.width: ThemeView.lineWidth
+
+                    // The track playing now.
+                    Rectangle {
+                        id: mark
+
+                        x: ThemeView.rowTextInset
+                        anchors.verticalCenter: parent.verticalCenter
+                        width: ThemeView.progressTrackHeight
+                        height: width
+                        radius: width / 2
+                        color: ThemeView.progressFill
+                        visible: trackRow.modelData.selected
+                    }
+                    StyledText {
+                        anchors.left: mark.right
+                        anchors.leftMargin: ThemeView.rowTextInset
+                        anchors.right: parent.right
+                        anchors.rightMargin: ThemeView.rowInset
+                        anchors.verticalCenter: parent.verticalCenter
+                        textStyle: ThemeView.listStyle
+                        text: trackRow.modelData.title
+                        color: trackRow.focused ? ThemeView.focusedText : ThemeView.promptText
+                    }
+                }
+            }
         }
     }
 

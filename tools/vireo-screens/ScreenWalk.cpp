@@ -72,9 +72,9 @@ QString ScreenWalk::usage()
         "usage: vireo-screens [--home DIR] [--json] [STEP...]\n"
         "Enters Vireo Movies over the library under DIR (default: $HOME) and prints the\n"
         "top screen after entering and after each STEP, one line of a mediashell script:\n"
-        "  up down left right select menu playpause   a remote action\n"
-        "  \"wait MS\"                                  playback moves on (simulated player)\n"
-        "  quit                                        the walk ends there\n");
+        "  up down left right select menu playpause info   a remote action\n"
+        "  \"wait MS\"                                       playback moves on (simulated player)\n"
+        "  quit                                             the walk ends there\n");
 }
 
 int ScreenWalk::run(const QStringList& args, QIODevice& out, QIODevice& err)

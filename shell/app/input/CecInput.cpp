@@ -42,10 +42,7 @@ RemoteButtonMap CecInput::defaultCodes()
     return RemoteButtonMap(&CecInput::codeName,
         {
             { "0x00", "select" }, // Select
-            { "0x01", "up" },
-            { "0x02", "down" },
-            { "0x03", "left" },
-            { "0x04", "right" },
+            { "0x01", "up" }, { "0x02", "down" }, { "0x03", "left" }, { "0x04", "right" },
             { "0x09", "menu" }, // Root Menu
             { "0x0d", "menu" }, // Exit
             { "0x91", "menu" }, // Return, on some TVs
@@ -55,8 +52,7 @@ RemoteButtonMap CecInput::defaultCodes()
             { "0x60", "playpause" }, // Play Function
             { "0x61", "playpause" }, // Pause-Play Function
             { "0x45", "menu" }, // Stop, as the keyboard's Media Stop
-            // Display Information: binds once the toolkit has the "info" action.
-            { "0x35", "info" },
+            { "0x35", "info" }, // Display Information
         });
 }
 

@@ -81,7 +81,6 @@ RemoteButtonMap LircInput::defaultButtons()
             { "KEY_PLAYPAUSE", "playpause" },
             { "KEY_PLAY", "playpause" },
             { "KEY_PAUSE", "playpause" },
-            // Binds once the toolkit has the "info" action.
             { "KEY_INFO", "info" },
         });
 }

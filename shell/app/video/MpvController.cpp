@@ -57,6 +57,54 @@ namespace {
         mpv_node_list m_list {};
     };
 
+    // The value of `key` in a node map, null when it has none.
+    const mpv_node* field(const mpv_node& map, const char* key)
+    {
+        if (map.format != MPV_FORMAT_NODE_MAP)
+            return nullptr;
+        for (int i = 0; i < map.u.list->num; ++i) {
+            if (std::strcmp(map.u.list->keys[i], key) == 0)
+                return &map.u.list->values[i];
+        }
+        return nullptr;
+    }
+
+    QString textField(const mpv_node& map, const char* key)
+    {
+        const mpv_node* value = field(map, key);
+        return value && value->format == MPV_FORMAT_STRING ? QString::fromUtf8(value->u.string)
+                                                           : QString();
+    }
+
+    bool flagField(const mpv_node& map, const char* key)
+    {
+        const mpv_node* value = field(map, key);
+        return value && value->format == MPV_FORMAT_FLAG && value->u.flag;
+    }
+
+    // The audio and subtitle entries of mpv's "track-list".
+    QList<shell::MediaTrack> tracksOf(const mpv_node& list)
+    {
+        QList<shell::MediaTrack> tracks;
+        if (list.format != MPV_FORMAT_NODE_ARRAY)
+            return tracks;
+        for (int i = 0; i < list.u.list->num; ++i) {
+            const mpv_node& entry = list.u.list->values[i];
+            const QString type = textField(entry, mpv::track::type);
+            const bool audio = type == QLatin1String(mpv::track::audio);
+            const mpv_node* id = field(entry, mpv::track::id);
+            if ((!audio && type != QLatin1String(mpv::track::sub)) || !id
+                || id->format != MPV_FORMAT_INT64)
+                continue;
+            tracks.append(
+                { audio ? shell::MediaTrack::Type::Audio : shell::MediaTrack::Type::Subtitle,
+                    int(id->u.int64), textField(entry, mpv::track::title),
+                    textField(entry, mpv::track::lang), flagField(entry, mpv::track::external),
+                    flagField(entry, mpv::track::selected) });
+        }
+        return tracks;
+    }
+
     void logMessage(const mpv_event_log_message& message, const MpvOutput& output)
     {
         const QString text = QString::fromUtf8(message.prefix) + QStringLiteral(": ")
@@ -142,6 +190,7 @@ bool MpvController::configure()
         { hwdec, m_output.hwdec.constData() },
         { gpuHwdecInterop, no },
         { videoTimingOffset, "0" },
+        { subAuto, exact },
     };
     for (const auto& option : options)
         m_handle->setOption(option.name, option.value);
@@ -153,7 +202,8 @@ bool MpvController::configure()
     return m_handle->observe(mpv::property::timePos, MPV_FORMAT_DOUBLE)
         && m_handle->observe(mpv::property::duration, MPV_FORMAT_DOUBLE)
         && m_handle->observe(mpv::property::eofReached, MPV_FORMAT_FLAG)
-        && m_handle->observe(mpv::property::idleActive, MPV_FORMAT_FLAG);
+        && m_handle->observe(mpv::property::idleActive, MPV_FORMAT_FLAG)
+        && m_handle->observe(mpv::property::trackList, MPV_FORMAT_NODE);
 }
 
 quint64 MpvController::nextRequest(bool isLoad)
@@ -184,8 +234,11 @@ void MpvController::issueLoad()
     const PendingLoad load = *std::exchange(m_pendingLoad, std::nullopt);
     const QByteArray start = toSeconds(load.startMS);
     qCDebug(lcMpv).noquote() << "Opening" << load.target << "at" << start << "s";
-    // Named arguments, with the start as an option of this file only.
-    NodeMap options({ { mpv::option::start, stringNode(start.constData()) } });
+    // Named arguments, with the start as an option of this file only; so are the
+    // tracks, so that a choice made during this file ends with it.
+    NodeMap options({ { mpv::option::start, stringNode(start.constData()) },
+        { mpv::property::aid, stringNode(mpv::value::autoSelect) },
+        { mpv::property::sid, stringNode(mpv::value::autoSelect) } });
     NodeMap command({ { mpv::command::name, stringNode(mpv::command::loadfile) },
         { mpv::command::url, stringNode(load.target.constData()) },
         { mpv::command::flags, stringNode(mpv::command::replace) },
@@ -214,6 +267,14 @@ void MpvController::stop()
     m_pendingLoad.reset();
     m_renderWait.stop();
     m_handle->commandAsync(kUntracked, { mpv::command::stop });
+}
+
+void MpvController::selectTrack(shell::MediaTrack::Type type, int id)
+{
+    const QByteArray value = id > 0 ? QByteArray::number(id) : QByteArray(mpv::value::no);
+    m_handle->setStringAsync(kUntracked,
+        type == shell::MediaTrack::Type::Audio ? mpv::property::aid : mpv::property::sid,
+        value.constData());
 }
 
 void MpvController::failLater(const QString& reason)
@@ -282,7 +343,10 @@ void MpvController::onPropertyChange(const mpv_event& event)
     const auto& property = *static_cast<const mpv_event_property*>(event.data);
     if (property.format == MPV_FORMAT_NONE)
         return;
-    if (property.format == MPV_FORMAT_DOUBLE) {
+    if (property.format == MPV_FORMAT_NODE) {
+        if (std::strcmp(property.name, mpv::property::trackList) == 0)
+            emit tracksChanged(tracksOf(*static_cast<const mpv_node*>(property.data)));
+    } else if (property.format == MPV_FORMAT_DOUBLE) {
         const qint64 ms = toMS(*static_cast<const double*>(property.data));
         if (std::strcmp(property.name, mpv::property::timePos) == 0)
             emit positionChanged(ms);

@@ -2,6 +2,8 @@
 
 #include "video/MpvOutput.h"
 
+#include "toolkit/player/MediaTrack.h"
+
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -47,6 +49,8 @@ public:
     quint64 seek(qint64 ms);
     // Stops and unloads.
     void stop();
+    // Plays track `id` of `type` (0: none) until the file ends.
+    void selectTrack(shell::MediaTrack::Type type, int id);
 
     // From the renderer (queued): frames have somewhere to go now, or cannot have.
     void renderOutputReady();
@@ -57,6 +61,9 @@ public:
 signals:
     void positionChanged(qint64 ms);
     void durationChanged(qint64 ms);
+    // The file's audio and subtitle tracks, also when another one is selected; subtitle
+    // files beside a local movie with its base name are among them.
+    void tracksChanged(const QList<shell::MediaTrack>& tracks);
     void fileLoaded();
     // Playback runs again after `request` (a load or a seek), from `ms` (-1 when mpv
     // cannot tell); positions reported before this may predate it.

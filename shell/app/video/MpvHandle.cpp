@@ -82,6 +82,13 @@ bool MpvHandle::setFlagAsync(quint64 id, const char* name, bool on)
         m_mpv.set_property_async(m_handle, id, name, MPV_FORMAT_FLAG, &flag), "Setting", name);
 }
 
+bool MpvHandle::setStringAsync(quint64 id, const char* name, const char* value)
+{
+    const char* text = value;
+    return check(
+        m_mpv.set_property_async(m_handle, id, name, MPV_FORMAT_STRING, &text), "Setting", name);
+}
+
 bool MpvHandle::observe(const char* name, mpv_format format)
 {
     return check(m_mpv.observe_property(m_handle, 0, name, format), "Observing", name);

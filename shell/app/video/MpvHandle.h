@@ -33,6 +33,7 @@ public:
     bool commandAsync(quint64 id, const char* what, mpv_node command);
     bool commandAsync(quint64 id, std::initializer_list<const char*> arguments);
     bool setFlagAsync(quint64 id, const char* name, bool on);
+    bool setStringAsync(quint64 id, const char* name, const char* value);
     bool observe(const char* name, mpv_format format);
 
     QString errorText(int error) const;

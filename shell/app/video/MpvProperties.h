@@ -31,6 +31,8 @@ namespace option {
     // Without it mpv_render_context_render() waits for each frame's display time on
     // Qt's render thread.
     inline constexpr char videoTimingOffset[] = "video-timing-offset";
+    // Subtitle files beside the movie with its base name (Movie.srt, Movie.ass).
+    inline constexpr char subAuto[] = "sub-auto";
     // Per file, given with loadfile.
     inline constexpr char start[] = "start";
 } // namespace option
@@ -41,7 +43,25 @@ namespace property {
     inline constexpr char eofReached[] = "eof-reached";
     inline constexpr char idleActive[] = "idle-active";
     inline constexpr char pause[] = "pause";
+    // Every track with its "selected" flag; it changes when a track is switched too.
+    inline constexpr char trackList[] = "track-list";
+    // The audio and subtitle track playing: its id, or "no". Also options, so that a
+    // file's own "auto" set with loadfile ends a choice made during that file.
+    inline constexpr char aid[] = "aid";
+    inline constexpr char sid[] = "sid";
 } // namespace property
+
+// The fields of one entry of "track-list" the shell reads.
+namespace track {
+    inline constexpr char type[] = "type";
+    inline constexpr char id[] = "id";
+    inline constexpr char title[] = "title";
+    inline constexpr char lang[] = "lang";
+    inline constexpr char external[] = "external";
+    inline constexpr char selected[] = "selected";
+    inline constexpr char audio[] = "audio";
+    inline constexpr char sub[] = "sub";
+} // namespace track
 
 namespace command {
     inline constexpr char loadfile[] = "loadfile";
@@ -61,6 +81,8 @@ namespace value {
     inline constexpr char no[] = "no";
     inline constexpr char libmpv[] = "libmpv";
     inline constexpr char null[] = "null";
+    inline constexpr char autoSelect[] = "auto";
+    inline constexpr char exact[] = "exact";
 } // namespace value
 
 // Least severe libmpv message that reaches the log.

@@ -75,6 +75,8 @@ public:
     void onSettled(quint64 request, qint64 ms);
     void onEnd();
     void onFailed(const QString& reason);
+    void onTracks(const QList<shell::MediaTrack>& list);
+    void setTracks(const QList<shell::MediaTrack>& list);
 
     MpvVideoPlayer& q;
     std::unique_ptr<MpvController> mpv;
@@ -94,6 +96,7 @@ public:
     std::optional<quint64> loadRequest;
     qint64 loadStartMS = 0;
     std::optional<qint64> seekOnceLoaded;
+    QList<shell::MediaTrack> tracks;
     QString error;
     // Why mpv could not be started, for every setMedia while it cannot.
     QString startError;
@@ -109,6 +112,8 @@ void MpvVideoPlayer::Private::connectController()
         [this](quint64 request, qint64 ms) { onSettled(request, ms); });
     connect(c, &MpvController::endReached, &q, [this] { onEnd(); });
     connect(c, &MpvController::failed, &q, [this](const QString& reason) { onFailed(reason); });
+    connect(c, &MpvController::tracksChanged, &q,
+        [this](const QList<shell::MediaTrack>& list) { onTracks(list); });
 }
 
 void MpvVideoPlayer::Private::setState(State next)
@@ -139,6 +144,22 @@ void MpvVideoPlayer::Private::unload()
     awaited.reset();
     loadRequest.reset();
     seekOnceLoaded.reset();
+    setTracks({});
+}
+
+void MpvVideoPlayer::Private::setTracks(const QList<shell::MediaTrack>& list)
+{
+    if (tracks == list)
+        return;
+    tracks = list;
+    emit q.tracksChanged();
+}
+
+void MpvVideoPlayer::Private::onTracks(const QList<shell::MediaTrack>& list)
+{
+    // A list that comes after a stop is the last file's.
+    if (loaded)
+        setTracks(list);
 }
 
 void MpvVideoPlayer::Private::onPosition(qint64 ms)
@@ -312,6 +333,20 @@ shell::VideoPlayer::State MpvVideoPlayer::state() const
 QString MpvVideoPlayer::errorString() const
 {
     return m_private->error;
+}
+
+QList<shell::MediaTrack> MpvVideoPlayer::tracks() const
+{
+    return m_private->tracks;
+}
+
+void MpvVideoPlayer::selectTrack(shell::MediaTrack::Type type, int id)
+{
+    // tracks() follows mpv's own list, which says so a moment later: what it shows is
+    // what plays.
+    QList<shell::MediaTrack> chosen = m_private->tracks;
+    if (m_private->loaded && shell::MediaTrack::select(chosen, type, id))
+        m_private->mpv->selectTrack(type, id);
 }
 
 MpvController* MpvVideoPlayer::controller() const

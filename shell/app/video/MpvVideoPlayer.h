@@ -13,7 +13,10 @@ class MpvController;
 // player controller drives it like any VideoPlayer; mpv's failures (a broken file, a
 // missing codec) arrive as errorOccurred. It plays local files and http(s) URLs, any
 // container and playlist (.m3u, .pls) mpv opens. State changes are taken at once, as
-// the toolkit expects; positions follow mpv's clock while playing.
+// the toolkit expects; positions follow mpv's clock while playing. Its tracks are
+// mpv's, with the subtitle files beside a local movie that share its base name; a
+// track chosen shows once mpv plays it, and lasts until the media is stopped or
+// replaced.
 class MpvVideoPlayer : public shell::VideoPlayer {
     Q_OBJECT
 public:
@@ -32,6 +35,8 @@ public:
     qint64 durationMS() const override;
     State state() const override;
     QString errorString() const override;
+    QList<shell::MediaTrack> tracks() const override;
+    void selectTrack(shell::MediaTrack::Type type, int id) override;
 
     // What the video item renders from; null when mpv could not be started.
     MpvController* controller() const;

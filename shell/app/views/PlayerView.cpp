@@ -5,7 +5,9 @@
 #include "toolkit/player/VideoPlayerController.h"
 
 #include <QJsonArray>
-#include <QJsonObject>
+#include <QVariantMap>
+
+#include <algorithm>
 
 namespace mediashell {
 
@@ -37,59 +39,106 @@ namespace {
 PlayerView::PlayerView(QObject* parent)
     : QObject(parent)
 {
-    m_seekBarTimer.setSingleShot(true);
-    connect(&m_seekBarTimer, &QTimer::timeout, this, [this] { update(m_top.data()); });
 }
 
 PlayerView::~PlayerView() = default;
 
-QString PlayerView::formatTime(qint64 ms)
+QJsonObject PlayerView::player() const
 {
-    const qint64 seconds = std::max<qint64>(0, ms) / 1000;
-    const qint64 h = seconds / 3600;
-    const qint64 m = (seconds / 60) % 60;
-    const qint64 s = seconds % 60;
-    if (h > 0)
-        return QStringLiteral("%1:%2:%3")
-            .arg(h)
-            .arg(m, 2, 10, QLatin1Char('0'))
-            .arg(s, 2, 10, QLatin1Char('0'));
-    return QStringLiteral("%1:%2").arg(m).arg(s, 2, 10, QLatin1Char('0'));
+    return m_state.described.value(u"player").toObject();
+}
+
+QString PlayerView::text(const char* key) const
+{
+    return player().value(QLatin1String(key)).toString();
+}
+
+QString PlayerView::title() const
+{
+    return m_state.described.value(u"title").toString();
 }
 
 qreal PlayerView::progress() const
 {
-    if (m_state.durationMS <= 0)
+    const QJsonObject shown = player();
+    const double duration = shown.value(u"durationMS").toDouble();
+    if (duration <= 0)
         return 0;
-    return std::min<qreal>(1, qreal(m_state.positionMS) / qreal(m_state.durationMS));
+    return std::clamp(shown.value(u"positionMS").toDouble() / duration, 0.0, 1.0);
 }
 
-QString PlayerView::durationText() const
+bool PlayerView::showsProgress() const
 {
-    return m_state.durationMS > 0 ? formatTime(m_state.durationMS) : QString();
+    const QString overlay = text("overlay");
+    return overlay == u"bar" || overlay == u"full";
+}
+
+QString PlayerView::remainingText() const
+{
+    const QString remaining = text("remaining");
+    return remaining.isEmpty() ? remaining : QStringLiteral("-") + remaining;
+}
+
+QString PlayerView::endsAtText() const
+{
+    const QString endsAt = text("endsAt");
+    return endsAt.isEmpty() ? endsAt : tr("Ends at %1").arg(endsAt);
+}
+
+QStringList PlayerView::promptRows() const
+{
+    QStringList rows;
+    if (m_state.state == State::Prompt) {
+        for (const QJsonValue& row : m_state.described.value(u"rows").toArray())
+            rows.append(row.toObject().value(u"title").toString());
+    }
+    return rows;
+}
+
+int PlayerView::promptFocus() const
+{
+    return m_state.state == State::Prompt ? m_state.described.value(u"focus").toInt(-1) : -1;
+}
+
+QString PlayerView::promptText() const
+{
+    return m_state.state == State::Prompt ? m_state.described.value(u"primaryText").toString()
+                                          : QString();
+}
+
+QVariantList PlayerView::trackRows() const
+{
+    QVariantList rows;
+    QString group;
+    for (const QJsonValue& value :
+        player().value(u"trackMenu").toObject().value(u"rows").toArray()) {
+        const QJsonObject row = value.toObject();
+        const QString type = row.value(u"type").toString();
+        rows.append(QVariantMap {
+            { QStringLiteral("title"), row.value(u"title").toString() },
+            { QStringLiteral("selected"), row.value(u"selected").toBool() },
+            { QStringLiteral("heading"),
+                type == group          ? QString()
+                    : type == u"audio" ? tr("Audio")
+                                       : tr("Subtitles") },
+        });
+        group = type;
+    }
+    return rows;
+}
+
+int PlayerView::trackFocus() const
+{
+    return player().value(u"trackMenu").toObject().value(u"focus").toInt(-1);
 }
 
 void PlayerView::update(shell::LayerController* top)
 {
-    m_top = top;
     const Shown shown = read(top);
     if (shown == m_state)
         return;
     m_state = shown;
     emit changed();
-}
-
-void PlayerView::noteAction(shell::RemoteAction action, shell::LayerController* top)
-{
-    using State = shell::VideoPlayerController::State;
-    auto* const controller = qobject_cast<shell::VideoPlayerController*>(top);
-    const bool seek = action == shell::RemoteAction::Left || action == shell::RemoteAction::Right
-        || action == shell::RemoteAction::Up || action == shell::RemoteAction::Down;
-    if (controller && seek
-        && (controller->state() == State::Playing || controller->state() == State::Paused)) {
-        m_seekBarUntil = QDeadlineTimer(kSeekBarMS);
-        m_seekBarTimer.start(kSeekBarMS);
-    }
 }
 
 PlayerView::Shown PlayerView::read(shell::LayerController* top) const
@@ -98,25 +147,10 @@ PlayerView::Shown PlayerView::read(shell::LayerController* top) const
     auto* const controller = qobject_cast<shell::VideoPlayerController*>(top);
     if (!controller)
         return shown;
-    using From = shell::VideoPlayerController::State;
-    const From state = controller->state();
     shown.videoPlayer = controller->videoPlayer();
     shown.hasVideo = qobject_cast<MpvVideoPlayer*>(controller->videoPlayer()) != nullptr;
-    shown.state = stateOf(state);
-    if (const shell::VideoPlayer* video = controller->videoPlayer()) {
-        shown.positionMS = video->positionMS();
-        shown.durationMS = video->durationMS();
-    }
-    if (state == From::Prompt) {
-        // Two rows, the controller's own words.
-        const QJsonObject described = controller->describe();
-        for (const QJsonValue& row : described.value(u"rows").toArray())
-            shown.promptRows.append(row.toObject().value(u"title").toString());
-        shown.promptFocus = described.value(u"focus").toInt(-1);
-    }
-    shown.error = state == From::Error ? controller->errorText() : QString();
-    shown.showsProgress = state == From::Paused
-        || (state == From::Playing && !m_seekBarUntil.hasExpired() && m_seekBarTimer.isActive());
+    shown.state = stateOf(controller->state());
+    shown.described = controller->describe();
     return shown;
 }
 

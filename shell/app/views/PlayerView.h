@@ -1,13 +1,11 @@
 #pragma once
 
-#include "toolkit/stack/RemoteAction.h"
-
-#include <QDeadlineTimer>
+#include <QJsonObject>
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QStringList>
-#include <QTimer>
+#include <QVariantList>
 #include <QtQmlIntegration/qqmlintegration.h>
 
 namespace shell {
@@ -16,8 +14,10 @@ class LayerController;
 
 namespace mediashell {
 
-// The player on top and what it shows over the movie: the resume prompt, the position
-// bar while paused or a while after a seek, and why a movie cannot play.
+// The player on top and what it shows over the movie, as its controller describes it:
+// the resume prompt under the movie's title and where it would resume, the overlay
+// (title, times, position bar, clock, end time) or the bar alone, the track menu, and
+// why a movie cannot play.
 class PlayerView : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -27,47 +27,53 @@ class PlayerView : public QObject {
     Q_PROPERTY(QObject* videoPlayer READ videoPlayer NOTIFY changed)
     // Whether the player draws pictures (mpv); the simulated player has none.
     Q_PROPERTY(bool hasVideo READ hasVideo NOTIFY changed)
+    Q_PROPERTY(QString title READ title NOTIFY changed)
     // How far the movie has played, 0 to 1 (0 while its duration is unknown).
     Q_PROPERTY(qreal progress READ progress NOTIFY changed)
     Q_PROPERTY(QString positionText READ positionText NOTIFY changed)
-    // Empty while the duration is unknown.
-    Q_PROPERTY(QString durationText READ durationText NOTIFY changed)
+    // "-1:24"; empty while the duration is unknown, as is the end time.
+    Q_PROPERTY(QString remainingText READ remainingText NOTIFY changed)
+    Q_PROPERTY(QString clockText READ clockText NOTIFY changed)
+    Q_PROPERTY(QString endsAtText READ endsAtText NOTIFY changed)
     Q_PROPERTY(QStringList promptRows READ promptRows NOTIFY changed)
     Q_PROPERTY(int promptFocus READ promptFocus NOTIFY changed)
+    Q_PROPERTY(QString promptText READ promptText NOTIFY changed)
     Q_PROPERTY(QString error READ error NOTIFY changed)
+    // The bar (after a seek, while paused, with the overlay) and the whole overlay.
     Q_PROPERTY(bool showsProgress READ showsProgress NOTIFY changed)
+    Q_PROPERTY(bool showsOverlay READ showsOverlay NOTIFY changed)
+    // The track menu's rows: maps of "title", "selected" and "heading" (the name of
+    // the group a row starts, else empty); empty while the menu is closed.
+    Q_PROPERTY(QVariantList trackRows READ trackRows NOTIFY changed)
+    Q_PROPERTY(int trackFocus READ trackFocus NOTIFY changed)
 public:
     // None: no player on top; the others are the player controller's states.
     enum class State { None, Idle, Prompt, Playing, Paused, Ended, Error };
     Q_ENUM(State)
-
-    // How long the position bar stays after a seek while playing.
-    static constexpr int kSeekBarMS = 2000;
 
     explicit PlayerView(QObject* parent = nullptr);
     ~PlayerView() override;
 
     // Reads `top` again, if it is a player.
     void update(shell::LayerController* top);
-    // An action the player on top (`top`, after the action) has just handled: a seek
-    // shows the position bar a while. update() shows it.
-    void noteAction(shell::RemoteAction action, shell::LayerController* top);
 
     State state() const { return m_state.state; }
     QObject* videoPlayer() const { return m_state.videoPlayer.data(); }
     bool hasVideo() const { return m_state.hasVideo; }
-    qint64 positionMS() const { return m_state.positionMS; }
-    qint64 durationMS() const { return m_state.durationMS; }
+    QString title() const;
     qreal progress() const;
-    QString positionText() const { return formatTime(m_state.positionMS); }
-    QString durationText() const;
-    QStringList promptRows() const { return m_state.promptRows; }
-    int promptFocus() const { return m_state.promptFocus; }
-    QString error() const { return m_state.error; }
-    bool showsProgress() const { return m_state.showsProgress; }
-
-    // "0:07", "12:34", "1:02:03".
-    static QString formatTime(qint64 ms);
+    QString positionText() const { return text("elapsed"); }
+    QString remainingText() const;
+    QString clockText() const { return text("clock"); }
+    QString endsAtText() const;
+    QStringList promptRows() const;
+    int promptFocus() const;
+    QString promptText() const;
+    QString error() const { return text("error"); }
+    bool showsProgress() const;
+    bool showsOverlay() const { return text("overlay") == u"full"; }
+    QVariantList trackRows() const;
+    int trackFocus() const;
 
 signals:
     void changed();
@@ -77,27 +83,20 @@ private:
         QPointer<QObject> videoPlayer;
         bool hasVideo = false;
         State state = State::None;
-        qint64 positionMS = 0;
-        qint64 durationMS = 0;
-        QStringList promptRows;
-        int promptFocus = -1;
-        QString error;
-        bool showsProgress = false;
+        // The controller's describe(); "player" holds the overlay's texts.
+        QJsonObject described;
         bool operator==(const Shown& o) const
         {
             return videoPlayer == o.videoPlayer && hasVideo == o.hasVideo && state == o.state
-                && positionMS == o.positionMS && durationMS == o.durationMS
-                && promptRows == o.promptRows && promptFocus == o.promptFocus && error == o.error
-                && showsProgress == o.showsProgress;
+                && described == o.described;
         }
     };
 
     Shown read(shell::LayerController* top) const;
+    QJsonObject player() const;
+    QString text(const char* key) const;
 
     Shown m_state;
-    QPointer<shell::LayerController> m_top;
-    QDeadlineTimer m_seekBarUntil;
-    QTimer m_seekBarTimer;
 };
 
 } // namespace mediashell

@@ -50,9 +50,8 @@ void ShellView::refresh()
     m_screensaver->follow(*m_preview);
 }
 
-void ShellView::actionHandled(shell::RemoteAction action)
+void ShellView::actionHandled(shell::RemoteAction)
 {
-    m_player->noteAction(action, m_stack ? m_stack->topController() : nullptr);
     refresh();
 }
 

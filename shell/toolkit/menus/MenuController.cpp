@@ -50,6 +50,7 @@ bool MenuController::handleAction(RemoteAction action)
     case RemoteAction::Right:
     case RemoteAction::Menu:
     case RemoteAction::PlayPause:
+    case RemoteAction::Info:
         break;
     }
     return false;

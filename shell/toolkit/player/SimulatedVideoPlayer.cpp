@@ -23,10 +23,34 @@ bool SimulatedVideoPlayer::setMedia(std::shared_ptr<MediaAsset> asset, QString* 
         m_error = tr("This item has no video.");
     if (!m_durationFixed)
         m_duration = m_asset ? qint64(m_asset->duration()) * 1000 : 0;
+    m_tracks = m_error.isNull() ? fixedTracks() : QList<MediaTrack>();
+    emit tracksChanged();
     if (error && !m_error.isNull())
         *error = m_error;
     setState(m_error.isNull() ? State::Stopped : State::Error);
     return m_error.isNull();
+}
+
+QList<MediaTrack> SimulatedVideoPlayer::fixedTracks()
+{
+    const auto track = [](MediaTrack::Type type, int id, const char* title, const char* language) {
+        MediaTrack made;
+        made.type = type;
+        made.id = id;
+        made.title = QString::fromLatin1(title);
+        made.language = QString::fromLatin1(language);
+        made.selected = type == MediaTrack::Type::Audio && id == 1;
+        return made;
+    };
+    return { track(MediaTrack::Type::Audio, 1, "", "eng"),
+        track(MediaTrack::Type::Audio, 2, "Commentary", "fra"),
+        track(MediaTrack::Type::Subtitle, 1, "", "eng") };
+}
+
+void SimulatedVideoPlayer::selectTrack(MediaTrack::Type type, int id)
+{
+    if (MediaTrack::select(m_tracks, type, id))
+        emit tracksChanged();
 }
 
 void SimulatedVideoPlayer::setDurationMS(qint64 ms)

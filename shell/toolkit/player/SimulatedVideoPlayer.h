@@ -6,7 +6,8 @@ namespace shell {
 
 // A player that shows nothing and keeps a clock that only advance() moves: for
 // tests and scripted runs without video. Its duration is the asset's duration unless
-// set; it ends when the clock reaches the duration.
+// set; it ends when the clock reaches the duration. Any media it takes has the same
+// few tracks (fixedTracks), so that the track menu can be walked without video.
 class SimulatedVideoPlayer : public VideoPlayer {
     Q_OBJECT
 public:
@@ -23,6 +24,11 @@ public:
     qint64 durationMS() const override { return m_duration; }
     State state() const override { return m_state; }
     QString errorString() const override { return m_error; }
+    QList<MediaTrack> tracks() const override { return m_tracks; }
+    void selectTrack(MediaTrack::Type type, int id) override;
+
+    // English audio (selected), French commentary, English subtitles (off).
+    static QList<MediaTrack> fixedTracks();
 
     // Overrides the asset's duration, also for assets set later.
     void setDurationMS(qint64 ms);
@@ -46,6 +52,7 @@ private:
     qint64 m_startedAt = -1;
     bool m_durationFixed = false;
     QString m_error;
+    QList<MediaTrack> m_tracks;
 };
 
 } // namespace shell

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "toolkit/media/MediaAsset.h"
+#include "toolkit/player/MediaTrack.h"
 
 #include <QObject>
 #include <QString>
@@ -37,11 +38,20 @@ public:
     // failed); null while nothing went wrong. The base knows no reason.
     virtual QString errorString() const;
 
+    // The media's audio and subtitle tracks, with the ones playing marked selected;
+    // empty until the player knows them, and for media without any.
+    virtual QList<MediaTrack> tracks() const = 0;
+    // Plays track `id` of `type` from now on, for the rest of this media's playback;
+    // id 0 turns subtitles off. A track the media does not have changes nothing.
+    virtual void selectTrack(MediaTrack::Type type, int id) = 0;
+
 signals:
     void stateChanged(shell::VideoPlayer::State state);
     void positionChanged(qint64 ms);
     // The media cannot be played (any more); the state is Error.
     void errorOccurred(const QString& message);
+    // tracks() says something else now: other tracks, or another one selected.
+    void tracksChanged();
 
 protected:
     explicit VideoPlayer(QObject* parent = nullptr);

@@ -2,10 +2,13 @@
 
 #include "toolkit/ToolkitLog.h"
 #include "toolkit/appliance/NotificationCenter.h"
+#include "toolkit/media/PlaybackTime.h"
 #include "toolkit/player/VideoPlayerFactory.h"
 #include "toolkit/stack/ControllerStack.h"
 
 #include <QJsonArray>
+#include <QLocale>
+#include <QRegularExpression>
 #include <QUrl>
 
 #include <algorithm>
@@ -33,6 +36,28 @@ namespace {
             return QStringLiteral("error");
         }
         return {};
+    }
+
+    QString overlayName(VideoPlayerController::Overlay overlay)
+    {
+        switch (overlay) {
+        case VideoPlayerController::Overlay::Hidden:
+            return QStringLiteral("hidden");
+        case VideoPlayerController::Overlay::Bar:
+            return QStringLiteral("bar");
+        case VideoPlayerController::Overlay::Full:
+            return QStringLiteral("full");
+        }
+        return {};
+    }
+
+    // The locale's short form, without seconds a screen would have to keep redrawing.
+    QString timeOfDay(const QDateTime& time)
+    {
+        static const QRegularExpression seconds(QStringLiteral("[:.]ss"));
+        const QLocale locale;
+        return locale.toString(
+            time.time(), locale.timeFormat(QLocale::ShortFormat).remove(seconds));
     }
 
     QJsonObject promptRow(const QString& title)
@@ -65,6 +90,9 @@ VideoPlayerController::VideoPlayerController(Scene& scene)
     m_errorTimer.setSingleShot(true);
     m_errorTimer.setInterval(kErrorDismissMS);
     connect(&m_errorTimer, &QTimer::timeout, this, &VideoPlayerController::popSelf);
+    m_overlayTimer.setSingleShot(true);
+    m_overlayTimer.setInterval(kOverlayMS);
+    connect(&m_overlayTimer, &QTimer::timeout, this, &VideoPlayerController::hideOverlay);
     NotificationCenter::defaultCenter().addObserver(this,
         NotificationCenter::applicationWillTerminate(),
         [this](const QString&, QObject*) { onTerminating(); });
@@ -121,11 +149,17 @@ void VideoPlayerController::connectPlayer()
         &VideoPlayerController::onPlayerPosition);
     connect(
         m_player.get(), &VideoPlayer::errorOccurred, this, &VideoPlayerController::onPlayerError);
+    connect(m_player.get(), &VideoPlayer::tracksChanged, this, &LayerController::changed);
 }
 
 void VideoPlayerController::setErrorDismissDelayMS(int ms)
 {
     m_errorTimer.setInterval(ms);
+}
+
+void VideoPlayerController::setOverlayTimeoutMS(int ms)
+{
+    m_overlayTimer.setInterval(ms);
 }
 
 QString VideoPlayerController::kind() const
@@ -173,6 +207,7 @@ void VideoPlayerController::willBePopped()
 {
     LayerController::willBePopped();
     m_errorTimer.stop();
+    m_overlayTimer.stop();
     if (isPlaying()) {
         finishPlayback();
         setState(State::Ended);
@@ -239,6 +274,8 @@ bool VideoPlayerController::handlePromptAction(RemoteAction action)
 
 bool VideoPlayerController::handlePlaybackAction(RemoteAction action)
 {
+    if (m_trackMenuShown && handleTrackMenuAction(action))
+        return true;
     switch (action) {
     case RemoteAction::PlayPause:
         if (m_state == State::Playing) {
@@ -267,14 +304,113 @@ bool VideoPlayerController::handlePlaybackAction(RemoteAction action)
         popSelf();
         return true;
     case RemoteAction::Select:
-        break;
+        if (m_overlay == Overlay::Full)
+            openTrackMenu();
+        else
+            showOverlay(Overlay::Full);
+        return true;
+    case RemoteAction::Info:
+        showOverlay(Overlay::Full);
+        return true;
     }
     return false;
+}
+
+bool VideoPlayerController::handleTrackMenuAction(RemoteAction action)
+{
+    const QList<MediaTrack> rows = trackMenuRows();
+    switch (action) {
+    case RemoteAction::Up:
+        m_trackFocus = std::max(m_trackFocus - 1, 0);
+        break;
+    case RemoteAction::Down:
+        m_trackFocus = std::min<int>(m_trackFocus + 1, int(rows.size()) - 1);
+        break;
+    case RemoteAction::Select:
+        if (m_trackFocus >= 0 && m_trackFocus < rows.size())
+            m_player->selectTrack(rows[m_trackFocus].type, rows[m_trackFocus].id);
+        break;
+    case RemoteAction::Menu:
+        m_trackMenuShown = false;
+        break;
+    case RemoteAction::Left:
+    case RemoteAction::Right:
+    case RemoteAction::Info:
+        break;
+    case RemoteAction::PlayPause:
+        return false;
+    }
+    // Each key in the menu gives it the overlay's time again.
+    m_overlayTimer.start();
+    emit changed();
+    return true;
 }
 
 void VideoPlayerController::seekBy(qint64 deltaMS)
 {
     m_player->seekToMS(std::max<qint64>(currentPositionMS() + deltaMS, 0));
+    showOverlay(Overlay::Bar);
+}
+
+void VideoPlayerController::showOverlay(Overlay overlay)
+{
+    if (overlay == Overlay::Full || m_overlay != Overlay::Full)
+        m_overlay = overlay;
+    m_overlayTimer.start();
+    emit changed();
+}
+
+void VideoPlayerController::hideOverlay()
+{
+    m_overlayTimer.stop();
+    m_overlay = Overlay::Hidden;
+    m_trackMenuShown = false;
+    emit changed();
+}
+
+void VideoPlayerController::openTrackMenu()
+{
+    const QList<MediaTrack> rows = trackMenuRows();
+    if (rows.isEmpty()) {
+        showOverlay(Overlay::Full);
+        return;
+    }
+    m_trackMenuShown = true;
+    // On the first track that plays now: the audio, unless there is none.
+    const auto selected = std::find_if(
+        rows.cbegin(), rows.cend(), [](const MediaTrack& row) { return row.selected; });
+    m_trackFocus = selected == rows.cend() ? 0 : int(selected - rows.cbegin());
+    m_overlayTimer.start();
+    emit changed();
+}
+
+QList<MediaTrack> VideoPlayerController::trackMenuRows() const
+{
+    const QList<MediaTrack> tracks = m_player ? m_player->tracks() : QList<MediaTrack>();
+    QList<MediaTrack> rows;
+    for (const MediaTrack::Type type : { MediaTrack::Type::Audio, MediaTrack::Type::Subtitle }) {
+        for (const MediaTrack& track : tracks) {
+            if (track.type == type)
+                rows.append(track);
+        }
+    }
+    if (!rows.isEmpty() && rows.constLast().type == MediaTrack::Type::Subtitle) {
+        MediaTrack off;
+        off.type = MediaTrack::Type::Subtitle;
+        off.title = tr("Off");
+        off.selected = MediaTrack::selectedId(tracks, MediaTrack::Type::Subtitle) == 0;
+        rows.append(off);
+    }
+    return rows;
+}
+
+VideoPlayerController::Overlay VideoPlayerController::overlay() const
+{
+    if (!isPlaying())
+        return Overlay::Hidden;
+    if (m_overlay == Overlay::Hidden && m_state == State::Paused)
+        return Overlay::Bar;
+    return m_overlay;
 }
 
 void VideoPlayerController::finishPlayback()
@@ -403,6 +539,7 @@ void VideoPlayerController::onTerminating()
 void VideoPlayerController::popSelf()
 {
     m_errorTimer.stop();
+    m_overlayTimer.stop();
     ControllerStack* const onStack = stack();
     if (onStack && onStack->topController() == this)
         onStack->popController();
@@ -411,10 +548,14 @@ void VideoPlayerController::popSelf()
 QJsonObject VideoPlayerController::describe() const
 {
     QJsonObject object = LayerController::describe();
+    const std::shared_ptr<MediaAsset> asset = m_player ? m_player->media() : nullptr;
+    object[QStringLiteral("title")] = jsonText(asset ? asset->title() : QString());
     if (m_state == State::Prompt) {
         object[QStringLiteral("rows")]
             = QJsonArray { promptRow(tr("Resume Playing")), promptRow(tr("Start from Beginning")) };
         object[QStringLiteral("focus")] = m_promptFocus;
+        object[QStringLiteral("primaryText")]
+            = PlaybackTime::resumeText(asset->bookmarkTimeInMS(), knownDurationMS());
     } else {
         object[QStringLiteral("rows")] = QJsonArray();
         object[QStringLiteral("focus")] = QJsonValue::Null;
@@ -426,18 +567,53 @@ QJsonObject VideoPlayerController::describe() const
 QJsonObject VideoPlayerController::describePlayer() const
 {
     const std::shared_ptr<MediaAsset> asset = m_player ? m_player->media() : nullptr;
-    const auto orNull = [](const QString& text) {
-        return text.isNull() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
-    };
+    const qint64 position = currentPositionMS();
+    const qint64 duration = m_player ? m_player->durationMS() : 0;
+    const qint64 remaining = std::max<qint64>(duration - position, 0);
+    const QDateTime now = m_clock ? m_clock() : QDateTime::currentDateTime();
     return QJsonObject {
-        { QStringLiteral("url"), orNull(asset ? asset->mediaURL() : QString()) },
-        { QStringLiteral("positionMS"), currentPositionMS() },
-        { QStringLiteral("durationMS"), m_player ? m_player->durationMS() : 0 },
+        { QStringLiteral("url"), jsonText(asset ? asset->mediaURL() : QString()) },
+        { QStringLiteral("positionMS"), position },
+        { QStringLiteral("durationMS"), duration },
         { QStringLiteral("allowsResume"), m_allowsResume },
         { QStringLiteral("resumeOffered"), m_resumeOffered },
         { QStringLiteral("state"), stateName(m_state) },
-        { QStringLiteral("error"), orNull(m_error) },
+        { QStringLiteral("error"), jsonText(m_error) },
+        { QStringLiteral("overlay"), overlayName(overlay()) },
+        { QStringLiteral("elapsed"), PlaybackTime::text(position) },
+        { QStringLiteral("remaining"),
+            jsonText(duration > 0 ? PlaybackTime::text(remaining) : QString()) },
+        { QStringLiteral("clock"), timeOfDay(now) },
+        { QStringLiteral("endsAt"),
+            jsonText(duration > 0 ? timeOfDay(now.addMSecs(remaining)) : QString()) },
+        { QStringLiteral("trackMenu"), describeTrackMenu() },
     };
+}
+
+QJsonValue VideoPlayerController::describeTrackMenu() const
+{
+    if (!trackMenuShown())
+        return QJsonValue::Null;
+    QJsonArray rows;
+    for (const MediaTrack& row : trackMenuRows()) {
+        rows.append(QJsonObject {
+            { QStringLiteral("title"), row.displayName() },
+            { QStringLiteral("type"),
+                row.type == MediaTrack::Type::Audio ? QStringLiteral("audio")
+                                                    : QStringLiteral("subtitle") },
+            { QStringLiteral("id"), row.id },
+            { QStringLiteral("selected"), row.selected },
+        });
+    }
+    return QJsonObject { { QStringLiteral("rows"), rows },
+        { QStringLiteral("focus"), std::min<int>(m_trackFocus, int(rows.size()) - 1) } };
+}
+
+qint64 VideoPlayerController::knownDurationMS() const
+{
+    const qint64 fromPlayer = m_player ? m_player->durationMS() : 0;
+    const std::shared_ptr<MediaAsset> asset = m_player ? m_player->media() : nullptr;
+    return fromPlayer > 0 ? fromPlayer : asset ? qint64(asset->duration()) * 1000 : 0;
 }
 
 } // namespace shell

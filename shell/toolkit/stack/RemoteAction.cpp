@@ -7,7 +7,7 @@ namespace shell {
 
 namespace {
 
-    constexpr std::array<std::pair<RemoteAction, const char16_t*>, 7> kNames { {
+    constexpr std::array<std::pair<RemoteAction, const char16_t*>, 8> kNames { {
         { RemoteAction::Up, u"up" },
         { RemoteAction::Down, u"down" },
         { RemoteAction::Left, u"left" },
@@ -15,6 +15,7 @@ namespace {
         { RemoteAction::Select, u"select" },
         { RemoteAction::Menu, u"menu" },
         { RemoteAction::PlayPause, u"playpause" },
+        { RemoteAction::Info, u"info" },
     } };
 
 } // namespace

@@ -16,9 +16,12 @@ enum class RemoteAction {
     Select,
     Menu,
     PlayPause,
+    // What is playing and how far it is; controllers that show nothing more ignore it.
+    Info,
 };
 
-// "up", "down", "left", "right", "select", "menu", "playpause"; nothing for any other text.
+// "up", "down", "left", "right", "select", "menu", "playpause", "info"; nothing for any
+// other text.
 std::optional<RemoteAction> remoteActionFromName(QStringView name);
 QString remoteActionName(RemoteAction action);
 

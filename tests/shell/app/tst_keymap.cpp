@@ -37,6 +37,8 @@ INSTANTIATE_TEST_SUITE_P(Remote, DefaultKeys,
         DefaultKey { "Escape", Qt::Key_Escape, RemoteAction::Menu, false },
         DefaultKey { "Backspace", Qt::Key_Backspace, RemoteAction::Menu, false },
         DefaultKey { "Space", Qt::Key_Space, RemoteAction::PlayPause, false },
+        DefaultKey { "I", Qt::Key_I, RemoteAction::Info, false },
+        DefaultKey { "Info", Qt::Key_Info, RemoteAction::Info, false },
         DefaultKey { "F5", Qt::Key_F5, std::nullopt, false }),
     [](const auto& info) { return std::string(info.param.name); });
 

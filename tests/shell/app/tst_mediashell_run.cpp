@@ -226,6 +226,10 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
             "-vf", "drawbox=y=60:h=60:color=blue:t=fill", "-c:v", "libx264", "-preset", "ultrafast",
             "-pix_fmt", "yuv420p", "-f", "mp4", path("home/Movies/Studio iMac/Night Ferry.m4v") });
     ASSERT_TRUE(ffmpeg.waitForFinished(kRunLimitMS) && ffmpeg.exitCode() == 0);
+    QFile subtitles(path("home/Movies/Studio iMac/Night Ferry.srt"));
+    ASSERT_TRUE(subtitles.open(QIODevice::WriteOnly));
+    subtitles.write("1\n00:00:00,000 --> 00:00:40,000\nFerry\n\n");
+    subtitles.close();
     // A movie whose cover is a FIFO, which a plain read would wait on for ever.
     QFile(path("home/Movies/Fifo.m4v")).open(QIODevice::WriteOnly);
     ASSERT_EQ(::mkfifo(QFile::encodeName(path("home/Movies/Fifo.png")).constData(), 0600), 0);
@@ -339,6 +343,24 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
     EXPECT_EQ(titles(prompt), QStringList({ "Resume Playing", "Start from Beginning" }));
     const QJsonObject resumed = step("select");
     EXPECT_GE(player(resumed).value("positionMS").toInteger(), stoppedAt - 500);
+
+    // The overlay, then its track menu once mpv has listed the tracks: the subtitles
+    // beside the movie, turned off.
+    QJsonObject menu = step("info");
+    EXPECT_EQ(player(menu).value("overlay"), "full");
+    for (int tries = 0; tries < 20 && player(menu).value("trackMenu").isNull(); ++tries) {
+        step("wait 250");
+        menu = step("select");
+    }
+    step("down");
+    step("select");
+    const auto offChosen = [](const QJsonObject& screen) {
+        const QJsonObject tracks = player(screen).value("trackMenu").toObject();
+        return strings(tracks, "rows", "title") == QStringList({ "Night Ferry.srt", "Off" })
+            && tracks.value("rows").toArray().at(1).toObject().value("selected").toBool();
+    };
+    EXPECT_TRUE(offChosen(waitFor(5'000, offChosen))) << err();
+    step("menu");
 
     // Told to quit while playing, the shell hands the resume point over first.
     const QJsonObject quitting = step("right");

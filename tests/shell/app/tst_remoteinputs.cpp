@@ -186,7 +186,8 @@ INSTANTIATE_TEST_SUITE_P(Remote, CecKeys,
             { RemoteAction::Select } },
         CecKeysRow { "AnotherButtonIsANewPress",
             { { 0x01, 0 }, { 0x40, 0 }, { 0x00, 0 }, { 0x01, 0 } },
-            { RemoteAction::Up, RemoteAction::Select, RemoteAction::Up } }),
+            { RemoteAction::Up, RemoteAction::Select, RemoteAction::Up } },
+        CecKeysRow { "DisplayInformationIsInfo", { { 0x35, 0 } }, { RemoteAction::Info } }),
     [](const auto& info) { return std::string(info.param.name); });
 
 // A lircd of the test's own, and the input connected to it.

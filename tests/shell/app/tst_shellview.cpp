@@ -20,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include <QJsonObject>
+#include <QLocale>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QUrl>
@@ -244,9 +245,12 @@ TEST_F(ShellViewTest, MenusHandOverTheirListPreviewAndTexts)
     EXPECT_FALSE(preview.shown());
 }
 
-TEST_F(ShellViewTest, ThePlayerShowsPromptBarAndError)
+// What the player's controller describes, as QML reads it.
+TEST_F(ShellViewTest, ThePlayerShowsPromptOverlayTracksAndError)
 {
+    QLocale::setDefault(QLocale::c());
     auto asset = std::make_shared<shell::XmlMediaAsset>();
+    asset->setValue("title", "Night Ferry");
     asset->setValue("duration", 600);
     asset->setValue("mediaURL", "file:///movies/a.m4v");
     asset->setHasBeenPlayed(true);
@@ -257,35 +261,47 @@ TEST_F(ShellViewTest, ThePlayerShowsPromptBarAndError)
     auto controller = std::make_unique<shell::VideoPlayerController>(m_scene);
     controller->setVideoPlayer(std::move(player));
     controller->setAllowsResume(true);
+    controller->setClock([] { return QDateTime(QDate(2024, 3, 1), QTime(21, 47, 30)); });
     m_stack.pushController(std::move(controller));
 
     const PlayerView& view = *m_view.player();
     EXPECT_EQ(m_view.screen()->kind(), ScreenView::Kind::Player);
     EXPECT_EQ(view.videoPlayer(), simulated);
     EXPECT_EQ(view.state(), PlayerView::State::Prompt);
+    EXPECT_EQ(QStringList({ view.title(), view.promptText() }),
+        QStringList({ "Night Ferry", "Resume from 1:00 of 10:00" }));
     EXPECT_EQ(view.promptRows(), QStringList({ "Resume Playing", "Start from Beginning" }));
     EXPECT_EQ(view.promptFocus(), 0);
     m_stack.handleAction(RemoteAction::Select);
     EXPECT_EQ(view.state(), PlayerView::State::Playing);
-    EXPECT_EQ(view.positionText() + " / " + view.durationText(), "1:00 / 10:00");
+    EXPECT_EQ(view.positionText() + " " + view.remainingText(), "1:00 -9:00");
     EXPECT_DOUBLE_EQ(view.progress(), 0.1);
     EXPECT_FALSE(view.showsProgress());
-    // A seek shows the bar for a while; a pause shows it until playback goes on.
     m_stack.handleAction(RemoteAction::Right);
-    m_view.actionHandled(RemoteAction::Right);
     EXPECT_TRUE(view.showsProgress());
-    EXPECT_EQ(view.positionMS(), 70'000);
-    m_stack.handleAction(RemoteAction::PlayPause);
-    EXPECT_EQ(view.state(), PlayerView::State::Paused);
-    EXPECT_TRUE(view.showsProgress());
+    EXPECT_FALSE(view.showsOverlay());
+    m_stack.handleAction(RemoteAction::Info);
+    EXPECT_TRUE(view.showsOverlay());
+    EXPECT_EQ(view.endsAtText(), "Ends at 21:56");
+    EXPECT_TRUE(view.trackRows().isEmpty());
+    m_stack.handleAction(RemoteAction::Select);
+    QStringList rows;
+    for (const QVariant& row : view.trackRows())
+        rows.append(row.toMap().value("heading").toString() + "|"
+            + row.toMap().value("title").toString()
+            + (row.toMap().value("selected").toBool() ? "*" : ""));
+    EXPECT_EQ(rows,
+        QStringList({ "Audio|English*", "|French (Commentary)", "Subtitles|English", "|Off*" }));
+    EXPECT_EQ(view.trackFocus(), 0);
     simulated->fail("The movie is broken.");
     EXPECT_EQ(view.state(), PlayerView::State::Error);
     EXPECT_EQ(view.error(), "The movie is broken.");
+    EXPECT_TRUE(view.trackRows().isEmpty());
 
     m_stack.popController();
     EXPECT_EQ(view.videoPlayer(), nullptr);
     EXPECT_EQ(view.state(), PlayerView::State::None);
-    EXPECT_EQ(view.durationText(), "") << "no duration, no text";
+    EXPECT_EQ(view.remainingText(), "") << "no duration, no text";
 }
 
 TEST_F(ShellViewTest, RowsAreReadOnlyWhenAskedAndOnceUntilTheListChanges)

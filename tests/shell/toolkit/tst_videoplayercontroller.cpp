@@ -1,4 +1,5 @@
 #include "toolkit/appliance/NotificationCenter.h"
+#include "toolkit/media/PlaybackTime.h"
 #include "toolkit/media/XmlMediaAsset.h"
 #include "toolkit/player/SimulatedVideoPlayer.h"
 #include "toolkit/player/VideoPlayerController.h"
@@ -10,6 +11,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QJsonArray>
+#include <QLocale>
 
 #include <vector>
 
@@ -21,6 +23,7 @@ using shell::VideoPlayer;
 using shell::VideoPlayerController;
 using State = VideoPlayerController::State;
 using Bookmarks = std::vector<int>;
+using Track = shell::MediaTrack::Type;
 
 // Remembers every bookmark the player hands over, and the player's duration the
 // asset knew by then.
@@ -58,10 +61,13 @@ void terminateShell()
 // A menu with a player pushed over it, as the screens do it.
 class PlayerTest : public ::testing::Test {
 protected:
+    // The clock's texts in one known form.
+    void SetUp() override { QLocale::setDefault(QLocale::c()); }
     void push(const Movie& movie)
     {
         stack.pushController(std::make_unique<shell::LayerController>(scene));
         asset = std::make_shared<RecordingAsset>();
+        asset->setValue("title", "Film");
         asset->setValue("mediaURL", movie.url);
         asset->setValue("duration", movie.durationSeconds);
         asset->setValue("hasBeenPlayed", movie.played);
@@ -75,6 +81,7 @@ protected:
         controller = made.get();
         controller->setVideoPlayer(std::move(simulated));
         controller->setAllowsResume(movie.allowsResume);
+        controller->setClock([] { return QDateTime(QDate(2024, 3, 1), QTime(21, 47, 30)); });
         stack.pushController(std::move(made));
     }
     void popAll()
@@ -137,20 +144,28 @@ TEST_F(PlayerTest, resumeIsOfferedOnlyWithAResumePointAndTheAnswerSaysWhereToSta
         EXPECT_EQ(controller->state(), row.offered ? State::Prompt : State::Playing);
         // Without the prompt, playback starts at 0 as soon as the player is pushed.
         EXPECT_EQ(player->startedAtMS(), row.offered ? -1 : 0);
+        EXPECT_EQ(controller->describe()["title"], "Film");
+        EXPECT_EQ(controller->describe()["primaryText"],
+            row.offered ? QJsonValue("Resume from 1:35 of 1:00:00") : QJsonValue());
         for (const RemoteAction move : row.moves)
             press(move);
 
-        press(RemoteAction::Select);
+        if (row.offered)
+            press(RemoteAction::Select);
         EXPECT_EQ(player->startedAtMS(), row.startMS);
         EXPECT_EQ(player->state(), VideoPlayer::State::Playing);
         const QJsonObject playing = controller->describe();
         EXPECT_EQ(playing.keys(), shell::LayerController(scene).describe().keys());
         EXPECT_TRUE(playing["rows"].toArray().isEmpty());
+        const bool resumed = row.startMS > 0;
         EXPECT_EQ(playing["player"],
             QJsonObject({ { "url", "file:///movies/Film.m4v" }, { "positionMS", row.startMS },
                 { "durationMS", 3'600'000 }, { "allowsResume", row.movie.allowsResume },
                 { "resumeOffered", row.offered }, { "state", "playing" },
-                { "error", QJsonValue::Null } }));
+                { "error", QJsonValue::Null }, { "overlay", "hidden" },
+                { "elapsed", resumed ? "1:35" : "0:00" },
+                { "remaining", resumed ? "58:25" : "1:00:00" }, { "clock", "21:47" },
+                { "endsAt", resumed ? "22:45" : "22:47" }, { "trackMenu", QJsonValue::Null } }));
         EXPECT_TRUE(asset->handedOver.empty());
         popAll();
     }
@@ -266,6 +281,85 @@ TEST_F(PlayerTest, playbackEndsWithOneLastBookmark)
         EXPECT_EQ(asset->handedOver, row.handedOver);
         popAll();
     }
+}
+
+// Select or Info shows the overlay, a seek or a pause the bar; Select over the overlay
+// opens the track menu, whose arrows move its focus instead of the movie. Everything
+// goes with the overlay's time, except the bar of a paused movie.
+TEST_F(PlayerTest, theOverlayAndTheTrackMenuFollowTheKeys)
+{
+    const RemoteAction up = RemoteAction::Up, down = RemoteAction::Down,
+                       right = RemoteAction::Right, select = RemoteAction::Select,
+                       info = RemoteAction::Info, menu = RemoteAction::Menu,
+                       pause = RemoteAction::PlayPause;
+    struct Row {
+        const char* name;
+        std::vector<RemoteAction> presses;
+        const char* overlay;
+        int menuFocus = -1; // -1: no track menu
+        int audio = 1; // the selected tracks, 0 for none
+        int subtitle = 0;
+        qint64 positionMS = 0;
+        bool timesOut = false;
+    };
+    const Row rows[] = {
+        { "nothing at first", {}, "hidden" },
+        { "select shows the overlay", { select }, "full" },
+        { "info shows the overlay", { info }, "full" },
+        { "a seek shows the bar", { right }, "bar", -1, 1, 0, 10'000 },
+        { "a seek leaves the overlay whole", { info, right }, "full", -1, 1, 0, 10'000 },
+        { "a pause shows the bar", { pause }, "bar" },
+        { "info over the overlay opens no menu", { info, info }, "full" },
+        { "select over the overlay opens the menu on the audio playing", { select, select }, "full",
+            0 },
+        { "the menu's arrows move its focus, not the movie", { select, select, down, down, right },
+            "full", 2 },
+        { "no wrap at the top", { select, select, up }, "full", 0 },
+        { "choosing a track plays it", { select, select, down, select }, "full", 1, 2 },
+        { "choosing subtitles", { select, select, down, down, select }, "full", 2, 1, 1 },
+        { "Off for subtitles", { select, select, down, down, select, down, select }, "full", 3, 1,
+            0 },
+        { "menu closes the track menu only", { select, select, down, select, menu }, "full", -1,
+            2 },
+        { "the choice stays for the playback", { select, select, down, select, menu, right, pause },
+            "full", -1, 2, 0, 10'000 },
+        { "the overlay goes after its time", { info }, "hidden", -1, 1, 0, 0, true },
+        { "the track menu goes with it", { select, select }, "hidden", -1, 1, 0, 0, true },
+        { "a paused movie keeps the bar", { pause, select }, "bar", -1, 1, 0, 0, true },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        push({});
+        controller->setOverlayTimeoutMS(row.timesOut ? 10 : 60'000);
+        for (const RemoteAction each : row.presses)
+            press(each);
+        for (QDeadlineTimer shown(row.timesOut ? 200 : 0); !shown.hasExpired();)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+        const QJsonObject described = controller->describe()["player"].toObject();
+        EXPECT_EQ(described["overlay"], row.overlay);
+        const QJsonObject menu = described["trackMenu"].toObject();
+        EXPECT_EQ(menu["focus"].toInt(-1), row.menuFocus);
+        if (!menu.isEmpty()) {
+            QStringList titles;
+            for (const QJsonValue& track : menu["rows"].toArray())
+                titles.append(track["title"].toString() + (track["selected"].toBool() ? "*" : ""));
+            EXPECT_EQ(titles.join(", "),
+                QString("English%1, French (Commentary)%2, English%3, Off%4")
+                    .arg(row.audio == 1 ? "*" : "", row.audio == 2 ? "*" : "",
+                        row.subtitle == 1 ? "*" : "", row.subtitle == 0 ? "*" : ""));
+        }
+        EXPECT_EQ(shell::MediaTrack::selectedId(player->tracks(), Track::Audio), row.audio);
+        EXPECT_EQ(shell::MediaTrack::selectedId(player->tracks(), Track::Subtitle), row.subtitle);
+        EXPECT_EQ(player->positionMS(), row.positionMS);
+        popAll();
+    }
+}
+
+TEST(PlaybackTime, ResumeTextSaysFromWhereAndOfHowLongWhenKnown)
+{
+    EXPECT_EQ(shell::PlaybackTime::resumeText(18'999, 102'000), "Resume from 0:18 of 1:42");
+    EXPECT_EQ(shell::PlaybackTime::resumeText(3'723'000, 0), "Resume from 1:02:03");
+    EXPECT_EQ(shell::PlaybackTime::resumeText(-5, 0), "Resume from 0:00");
 }
 
 TEST_F(PlayerTest, aTrailerReachesThePlayerOnlyFromAWebAddress)

@@ -1,6 +1,7 @@
 #include "LogCapture.h"
 
 #include "toolkit/media/XmlMediaAsset.h"
+#include "toolkit/player/MediaTrack.h"
 #include "video/MpvVideoPlayer.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,15 @@
 #include <cstdio>
 #include <memory>
 #include <vector>
+
+namespace shell {
+void PrintTo(const MediaTrack& track, std::ostream* out)
+{
+    *out << int(track.type) << ' ' << track.id << " \"" << track.title.toStdString() << "\" "
+         << track.language.toStdString() << (track.external ? " external" : "")
+         << (track.selected ? " selected" : "");
+}
+} // namespace shell
 
 namespace {
 
@@ -71,15 +81,18 @@ class MpvPlayerTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        // A test pattern with a tone, H.264/AAC, a key frame every second.
+        // A test pattern with two tones (English and French), H.264/AAC, a
+        // key frame every second.
         QProcess ffmpeg;
         ffmpeg.setProcessChannelMode(QProcess::MergedChannels);
         ffmpeg.start("ffmpeg",
             { "-nostdin", "-v", "error", "-f", "lavfi", "-i",
                 "testsrc=size=160x120:rate=10:duration=30", "-f", "lavfi", "-i",
-                "sine=frequency=440:duration=30", "-c:v", "libx264", "-preset", "ultrafast", "-g",
-                "10", "-pix_fmt", "yuv420p", "-c:a", "aac", "-b:a", "32k", "-shortest", "-f", "mp4",
-                movie });
+                "sine=frequency=440:duration=30", "-f", "lavfi", "-i",
+                "sine=frequency=880:duration=30", "-map", "0", "-map", "1", "-map", "2",
+                "-metadata:s:a:0", "language=eng", "-metadata:s:a:1", "language=fra", "-c:v",
+                "libx264", "-preset", "ultrafast", "-g", "10", "-pix_fmt", "yuv420p", "-c:a", "aac",
+                "-b:a", "32k", "-shortest", "-f", "mp4", movie });
         ASSERT_TRUE(ffmpeg.waitForFinished(30'000) && ffmpeg.exitCode() == 0)
             << "ffmpeg: " << ffmpeg.readAll().toStdString();
         QObject::connect(&player, &shell::VideoPlayer::positionChanged,
@@ -163,6 +176,41 @@ TEST_P(Plays, WithAClockThatPausesSeeksAndEnds)
 
 INSTANTIATE_TEST_SUITE_P(Movies, Plays, ::testing::Values("File", "NameThatIsNotUtf8", "Playlist"),
     [](const auto& info) { return info.param; });
+
+// mpv's tracks, with the subtitles beside the movie; a choice holds until the movie is
+// played again.
+TEST_F(MpvPlayerTest, TracksAreTheMoviesAndTheSubtitlesBesideIt)
+{
+    using Type = shell::MediaTrack::Type;
+    QFile subtitles(path("Movie.srt"));
+    ASSERT_TRUE(subtitles.open(QIODevice::WriteOnly));
+    subtitles.write("1\n00:00:00,500 --> 00:00:20,000\nHello\n\n");
+    subtitles.close();
+    const auto selected = [this] {
+        return std::pair(shell::MediaTrack::selectedId(player.tracks(), Type::Audio),
+            shell::MediaTrack::selectedId(player.tracks(), Type::Subtitle));
+    };
+    const auto playFromStart = [&] {
+        ASSERT_TRUE(player.setMedia(assetFor(QUrl::fromLocalFile(movie).toString()), nullptr));
+        player.play();
+    };
+
+    playFromStart();
+    const QList<shell::MediaTrack> expected {
+        { Type::Audio, 1, {}, "eng", false, true },
+        { Type::Audio, 2, {}, "fra", false, false },
+        { Type::Subtitle, 1, "Movie.srt", {}, true, true },
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return player.tracks() == expected; }, 5'000))
+        << ::testing::PrintToString(player.tracks());
+
+    player.selectTrack(Type::Audio, 2);
+    player.selectTrack(Type::Subtitle, 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return selected() == std::pair(2, 0); }, 5'000));
+
+    playFromStart();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return selected() == std::pair(1, 1); }, 5'000));
+}
 
 TEST_F(MpvPlayerTest, WhatItCannotPlayIsOneErrorAndTheNextMoviePlays)
 {
