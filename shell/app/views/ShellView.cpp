@@ -13,6 +13,7 @@ ShellView::ShellView(std::shared_ptr<ImageStore> images, QObject* parent)
     , m_centered(new CenteredView(this))
     , m_controls(new ControlsModel(images, this))
     , m_player(new PlayerView(this))
+    , m_pairing(new PairingView(this))
 {
 }
 

@@ -3,6 +3,7 @@
 #include "CenteredView.h"
 #include "ControlsModel.h"
 #include "MenuView.h"
+#include "PairingView.h"
 #include "PlayerView.h"
 #include "PreviewView.h"
 #include "ScreenView.h"
@@ -38,6 +39,7 @@ class ShellView : public QObject {
     Q_PROPERTY(mediashell::CenteredView* centered READ centered CONSTANT)
     Q_PROPERTY(mediashell::ControlsModel* controls READ controls CONSTANT)
     Q_PROPERTY(mediashell::PlayerView* player READ player CONSTANT)
+    Q_PROPERTY(mediashell::PairingView* pairing READ pairing CONSTANT)
 public:
     // Images the toolkit hands over as pictures go to `images` (none without it).
     explicit ShellView(std::shared_ptr<ImageStore> images, QObject* parent = nullptr);
@@ -57,6 +59,7 @@ public:
     CenteredView* centered() const { return m_centered; }
     ControlsModel* controls() const { return m_controls; }
     PlayerView* player() const { return m_player; }
+    PairingView* pairing() const { return m_pairing; }
 
 private:
     QPointer<shell::ControllerStack> m_stack;
@@ -67,6 +70,7 @@ private:
     CenteredView* m_centered;
     ControlsModel* m_controls;
     PlayerView* m_player;
+    PairingView* m_pairing;
 };
 
 } // namespace mediashell
