@@ -9,6 +9,7 @@
 #include "ShellMenu.h"
 #include "UnixSignals.h"
 
+#include "remote/PhoneRemote.h"
 #include "video/MpvLibrary.h"
 #include "video/MpvVideoPlayer.h"
 #include "views/ShellView.h"
@@ -34,6 +35,7 @@
 #include <QtQml/qqmlextensionplugin.h>
 
 #include <cstdio>
+#include <limits>
 
 Q_IMPORT_QML_PLUGIN(Vireo_ShellPlugin)
 Q_IMPORT_QML_PLUGIN(Vireo_Shell_ViewsPlugin)
@@ -164,6 +166,8 @@ void Shell::loadAppliances()
     }
     if (entries.empty())
         qCWarning(lcShell).noquote() << "No appliances in" << folders.join(QStringLiteral(", "));
+    if (shell::Appliance* remote = startRemote()) // after the appliances
+        entries.push_back({ remote, remote->moduleName(), std::numeric_limits<int>::max() });
 
     m_scene = std::make_unique<shell::Scene>();
     m_stack = std::make_unique<shell::ControllerStack>();
@@ -175,6 +179,23 @@ void Shell::loadAppliances()
     m_view = std::make_unique<ShellView>(m_images);
     m_view->setScene(m_scene.get());
     m_view->setStack(m_stack.get());
+    if (m_remote)
+        m_remote->follow(m_view.get());
+}
+
+shell::Appliance* Shell::startRemote()
+{
+    const std::optional<quint16> port
+        = PhoneRemote::configuredPort(m_options.remotePort, PhoneRemote::settingsFile());
+    if (!port)
+        return nullptr;
+    m_remote = std::make_unique<PhoneRemote>([this](shell::RemoteAction a) { performAction(a); });
+    QString error;
+    if (!m_remote->start(*port, &error)) {
+        qCWarning(lcShell).noquote() << "No phone remote:" << error;
+        m_remote.reset();
+    }
+    return m_remote ? m_remote->appliance() : nullptr;
 }
 
 bool Shell::showWindow(QString* error)
@@ -253,6 +274,7 @@ void Shell::terminate()
     m_stack.reset();
     shell::Sentinel::shared().removeObjectForKey(shell::Sentinel::controllerStackKey());
     m_view.reset();
+    m_remote.reset();
     m_scene.reset();
     m_loaders.clear();
 }
@@ -305,7 +327,11 @@ int runShell(int argc, char** argv)
         hooks.perform
             = [&mediaShell](shell::RemoteAction action) { mediaShell.performAction(action); };
         hooks.describe = [&mediaShell] {
-            return mediaShell.stack() ? mediaShell.stack()->describeTop() : QJsonObject();
+            QJsonObject top
+                = mediaShell.stack() ? mediaShell.stack()->describeTop() : QJsonObject();
+            if (mediaShell.remote())
+                top.insert(QStringLiteral("remote"), mediaShell.remote()->describe());
+            return top;
         };
         hooks.writeLine = [](const QByteArray& line) {
             std::fwrite(line.constData(), 1, size_t(line.size()), stdout);

@@ -16,6 +16,7 @@ class QQmlApplicationEngine;
 #include <QQuickWindow>
 
 namespace shell {
+class Appliance;
 class ApplianceLoader;
 class ControllerStack;
 class Scene;
@@ -24,6 +25,7 @@ class Scene;
 namespace mediashell {
 
 class ImageStore;
+class PhoneRemote;
 class ShellMenu;
 class ShellView;
 
@@ -69,6 +71,8 @@ public:
     ShellView* view() const { return m_view.get(); }
     QQuickWindow* window() const { return m_window.data(); }
     const KeyMap& keyMap() const { return m_keys; }
+    // The phone remote, null when it is off or could not listen.
+    PhoneRemote* remote() const { return m_remote.get(); }
     // "file: reason" for each plugin that did not load.
     QStringList failures() const { return m_failures; }
 
@@ -76,11 +80,15 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    // The phone remote when it is configured and listens: its top menu entry.
+    shell::Appliance* startRemote();
+
     ShellOptions m_options;
     KeyMap m_keys;
     // Members go in reverse order: the window, then the stack, then the appliances.
     std::vector<std::unique_ptr<shell::ApplianceLoader>> m_loaders;
     QStringList m_failures;
+    std::unique_ptr<PhoneRemote> m_remote; // its top menu entry outlives the menu
     std::unique_ptr<shell::Scene> m_scene;
     std::unique_ptr<shell::ControllerStack> m_stack;
     ShellMenu* m_menu = nullptr;

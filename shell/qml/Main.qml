@@ -92,5 +92,10 @@ Window {
                 }
             }
         }
+
+        // Over every screen, and not faded with a new one.
+        PairingOverlay {
+            pairing: window.shell.pairing
+        }
     }
 }
