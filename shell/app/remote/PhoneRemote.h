@@ -46,9 +46,6 @@ public:
     // Shows the pairing code in `view` and hands paired phones what it shows.
     void follow(ShellView* view);
     shell::Appliance* appliance() const;
-    RemoteServer& server() { return m_server; }
-    // "http://ADDRESS:PORT/" of the page, once started.
-    QString pageUrl() const { return m_pageUrl; }
     // The server's describe().
     QJsonObject describe() const { return m_server.describe(); }
 
