@@ -14,8 +14,10 @@
 #include "UnixSignals.h"
 
 #include "input/RemoteInputs.h"
+#include "remote/PhoneRemote.h"
 #include "video/MpvLibrary.h"
 #include "video/MpvVideoPlayer.h"
+#include "views/PairingView.h"
 #include "views/ShellView.h"
 
 #include "foundation/HomeFolder.h"
@@ -46,6 +48,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <unistd.h>
 
 Q_IMPORT_QML_PLUGIN(Vireo_ShellPlugin)
@@ -185,6 +188,8 @@ void Shell::loadAppliances()
     }
     if (entries.empty())
         qCWarning(lcShell).noquote() << "No appliances in" << folders.join(QStringLiteral(", "));
+    if (shell::Appliance* remote = startRemote()) // after the appliances
+        entries.push_back({ remote, remote->moduleName(), std::numeric_limits<int>::max() });
 
     m_scene = std::make_unique<shell::Scene>();
     m_stack = std::make_unique<shell::ControllerStack>();
@@ -211,6 +216,28 @@ void Shell::loadAppliances()
     connect(m_screensaver.get(), &Screensaver::dimmedChanged, m_view->screensaver(),
         &ScreensaverView::setDimmed);
     connect(m_stack.get(), &shell::ControllerStack::changed, this, &Shell::followPlayback);
+    if (m_remote)
+        m_remote->follow(m_view.get());
+    // A code to type on the phone must be seen: it wakes a dimmed screen.
+    connect(m_view->pairing(), &PairingView::changed, this, [this] {
+        if (!m_view->pairing()->code().isEmpty())
+            m_screensaver->takeKey();
+    });
+}
+
+shell::Appliance* Shell::startRemote()
+{
+    const std::optional<quint16> port
+        = PhoneRemote::configuredPort(m_options.remotePort, PhoneRemote::settingsFile());
+    if (!port)
+        return nullptr;
+    m_remote = std::make_unique<PhoneRemote>([this](shell::RemoteAction a) { performAction(a); });
+    QString error;
+    if (!m_remote->start(*port, &error)) {
+        qCWarning(lcShell).noquote() << "No phone remote:" << error;
+        m_remote.reset();
+    }
+    return m_remote ? m_remote->appliance() : nullptr;
 }
 
 bool Shell::showWindow(QString* error)
@@ -270,6 +297,8 @@ QJsonObject Shell::describe() const
     QJsonObject object = m_stack ? m_stack->describeTop() : QJsonObject();
     if (m_view)
         object.insert(QStringLiteral("screensaver"), m_view->screensaver()->describe());
+    if (m_remote)
+        object.insert(QStringLiteral("remote"), m_remote->describe());
     return object;
 }
 
@@ -324,6 +353,7 @@ void Shell::terminate()
     // The desktop may blank the screen again once the shell is gone.
     m_inhibitor.reset();
     m_view.reset();
+    m_remote.reset();
     m_scene.reset();
     m_loaders.clear();
 }

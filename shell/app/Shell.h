@@ -17,6 +17,7 @@ class QQmlApplicationEngine;
 #include <QQuickWindow>
 
 namespace shell {
+class Appliance;
 class ApplianceLoader;
 class ControllerStack;
 class Scene;
@@ -29,6 +30,7 @@ class Logind;
 class RemoteInputs;
 class ScreenSaverInhibitor;
 class Screensaver;
+class PhoneRemote;
 class ShellMenu;
 class ShellView;
 
@@ -87,6 +89,8 @@ public:
     const KeyMap& keyMap() const { return m_keys; }
     // Started as the box's shell (--kiosk): full screen, and power may be offered.
     bool kiosk() const { return m_options.kiosk; }
+    // The phone remote, null when it is off or could not listen.
+    PhoneRemote* remote() const { return m_remote.get(); }
     // "file: reason" for each plugin that did not load.
     QStringList failures() const { return m_failures; }
     // "Restart Shell" ended the event loop: the program is to start again.
@@ -98,6 +102,8 @@ protected:
 private:
     // A movie playing neither dims nor lets the desktop blank the screen.
     void followPlayback();
+    // The phone remote when it is configured and listens: its top menu entry.
+    shell::Appliance* startRemote();
 
     ShellOptions m_options;
     KeyMap m_keys;
@@ -109,6 +115,7 @@ private:
     QStringList m_failures;
     // On a box only; the power menus on the stack use it.
     std::unique_ptr<Logind> m_logind;
+    std::unique_ptr<PhoneRemote> m_remote; // its top menu entry outlives the menu
     std::unique_ptr<shell::Scene> m_scene;
     std::unique_ptr<shell::ControllerStack> m_stack;
     ShellMenu* m_menu = nullptr;

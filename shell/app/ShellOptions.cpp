@@ -19,6 +19,7 @@ namespace {
     const QString kKiosk = QStringLiteral("kiosk");
     const QString kSize = QStringLiteral("size");
     const QString kKeys = QStringLiteral("keys");
+    const QString kRemotePort = QStringLiteral("remote-port");
     const QString kVerbose = QStringLiteral("verbose");
     const QString kScript = QStringLiteral("script");
     const QString kDump = QStringLiteral("dump");
@@ -37,6 +38,7 @@ namespace {
             { kKiosk, QString() },
             { kSize, QString(), QStringLiteral("WxH") },
             { kKeys, QString(), QStringLiteral("FILE") },
+            { kRemotePort, QString(), QStringLiteral("PORT") },
             { kVerbose, QString() },
             { kScript, QString(), QStringLiteral("FILE") },
             { kDump, QString() },
@@ -60,7 +62,8 @@ namespace {
             return refuse(QStringLiteral("unexpected argument \"%1\"")
                               .arg(parser.positionalArguments().constFirst()),
                 error);
-        for (const QString& name : { kHome, kAppliances, kSize, kKeys, kScript, kScreenshots }) {
+        for (const QString& name :
+            { kHome, kAppliances, kSize, kKeys, kRemotePort, kScript, kScreenshots }) {
             const QStringList values = parser.values(name);
             if (std::any_of(values.cbegin(), values.cend(),
                     [](const QString& value) { return value.isEmpty(); }))
@@ -86,6 +89,17 @@ namespace {
                     QStringLiteral("--size wants WIDTHxHEIGHT, not \"%1\"").arg(text), error);
             options.windowed = true;
         }
+        if (parser.isSet(kRemotePort)) {
+            bool number = false;
+            const QString text = parser.value(kRemotePort);
+            options.remotePort = text.toInt(&number);
+            // The page's port and the next one for its events.
+            if (!number || options.remotePort < 0 || options.remotePort > 65534)
+                return refuse(
+                    QStringLiteral("--remote-port wants a port from 0 to 65534, not \"%1\"")
+                        .arg(text),
+                    error);
+        }
         return options;
     }
 
@@ -107,6 +121,8 @@ QString ShellOptions::usage()
         "                      Reboot where logind allows them, instead of Quit\n"
         "  --keys FILE         key bindings (JSON) over the defaults; without it\n"
         "                      keys.json in the user's config folder, when present\n"
+        "  --remote-port PORT  serve the phone remote: its page on PORT, its events on\n"
+        "                      PORT+1 (0: free ports); default: the setting remote/port\n"
         "  --verbose           debug output of the vireo.* log categories\n"
         "  --script FILE|-     replay one step per line from FILE or standard input:\n"
         "                        up down left right select menu playpause info\n"

@@ -22,6 +22,7 @@ struct ShellOptions {
     bool dump = false;
     QString screenshotsDir;
     QString keysFile;
+    int remotePort = -1; // the phone remote's port, 0 for a free one; -1: not given
     bool help = false; // print usage() and exit
     bool version = false; // print versionText() and exit
 

@@ -92,6 +92,11 @@ Window {
                 }
             }
         }
+
+        // Over every screen, and not faded with a new one.
+        PairingOverlay {
+            pairing: window.shell.pairing
+        }
     }
 
     // Over everything, the video too: a paused movie dims like a menu.

@@ -14,6 +14,7 @@ ShellView::ShellView(std::shared_ptr<ImageStore> images, QObject* parent)
     , m_controls(new ControlsModel(images, this))
     , m_player(new PlayerView(this))
     , m_screensaver(new ScreensaverView(this))
+    , m_pairing(new PairingView(this))
 {
 }
 

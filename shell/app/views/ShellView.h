@@ -3,6 +3,7 @@
 #include "CenteredView.h"
 #include "ControlsModel.h"
 #include "MenuView.h"
+#include "PairingView.h"
 #include "PlayerView.h"
 #include "PreviewView.h"
 #include "ScreenView.h"
@@ -40,6 +41,7 @@ class ShellView : public QObject {
     Q_PROPERTY(mediashell::ControlsModel* controls READ controls CONSTANT)
     Q_PROPERTY(mediashell::PlayerView* player READ player CONSTANT)
     Q_PROPERTY(mediashell::ScreensaverView* screensaver READ screensaver CONSTANT)
+    Q_PROPERTY(mediashell::PairingView* pairing READ pairing CONSTANT)
 public:
     // Images the toolkit hands over as pictures go to `images` (none without it).
     explicit ShellView(std::shared_ptr<ImageStore> images, QObject* parent = nullptr);
@@ -60,6 +62,7 @@ public:
     ControlsModel* controls() const { return m_controls; }
     PlayerView* player() const { return m_player; }
     ScreensaverView* screensaver() const { return m_screensaver; }
+    PairingView* pairing() const { return m_pairing; }
 
 private:
     QPointer<shell::ControllerStack> m_stack;
@@ -71,6 +74,7 @@ private:
     ControlsModel* m_controls;
     PlayerView* m_player;
     ScreensaverView* m_screensaver;
+    PairingView* m_pairing;
 };
 
 } // namespace mediashell

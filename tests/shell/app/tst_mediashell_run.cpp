@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <QColor>
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -16,8 +17,13 @@
 #include <QJsonObject>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTest>
+#include <QWebSocket>
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -188,6 +194,101 @@ protected:
     static inline FeeddProcess* s_feed = nullptr;
     static inline QString s_display;
     static inline QString s_base;
+};
+
+// Debian's chromium without a window, as root, on a profile of its own, driven over the
+// DevTools protocol: Runtime.evaluate reads and fills the page, Input events press its
+// buttons as a finger would.
+class Chromium {
+public:
+    explicit Chromium(const QString& url)
+    {
+        start(m_process, "chromium",
+            { "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run",
+                "--disable-background-networking", "--disable-component-update", "--disable-sync",
+                "--user-data-dir=" + m_profile.path(), "--remote-debugging-port=0", url });
+    }
+    ~Chromium() { killGroup(m_process); }
+
+    // Connects to the page's DevTools socket; false when it is not there in time.
+    bool attach()
+    {
+        QByteArray port;
+        for (int waited = 0; port.isEmpty() && waited < 30'000; waited += 100) {
+            QFile file(m_profile.filePath("DevToolsActivePort"));
+            if (file.open(QIODevice::ReadOnly))
+                port = file.readLine().trimmed();
+            QTest::qWait(100);
+        }
+        QNetworkAccessManager network;
+        for (int tries = 0; !port.isEmpty() && m_page.isEmpty() && tries < 50; ++tries) {
+            std::unique_ptr<QNetworkReply> reply(
+                network.get(QNetworkRequest(QUrl("http://127.0.0.1:" + port + "/json/list"))));
+            (void)QTest::qWaitFor([&] { return reply->isFinished(); }, 5000);
+            for (const QJsonValue target : QJsonDocument::fromJson(reply->readAll()).array()) {
+                const QJsonObject page = target.toObject();
+                if (page["type"] == "page" && page["url"].toString().startsWith("http:"))
+                    m_page = page["webSocketDebuggerUrl"].toString();
+            }
+            QTest::qWait(100);
+        }
+        QObject::connect(&m_socket, &QWebSocket::textMessageReceived, [this](const QString& text) {
+            const QJsonObject message = QJsonDocument::fromJson(text.toUtf8()).object();
+            if (message.contains("id"))
+                m_replies.insert(message["id"].toInt(), message);
+        });
+        m_socket.open(QUrl(m_page));
+        return QTest::qWaitFor(
+            [this] { return m_socket.state() == QAbstractSocket::ConnectedState; }, 10'000);
+    }
+    // The value of `expression` in the page.
+    QJsonValue evaluate(const QString& expression)
+    {
+        return call("Runtime.evaluate", { { "expression", expression }, { "returnByValue", true } })
+            .value("result")
+            .toObject()
+            .value("value");
+    }
+    // The value of `expression`, once it is `expected` (or at the time limit).
+    QJsonValue waitFor(const QString& expression, const QJsonValue& expected)
+    {
+        QJsonValue value = evaluate(expression);
+        for (int waited = 0; waited < 15'000 && value != expected; waited += 100) {
+            QTest::qWait(100);
+            value = evaluate(expression);
+        }
+        return value;
+    }
+    // Presses and releases the mouse on the page's element `selector`.
+    void press(const QString& selector)
+    {
+        const QJsonValue at = evaluate(QStringLiteral(
+            "(() => { const r = document.querySelector('%1').getBoundingClientRect();"
+            " return [r.x + r.width / 2, r.y + r.height / 2]; })()")
+                                           .arg(selector));
+        for (const char* type : { "mousePressed", "mouseReleased" })
+            call("Input.dispatchMouseEvent",
+                { { "type", type }, { "x", at[0] }, { "y", at[1] }, { "button", "left" },
+                    { "clickCount", 1 } });
+    }
+
+private:
+    QJsonObject call(const QString& method, const QJsonObject& params)
+    {
+        const int id = ++m_calls;
+        m_socket.sendTextMessage(
+            QJsonDocument(QJsonObject { { "id", id }, { "method", method }, { "params", params } })
+                .toJson(QJsonDocument::Compact));
+        (void)QTest::qWaitFor([&] { return m_replies.contains(id); }, 10'000);
+        return m_replies.take(id).value("result").toObject();
+    }
+
+    QTemporaryDir m_profile;
+    QProcess m_process;
+    QString m_page;
+    QWebSocket m_socket;
+    QHash<int, QJsonObject> m_replies;
+    int m_calls = 0;
 };
 
 // libmpv and its libraries are mapped into the running program.
@@ -397,6 +498,61 @@ TEST_F(MediashellRun, AnIdleMenuDimsAndTheFirstKeyOnlyWakesIt)
     EXPECT_EQ(woken.value("focus"), 1);
     EXPECT_EQ(woken.value("screensaver").toObject().value("dimmed"), false);
     EXPECT_EQ(step("up").value("focus"), 0);
+    m_shell.write("quit\n");
+    EXPECT_EQ(finish(), 0) << err();
+}
+
+// The phone remote's page in a real browser: it pairs with the code the TV shows,
+// presses buttons that move the shell's focus and open an appliance, and follows the
+// screen; "Pair a New Phone" in the top menu makes it pair again.
+TEST_F(MediashellRun, PhoneRemotePairsInChromiumAndDrivesTheShell)
+{
+    if (QStandardPaths::findExecutable("chromium").isEmpty())
+        GTEST_SKIP() << "chromium is not installed (scripts/install-deps installs it)";
+    int argc = 1;
+    char name[] = "tst_mediashell_run";
+    char* argv[] = { name, nullptr };
+    QCoreApplication app(argc, argv);
+    run({ "--remote-port", "0", "--script", "-", "--dump" });
+    const QJsonObject top = nextLine();
+    ASSERT_EQ(top.value("step").toInt(-1), 0) << err();
+    EXPECT_EQ(
+        titles(top), QStringList({ "Vireo Movies", "Vireo Trailers", "Phone Remote", "Power" }));
+    const auto remote = [](const QJsonObject& screen) { return screen["remote"].toObject(); };
+    EXPECT_EQ(remote(top)["pairingCode"], QJsonValue()) << "no browser waits yet";
+
+    Chromium chromium(QStringLiteral("http://127.0.0.1:%1/").arg(remote(top)["port"].toInt()));
+    ASSERT_TRUE(chromium.attach());
+    const QString code = remote(waitFor(20'000,
+        [&](const QJsonObject& screen) {
+            return remote(screen)["pairingCode"].isString();
+        }))["pairingCode"]
+                             .toString();
+    ASSERT_EQ(code.size(), 4) << err();
+    chromium.evaluate("document.getElementById('code').value = '" + code
+        + "'; document.getElementById('pairing').requestSubmit()");
+    EXPECT_EQ(chromium.waitFor("document.getElementById('focused').textContent", "Vireo Movies"),
+        "Vireo Movies");
+    const QJsonObject paired = remote(step("wait 100"));
+    EXPECT_EQ(paired["paired"], 1);
+    EXPECT_EQ(paired["pairingCode"], QJsonValue()) << "the code is used up";
+
+    chromium.press("[data-action=down]");
+    EXPECT_EQ(waitFor(5000, [](const QJsonObject& s) { return s["focus"] == 1; })["focus"], 1);
+    EXPECT_EQ(chromium.waitFor("document.getElementById('focused').textContent", "Vireo Trailers"),
+        "Vireo Trailers");
+    chromium.press("[data-action=up]");
+    chromium.press("[data-action=select]");
+    const QJsonObject movies
+        = waitFor(5000, [](const QJsonObject& s) { return strings(s, "stack").size() == 2; });
+    EXPECT_EQ(movies["label"], "VireoApplianceController") << err();
+
+    focusOn(step("menu"), "Phone Remote");
+    EXPECT_EQ(step("select")["title"], "Phone Remote");
+    const QJsonObject again = step("select");
+    EXPECT_EQ(remote(again)["paired"], 0);
+    EXPECT_TRUE(remote(again)["pairingCode"].isString());
+    EXPECT_EQ(chromium.waitFor("document.getElementById('pairing').hidden", false), false);
     m_shell.write("quit\n");
     EXPECT_EQ(finish(), 0) << err();
 }

@@ -17,16 +17,18 @@ TEST(ShellOptions, EveryOptionInBothFormsAndTheDefaults)
 {
     QTemporaryDir home;
     QString error;
-    const auto o = parse({ "--home", QDir::current().relativeFilePath(home.path()), "--appliances",
-                             "/a", "--appliances=/b", "--verbose", "--script=-", "--dump",
-                             "--screenshots", "/tmp/shots", "--keys=/tmp/keys.json" },
-        &error);
+    const auto o
+        = parse({ "--home", QDir::current().relativeFilePath(home.path()), "--appliances", "/a",
+                    "--appliances=/b", "--verbose", "--script=-", "--dump", "--screenshots",
+                    "/tmp/shots", "--keys=/tmp/keys.json", "--remote-port", "8080" },
+            &error);
     ASSERT_TRUE(o) << qPrintable(error);
     EXPECT_EQ(o->home, QDir(home.path()).absolutePath());
     EXPECT_EQ(o->applianceDirs, QStringList({ "/a", "/b" }));
     EXPECT_TRUE(o->verbose && o->dump);
     EXPECT_EQ(QStringList({ o->script, o->screenshotsDir, o->keysFile }),
         QStringList({ "-", "/tmp/shots", "/tmp/keys.json" }));
+    EXPECT_EQ(o->remotePort, 8080);
     EXPECT_FALSE(o->windowed || o->kiosk) << "full screen unless asked, not as the box's shell";
     EXPECT_EQ(o->windowSize(), QSize(1280, 720));
 
@@ -49,6 +51,7 @@ TEST(ShellOptions, MistakesAreUsageErrorsAndHelpAnswersALineThatParses)
         { { "--size=0x450" }, "--size wants WIDTHxHEIGHT, not \"0x450\"" },
         { { "--size=16385x10" }, "--size wants WIDTHxHEIGHT, not \"16385x10\"" },
         { { "--size=8 x 4" }, "--size wants WIDTHxHEIGHT, not \"8 x 4\"" },
+        { { "--remote-port=65535" }, "--remote-port wants a port from 0 to 65534, not \"65535\"" },
         { { "--home", "/no/such/folder" }, "no such folder: /no/such/folder" },
         { { "--dump" }, "--dump needs --script" },
         { { "--screenshots", "/tmp/x" }, "--screenshots needs --script" },
