@@ -6,6 +6,7 @@
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/player/VideoPlayerController.h"
 #include "toolkit/stack/ControllerStack.h"
+#include "vtvplugin/library/PairFolders.h"
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/VtvLog.h"
@@ -71,6 +72,7 @@ VireoApplianceController::VireoApplianceController(
     , m_bShowTrailers(isMainMenu)
     , m_bIsMainMenu(isMainMenu)
     , m_nLastSyncTime(getLastSyncTimeForAllPairs())
+    , m_pairFolders(pairFolders())
 {
     refreshList();
     list().setDatasource(this);
@@ -338,11 +340,23 @@ void VireoApplianceController::willBePushed()
     shell::MediaMenuController::willBePushed();
 }
 
+QStringList VireoApplianceController::pairFolders()
+{
+    QStringList folders;
+    PairFolders::listVireoTVdirs(folders);
+    folders.sort();
+    return folders;
+}
+
+// A sync moves the latest sync time; unpairing a player that was not the last to sync
+// does not, but changes the pair folders. Either way the folder may have changed.
 void VireoApplianceController::willBeExhumed()
 {
     const quint32 lastSyncTime = getLastSyncTimeForAllPairs();
-    if (lastSyncTime != m_nLastSyncTime) {
+    QStringList folders = pairFolders();
+    if (lastSyncTime != m_nLastSyncTime || folders != m_pairFolders) {
         m_nLastSyncTime = lastSyncTime;
+        m_pairFolders = std::move(folders);
         refreshList();
     }
     shell::MediaMenuController::willBeExhumed();

@@ -79,6 +79,7 @@ private:
     void pushFolder(long index);
     void playMovie(long index);
     void pushSettings();
+    static QStringList pairFolders();
 
     QString m_pDirectory;
     std::optional<QStringList> m_pFileList;
@@ -91,4 +92,7 @@ private:
     qint32 m_nTopDividerIndex = -1;
     qint32 m_nBottomDividerIndex = -1;
     quint32 m_nLastSyncTime = 0;
+    // The pair folders at the last scan check: a player unpaired (or paired) changes the
+    // library without a sync.
+    QStringList m_pairFolders;
 };

@@ -21,9 +21,29 @@ void MenuController::setFocusedRow(long row)
     const long clamped = count == 0 ? -1 : std::clamp(row, 0L, count - 1);
     if (clamped == m_focus)
         return;
-    m_focus = clamped;
-    focusLanded(m_focus);
+    land(clamped);
     emit changed();
+}
+
+void MenuController::land(long row)
+{
+    m_focus = row;
+    ListDataSource* const source = m_list.datasource();
+    m_focusTitle = row >= 0 && source ? source->titleForRow(row) : QString();
+    focusLanded(row);
+}
+
+// The row the focus was on is checked first: most reloads leave it where it was, and
+// a long list is searched only when it moved.
+long MenuController::rowOfFocusedTitle(long row)
+{
+    ListDataSource* const source = m_list.datasource();
+    if (!source || m_focusTitle.isNull())
+        return row;
+    if (row >= 0 && row < m_list.count() && source->titleForRow(row) == m_focusTitle)
+        return row;
+    const long found = source->rowForTitle(m_focusTitle);
+    return found >= 0 && found < m_list.count() ? found : row;
 }
 
 void MenuController::resetLayout()
@@ -81,12 +101,11 @@ void MenuController::didBecomeTop(bool pushed)
     // The data source may have rescanned while the menu was buried.
     m_list.reload();
     const long count = m_list.count();
-    long row = pushed ? 0 : m_focus;
+    long row = pushed ? 0 : rowOfFocusedTitle(m_focus);
     row = count == 0 ? -1 : std::clamp(row, 0L, count - 1);
-    m_focus = row;
     // Landing on the top again asks for the preview afresh: what it shows may have
     // changed under the screen above.
-    focusLanded(m_focus);
+    land(row);
     emit changed();
 }
 

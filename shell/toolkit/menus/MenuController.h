@@ -8,9 +8,11 @@ namespace shell {
 // What media menus and centred menus share: a list and the focus on it.
 //   - A newly pushed menu starts on row 0 (or no row when the list is empty).
 //   - Up and Down move the focus one row, without wrapping at either end.
-//   - Coming back to the top, the list re-reads its data source and keeps the focus,
-//     clamped to its last row if the list got shorter; the focus lands there again,
-//     so the row's preview is asked afresh.
+//   - Coming back to the top, the list re-reads its data source and keeps the focus on
+//     the title it was on, wherever that row now stands (rows may have come or gone
+//     above it); when no row has that title any more, on the same row number, clamped
+//     to the last row. The focus lands there again, so the row's preview is asked
+//     afresh.
 //   - Select calls itemSelected(focus) of the data source; Menu is left to the stack.
 //   - Whenever the focus lands on a row, focusLanded(row) runs.
 class MenuController : public LayerController {
@@ -39,8 +41,14 @@ protected:
     virtual void focusLanded(long row);
 
 private:
+    // Puts the focus on `row` (already clamped) and remembers its title.
+    void land(long row);
+    // Where the focused title stands after a reload; `row` when it is gone.
+    long rowOfFocusedTitle(long row);
+
     MenuList m_list;
     long m_focus = -1;
+    QString m_focusTitle;
 };
 
 } // namespace shell

@@ -105,7 +105,7 @@ const QStringList kThree { "Alien", "Brazil", "Casablanca" };
 
 // A menu starts on its first row and asks only the focused row's preview. Coming back to
 // the top (after a screen above was popped), it reads the list again and keeps its
-// focus where the list still reaches.
+// focus on the same title, or on the same row as far as the list still reaches.
 TEST_F(MenuTest, focusMovesOneRowWithoutWrappingAndSurvivesARescan)
 {
     const RemoteAction up = RemoteAction::Up, down = RemoteAction::Down,
@@ -131,6 +131,8 @@ TEST_F(MenuTest, focusMovesOneRowWithoutWrappingAndSurvivesARescan)
         { "an empty menu has no focus and selects nothing", {}, { down, up, select }, -1, {} },
         { "back on top unchanged", kThree, { down, down }, 2, { 0, 1, 2, 2 }, {}, kThree },
         { "back on top with a movie added", kThree, { down }, 1, { 0, 1, 1 }, {}, four },
+        { "back on top with a row added above the focus", kThree, { down }, 2, { 0, 1, 2 }, {},
+            QStringList { "Aliens", "Alien", "Brazil", "Casablanca" } },
         { "back on top, shorter than the focus", kThree, { down, down }, 1, { 0, 1, 2, 1 }, {},
             QStringList { "Alien", "Brazil" } },
         { "back on top, emptied", kThree, { down }, -1, { 0, 1 }, {}, QStringList {} },

@@ -297,16 +297,19 @@ TEST_F(ScreensTest, SyncingShowsThePairsAndUnpairsOnlyOnYes)
     EXPECT_EQ(rows(), players);
     EXPECT_EQ(snapshot(root()), library);
 
-    // "Yes" unpairs Den: its folder and links go, and the list drops it at once.
-    choose(u"Den"_s);
+    // "Yes" unpairs Office, which never synced: its folder and links go, and the list
+    // drops it at once.
+    choose(u"Office"_s);
     choose(u"Yes, Turn off Syncing from this Vireo Player"_s);
-    EXPECT_EQ(rows(), QStringList { u"Office"_s });
-    EXPECT_FALSE(QFileInfo::exists(pairDir(kPairA)));
-    EXPECT_EQ(names(movies()), words("Heat.m4v Heat.xml"));
+    EXPECT_EQ(rows(), QStringList { u"Den"_s });
+    EXPECT_FALSE(QFileInfo::exists(pairDir(kPairB)));
+    EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml"));
     releasePairInfoList(list, count);
 
-    // The latest sync time went down with Den, so the top menu lists the library anew.
+    // The latest sync time is still Den's, but the pairs changed: the top menu lists the
+    // library anew, its focus still on "Settings".
     press(RemoteAction::Menu);
     press(RemoteAction::Menu);
-    EXPECT_EQ(rows(), (QStringList { u"Heat"_s, u"Settings"_s }));
+    EXPECT_EQ(rows(), (QStringList { u"Alien"_s, u"Settings"_s }));
+    EXPECT_EQ(top().value(u"focus"_s), 1);
 }
