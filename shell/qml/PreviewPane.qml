@@ -63,6 +63,7 @@ Item {
         reflectionHeight: 0.2
     }
 
+    // Never below the pane: whatever does not fit is cut off at its bottom edge.
     Column {
         id: facts
 
@@ -71,7 +72,9 @@ Item {
         anchors.right: parent.right
         anchors.top: cover.bottom
         anchors.topMargin: ThemeView.previewFactsGap
+        anchors.bottom: parent.bottom
         spacing: ThemeView.previewFactsSpacing
+        clip: true
 
         StyledText {
             width: facts.width
@@ -85,7 +88,7 @@ Item {
             text: pane.preview.description
             visible: text !== ""
             wrapMode: Text.WordWrap
-            maximumLineCount: 4
+            maximumLineCount: 3
         }
         Fact {
             label: qsTr("Starring")
@@ -108,8 +111,6 @@ Item {
             textStyle: ThemeView.previewCopyrightStyle
             text: pane.preview.copyright
             visible: text !== ""
-            wrapMode: Text.WordWrap
-            maximumLineCount: 2
         }
     }
 }

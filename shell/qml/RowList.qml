@@ -88,7 +88,7 @@ ListView {
             cache: false
         }
         StyledText {
-            textStyle: ThemeView.listStyle
+            textStyle: (row.ListView.view as RowList).menu.rowStyle
             text: row.title
             anchors.left: rowIcon.visible ? rowIcon.right : parent.left
             anchors.leftMargin: ThemeView.rowTextInset

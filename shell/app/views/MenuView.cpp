@@ -36,6 +36,7 @@ void MenuView::update(shell::LayerController* top, bool newScreen)
         state.title = menu->list().title();
         const QRectF list = menu->list().frame();
         state.listFrame = SceneMapping::toView(list);
+        state.rowStyle = TextStyleView(menu->list().rowStyle());
         const QRectF safe = shell::Theme::shared().titleSafeFrame();
         const qreal previewWidth = std::max<qreal>(0, list.x() - safe.x() - kPreviewGap);
         state.previewFrame

@@ -5,6 +5,7 @@
 #include "foundation/FileSystem.h"
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/scene/Scene.h"
+#include "toolkit/scene/Theme.h"
 #include "toolkit/stack/ControllerStack.h"
 #include "vtvplugin/appliance/VireoAppliance.h"
 #include "vtvplugin/appliance/VireoTrailersAppliance.h"
@@ -15,6 +16,7 @@
 #include "vtvplugin/screens/VireoAboutController.h"
 #include "vtvplugin/screens/VireoApplianceController.h"
 #include "vtvplugin/screens/VireoConfigController.h"
+#include "vtvplugin/screens/VireoSyncingController.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
@@ -243,6 +245,30 @@ TEST_F(ScreensTest, AboutRowsCountPairsAndShowTheDiskFacts)
             QStringList({ u"Syncing"_s, players, u"Capacity"_s, capacity, u"Available"_s, QString(),
                 u"Used by Vireo"_s, used, u"Serial Number"_s, u""_s, u"Vireo Software Version"_s,
                 u"0.96.16.118"_s }));
+        m_stack.popController();
+    }
+}
+
+// Each fact's value ends at the panel's right edge and never reaches over its label: a
+// value too long for the room left is cut to it.
+TEST_F(ScreensTest, SyncingFactsKeepTheirValuesBesideTheirLabels)
+{
+    const QRectF safe = shell::Theme::shared().titleSafeFrame();
+    for (const QString& name : { u"Den"_s, u"The Family's Upstairs Living Room Mac Pro"_s }) {
+        SCOPED_TRACE(qPrintable(name));
+        QDir(pairDir(kPairA)).removeRecursively();
+        makePair(kPairA, name, 100'000, 2'000'000, u"10.0.0.7"_s);
+        m_stack.pushController(std::make_unique<VireoSyncingController>(m_scene));
+        const QJsonArray controls = top().value(u"controls"_s).toArray();
+        ASSERT_EQ(controls.size(), 10); // the icon, the help text, then label and value four times
+        for (qsizetype i = 2; i < controls.size(); i += 2) {
+            const auto frame = [&](qsizetype at) {
+                const QJsonArray f = controls[at][u"frame"_s].toArray();
+                return QRectF(f[0].toDouble(), f[1].toDouble(), f[2].toDouble(), f[3].toDouble());
+            };
+            EXPECT_LT(frame(i).right(), frame(i + 1).left()) << i;
+            EXPECT_DOUBLE_EQ(frame(i + 1).right(), safe.right()) << i;
+        }
         m_stack.popController();
     }
 }
