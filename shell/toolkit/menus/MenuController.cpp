@@ -21,16 +21,16 @@ void MenuController::setFocusedRow(long row)
     const long clamped = count == 0 ? -1 : std::clamp(row, 0L, count - 1);
     if (clamped == m_focus)
         return;
-    land(clamped);
+    m_focus = clamped;
+    focusLanded(m_focus);
     emit changed();
 }
 
-void MenuController::land(long row)
+void MenuController::willBeBuried()
 {
-    m_focus = row;
+    LayerController::willBeBuried();
     ListDataSource* const source = m_list.datasource();
-    m_focusTitle = row >= 0 && source ? source->titleForRow(row) : QString();
-    focusLanded(row);
+    m_buriedTitle = m_focus >= 0 && source ? source->titleForRow(m_focus) : QString();
 }
 
 // The row the focus was on is checked first: most reloads leave it where it was, and
@@ -38,11 +38,11 @@ void MenuController::land(long row)
 long MenuController::rowOfFocusedTitle(long row)
 {
     ListDataSource* const source = m_list.datasource();
-    if (!source || m_focusTitle.isNull())
+    if (!source || m_buriedTitle.isNull())
         return row;
-    if (row >= 0 && row < m_list.count() && source->titleForRow(row) == m_focusTitle)
+    if (row >= 0 && row < m_list.count() && source->titleForRow(row) == m_buriedTitle)
         return row;
-    const long found = source->rowForTitle(m_focusTitle);
+    const long found = source->rowForTitle(m_buriedTitle);
     return found >= 0 && found < m_list.count() ? found : row;
 }
 
@@ -103,9 +103,10 @@ void MenuController::didBecomeTop(bool pushed)
     const long count = m_list.count();
     long row = pushed ? 0 : rowOfFocusedTitle(m_focus);
     row = count == 0 ? -1 : std::clamp(row, 0L, count - 1);
+    m_focus = row;
     // Landing on the top again asks for the preview afresh: what it shows may have
     // changed under the screen above.
-    land(row);
+    focusLanded(m_focus);
     emit changed();
 }
 

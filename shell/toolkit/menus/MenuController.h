@@ -29,6 +29,8 @@ public:
     // Clamped to the list; runs focusLanded when the row changes.
     void setFocusedRow(long row);
 
+    // Remembers the focused row's title: the screen above may change the rows.
+    void willBeBuried() override;
     // Sets the list's frame to the theme's list frame.
     void resetLayout() override;
     bool handleAction(RemoteAction action) override;
@@ -41,14 +43,13 @@ protected:
     virtual void focusLanded(long row);
 
 private:
-    // Puts the focus on `row` (already clamped) and remembers its title.
-    void land(long row);
-    // Where the focused title stands after a reload; `row` when it is gone.
+    // Where the title focused when the menu was buried stands after a reload; `row`
+    // when no row has it any more.
     long rowOfFocusedTitle(long row);
 
     MenuList m_list;
     long m_focus = -1;
-    QString m_focusTitle;
+    QString m_buriedTitle;
 };
 
 } // namespace shell
