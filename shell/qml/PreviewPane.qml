@@ -53,6 +53,7 @@ Item {
         id: cover
 
         source: pane.preview.imageUrl
+        fallbackSource: pane.preview.fallbackImageUrl
         x: 0
         y: 0
         width: pane.width

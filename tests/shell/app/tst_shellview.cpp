@@ -3,6 +3,7 @@
 #include "views/RowsModel.h"
 #include "views/ShellView.h"
 
+#include "toolkit/media/DefaultMediaImages.h"
 #include "toolkit/media/MetadataPreviewController.h"
 #include "toolkit/media/XmlMediaAsset.h"
 #include "toolkit/menus/CenteredMenuController.h"
@@ -61,6 +62,7 @@ public:
         asset->setValue("title", QStringLiteral("Movie %1").arg(row));
         asset->setValue("cast", QStringList { "Ada", "Ben" });
         asset->setValue("duration", 5400);
+        asset->setValue("mediaDescription", "Vireo Says: Staff pick\rA lighthouse");
         if (row == 0 && !cover.isEmpty())
             asset->setValue("previewURL", QUrl::fromLocalFile(cover).toString());
         auto preview = std::make_unique<shell::MetadataPreviewController>(m_scene);
@@ -223,6 +225,10 @@ TEST_F(ShellViewTest, MenusHandOverTheirListPreviewAndTexts)
     EXPECT_FALSE(preview.isIcon());
     EXPECT_EQ(preview.cast(), "Ada, Ben");
     EXPECT_EQ(preview.durationText(), "1 h 30 min");
+    EXPECT_EQ(preview.description(), "Vireo Says: Staff pick\nA lighthouse");
+    // Should the cover not load, the movie's default picture stands in.
+    EXPECT_EQ(m_images->image(preview.fallbackImageUrl().mid(14)),
+        shell::DefaultMediaImages::imageForMediaType(shell::MediaType::movie));
     m_stack.handleAction(RemoteAction::Down);
     EXPECT_EQ(m_view.menu()->focusedRow(), 1);
     EXPECT_EQ(preview.title(), "Movie 1");
