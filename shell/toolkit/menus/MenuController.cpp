@@ -83,11 +83,17 @@ QJsonObject MenuController::describe() const
     ListDataSource* const source = m_list.datasource();
     for (long row = 0; source && row < m_list.count(); ++row) {
         const std::unique_ptr<MenuItem> item = source->itemForRow(row);
-        rows.append(QJsonObject {
+        QJsonObject described {
             { QStringLiteral("title"), jsonText(item ? item->title() : source->titleForRow(row)) },
             { QStringLiteral("kind"), item ? item->kindName() : QStringLiteral("plain") },
             { QStringLiteral("dividerAbove"), m_list.hasDividerAbove(row) },
-        });
+        };
+        if (item && item->isPartlyWatched()) {
+            described.insert(QStringLiteral("resume"),
+                QJsonObject { { QStringLiteral("position"), item->resumePositionMS() },
+                    { QStringLiteral("duration"), item->durationMS() } });
+        }
+        rows.append(described);
     }
     object.insert(QStringLiteral("rows"), rows);
     object.insert(QStringLiteral("focus"),

@@ -34,7 +34,9 @@ public:
     // Sets the list's frame to the theme's list frame.
     void resetLayout() override;
     bool handleAction(RemoteAction action) override;
-    // Adds "title" (the list's title), "rows" and "focus" to the base's object.
+    // Adds "title" (the list's title), "rows" and "focus" to the base's object. A
+    // partly watched row adds "resume": {"position", "duration"} in ms (duration 0
+    // when not known).
     QJsonObject describe() const override;
 
 protected:
