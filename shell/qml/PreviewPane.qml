@@ -84,6 +84,13 @@ Item {
             visible: text !== ""
         }
         StyledText {
+            objectName: "previewResume"
+            width: facts.width
+            textStyle: ThemeView.previewValueStyle
+            text: pane.preview.resumeText
+            visible: text !== ""
+        }
+        StyledText {
             width: facts.width
             textStyle: ThemeView.previewBodyStyle
             text: pane.preview.description

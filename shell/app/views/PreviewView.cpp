@@ -133,6 +133,7 @@ PreviewView::State PreviewView::read(const shell::PreviewController* preview)
     state.producers = joined(described.value(u"producers"));
     state.durationText = formatDuration(described.value(u"duration").toInt());
     state.copyright = described.value(u"copyright").toString();
+    state.resumeText = described.value(u"resume").toString();
     return state;
 }
 

@@ -42,6 +42,8 @@ class PreviewView : public QObject {
     Q_PROPERTY(QString producers READ producers NOTIFY changed)
     Q_PROPERTY(QString durationText READ durationText NOTIFY changed)
     Q_PROPERTY(QString copyright READ copyright NOTIFY changed)
+    // "Resume from 0:18 of 1:42" for a partly watched movie, empty otherwise.
+    Q_PROPERTY(QString resumeText READ resumeText NOTIFY changed)
 public:
     // Without `images`, a preview without a cover file has no picture.
     explicit PreviewView(std::shared_ptr<ImageStore> images, QObject* parent = nullptr);
@@ -63,6 +65,7 @@ public:
     QString producers() const { return m_state.producers; }
     QString durationText() const { return m_state.durationText; }
     QString copyright() const { return m_state.copyright; }
+    QString resumeText() const { return m_state.resumeText; }
 
     // "1 h 42 min", "42 min", "38 s", empty for 0.
     static QString formatDuration(int seconds);
@@ -89,6 +92,7 @@ private:
         QString producers;
         QString durationText;
         QString copyright;
+        QString resumeText;
         bool operator==(const State&) const = default;
     };
 

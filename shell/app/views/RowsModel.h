@@ -33,6 +33,8 @@ public:
         ArrowRole, // a folder row's arrow
         DividerAboveRole,
         IconRole, // an image URL, empty without an icon
+        PartlyWatchedRole, // a movie with a resume point
+        WatchedFractionRole, // how much of it lies before that point; 0 when unknown
     };
 
     // Without `images`, rows have no icons.
@@ -66,6 +68,8 @@ private:
         QString kind;
         bool arrow = false;
         QString icon;
+        bool partlyWatched = false;
+        double watchedFraction = 0.0;
     };
 
     const Row& row(int index) const;

@@ -56,13 +56,17 @@ protected:
     QStringList rows() const { return strings("rows", "title"); }
     // The texts of the top screen's text controls, in the order they are drawn.
     QStringList texts() const { return strings("controls", "text", "text"); }
-    // Moves the focus to the row titled `title` as the remote would, then selects it.
-    void choose(const QString& title)
+    // Moves the focus to the row titled `title` as the remote would.
+    void focus(const QString& title)
     {
         const long target = rows().indexOf(title);
         ASSERT_GE(target, 0) << qPrintable(title);
         while (top().value(u"focus"_s).toInt() != target)
             press(top().value(u"focus"_s).toInt() < target ? RemoteAction::Down : RemoteAction::Up);
+    }
+    void choose(const QString& title)
+    {
+        focus(title);
         press(RemoteAction::Select);
     }
 
@@ -139,7 +143,48 @@ TEST_F(ScreensTest, TopMenuRowsKeepTheListingOrder)
             top->list().dividers(), c.divider ? std::set<long> { c.divider } : std::set<long> {});
         EXPECT_EQ(top->itemForRow(top->itemCount() - 1)->kind(), shell::MenuItem::Kind::Folder);
         EXPECT_EQ(top->rowForTitle(expected.first()), 0);
+        // Only an empty library's "Settings" tells how movies arrive; only an empty
+        // sub-folder says it is empty.
+        EXPECT_EQ(top->previewControllerForItem(top->itemCount() - 1)->describe()[u"description"_s],
+            c.divider
+                ? QJsonValue()
+                : u"No movies yet: they arrive from a paired Vireo Player, or with vireoctl add."_s);
+        m_stack.pushController(std::make_unique<VireoApplianceController>(m_scene, movies(), true));
+        EXPECT_EQ(
+            m_stack.describeTop()[u"preview"_s][u"description"_s] == u"This folder is empty."_s,
+            !c.divider);
         m_stack.popController();
+        m_stack.popController();
+    }
+}
+
+// Where each movie would resume, from the one read of the cache at the scan (the file
+// is gone by the time the previews are made); its length once its preview read it.
+TEST_F(ScreensTest, PartlyWatchedMoviesShowWhereTheyResume)
+{
+    writeFile(movies() + u"Up.xml"_s, "<movie><title>Up</title><duration>102</duration></movie>");
+    for (const QString& name : { u"Up.m4v"_s, u"Heat.m4v"_s, u"Alien.m4v"_s }) {
+        writeFile(movies() + name);
+        if (name != u"Alien.m4v"_s)
+            PlaybackPositionCache::save(VTVMediaAsset::assetIdForFileName(name), 18'999);
+    }
+    enter();
+    ASSERT_TRUE(QFile::remove(LibraryPaths::cachePath()));
+    const struct {
+        QString title;
+        QJsonValue row, preview;
+    } cases[] = {
+        { u"Up"_s, QJsonObject { { u"position"_s, 18'999 }, { u"duration"_s, 102'000 } },
+            u"Resume from 0:18 of 1:42"_s },
+        { u"Heat"_s, QJsonObject { { u"position"_s, 18'999 }, { u"duration"_s, 0 } },
+            u"Resume from 0:18"_s },
+        { u"Alien"_s, QJsonValue::Undefined, QJsonValue::Null },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(qPrintable(c.title));
+        focus(c.title);
+        EXPECT_EQ(top()[u"rows"_s][rows().indexOf(c.title)][u"resume"_s], c.row);
+        EXPECT_EQ(top()[u"preview"_s][u"resume"_s], c.preview);
     }
 }
 
