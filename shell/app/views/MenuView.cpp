@@ -42,6 +42,8 @@ void MenuView::update(shell::LayerController* top, bool newScreen)
         state.previewFrame
             = SceneMapping::toView(QRectF(safe.x(), safe.y(), previewWidth, safe.height()));
     }
+    if (!reset && state.focus >= 0 && state.focus != m_state.focus)
+        m_rows->refreshRow(state.focus);
     const bool differs = reset || !(state == m_state);
     const bool jumped = reset || newScreen || std::abs(state.focus - m_state.focus) > 1;
     const bool jumpDiffers = differs && jumped != m_focusJumped;

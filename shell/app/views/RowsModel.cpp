@@ -77,6 +77,12 @@ void RowsModel::reset(shell::MenuController* menu)
         emit countChanged();
 }
 
+void RowsModel::refreshRow(int index)
+{
+    if (m_cache.remove(index) != 0)
+        emit dataChanged(this->index(index), this->index(index));
+}
+
 int RowsModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : m_count;

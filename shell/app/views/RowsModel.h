@@ -47,6 +47,9 @@ public:
     shell::MenuController* menu() const;
     // Checks the shown menu's list again (after the menu changed); true on a reset.
     bool sync();
+    // Reads row `index` again when the view already asked about it: a row may show
+    // more once the focus landed on it (a partly watched movie's length).
+    void refreshRow(int index);
 
     int count() const { return m_count; }
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;

@@ -233,8 +233,12 @@ TEST_F(ShellViewTest, MenusHandOverTheirListPreviewAndTexts)
     // Should the cover not load, the movie's default picture stands in.
     EXPECT_EQ(m_images->image(preview.fallbackImageUrl().mid(14)),
         shell::DefaultMediaImages::imageForMediaType(shell::MediaType::movie));
+    RowsModel& rows = *m_view.menu()->rows();
+    rows.data(rows.index(1), RowsModel::TitleRole);
     m_stack.handleAction(RemoteAction::Down);
     EXPECT_EQ(m_view.menu()->focusedRow(), 1);
+    rows.data(rows.index(1), RowsModel::TitleRole);
+    EXPECT_EQ(m_rows.asked.count(1), 2) << "a row the focus lands on is read again";
     EXPECT_EQ(preview.title(), "Movie 1");
     EXPECT_TRUE(preview.imageUrl().startsWith("image://shell/")) << "the asset's own cover";
     EXPECT_TRUE(preview.isIcon());
