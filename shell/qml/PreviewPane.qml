@@ -53,6 +53,7 @@ Item {
         id: cover
 
         source: pane.preview.imageUrl
+        fallbackSource: pane.preview.fallbackImageUrl
         x: 0
         y: 0
         width: pane.width
@@ -63,6 +64,7 @@ Item {
         reflectionHeight: 0.2
     }
 
+    // Never below the pane: whatever does not fit is cut off at its bottom edge.
     Column {
         id: facts
 
@@ -71,7 +73,9 @@ Item {
         anchors.right: parent.right
         anchors.top: cover.bottom
         anchors.topMargin: ThemeView.previewFactsGap
+        anchors.bottom: parent.bottom
         spacing: ThemeView.previewFactsSpacing
+        clip: true
 
         StyledText {
             width: facts.width
@@ -80,12 +84,19 @@ Item {
             visible: text !== ""
         }
         StyledText {
+            objectName: "previewResume"
+            width: facts.width
+            textStyle: ThemeView.previewValueStyle
+            text: pane.preview.resumeText
+            visible: text !== ""
+        }
+        StyledText {
             width: facts.width
             textStyle: ThemeView.previewBodyStyle
             text: pane.preview.description
             visible: text !== ""
             wrapMode: Text.WordWrap
-            maximumLineCount: 4
+            maximumLineCount: 3
         }
         Fact {
             label: qsTr("Starring")
@@ -108,8 +119,6 @@ Item {
             textStyle: ThemeView.previewCopyrightStyle
             text: pane.preview.copyright
             visible: text !== ""
-            wrapMode: Text.WordWrap
-            maximumLineCount: 2
         }
     }
 }

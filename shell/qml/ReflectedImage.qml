@@ -4,11 +4,13 @@ import Vireo.Shell.Views
 // An image fitted into the item (aspect kept, standing on `imageBottom`
 // from the top), with its mirror image fading out below it: `reflection` is the
 // mirror's opacity at its top (0: none), `reflectionOffset` the gap as a fraction of
-// the image's height.
+// the image's height. When `source` cannot be loaded, `fallbackSource` is drawn.
 Item {
     id: root
 
-    property alias source: picture.source
+    property url source
+    property url fallbackSource
+    property bool sourceFailed: false
     property real reflection: 0.0
     property real reflectionOffset: 0.0
     // How much of the image the reflection shows, from its bottom edge.
@@ -19,9 +21,17 @@ Item {
     readonly property real fitScale: picture.implicitWidth > 0 && picture.implicitHeight > 0
         ? Math.min(width / picture.implicitWidth, imageBottom / picture.implicitHeight) : 0
 
+    onSourceChanged: sourceFailed = false
+
     Image {
         id: picture
 
+        objectName: "picture"
+        source: root.sourceFailed ? root.fallbackSource : root.source
+        onStatusChanged: {
+            if (status === Image.Error)
+                root.sourceFailed = true
+        }
         width: implicitWidth * root.fitScale
         height: implicitHeight * root.fitScale
         x: (root.width - width) / 2

@@ -54,6 +54,8 @@ ListView {
         required property bool arrow
         required property bool dividerAbove
         required property string icon
+        required property bool partlyWatched
+        required property real watchedFraction
         readonly property bool focused: ListView.isCurrentItem
 
         width: ListView.view.width
@@ -88,7 +90,7 @@ ListView {
             cache: false
         }
         StyledText {
-            textStyle: ThemeView.listStyle
+            textStyle: (row.ListView.view as RowList).menu.rowStyle
             text: row.title
             anchors.left: rowIcon.visible ? rowIcon.right : parent.left
             anchors.leftMargin: ThemeView.rowTextInset
@@ -98,6 +100,32 @@ ListView {
             horizontalAlignment: (row.ListView.view as RowList).centered ? Text.AlignHCenter
                                                                         : Text.AlignLeft
             color: row.focused ? ThemeView.focusedText : ThemeView.rowText
+        }
+        // A partly watched movie: a thin bar filled up to its resume point, or only a
+        // short mark when its length is not known.
+        Item {
+            visible: row.partlyWatched
+            anchors.left: parent.left
+            anchors.leftMargin: ThemeView.rowTextInset
+            anchors.right: parent.right
+            anchors.rightMargin: ThemeView.rowInset
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: ThemeView.lineWidth * 2
+            height: ThemeView.lineWidth * 2
+
+            Rectangle {
+                visible: row.watchedFraction > 0
+                anchors.fill: parent
+                radius: height / 2
+                color: ThemeView.progressTrack
+            }
+            Rectangle {
+                width: row.watchedFraction > 0 ? parent.width * row.watchedFraction
+                                               : parent.height * 6
+                height: parent.height
+                radius: height / 2
+                color: ThemeView.progressFill
+            }
         }
         StyledText {
             id: arrowMark

@@ -37,7 +37,10 @@ bool getDiskSpaceInfo(
     DiskUsage::getDiskSpaceUsed(libraryPath, usedKB, entryCount);
     qint64 totalKB = 0;
     qint64 availableKB = 0;
-    DiskUsage::getDiskSpace(libraryPath, totalKB, availableKB);
+    // Before the first sync there is no library folder; its movies will land on the
+    // file system that holds the home folder.
+    if (!DiskUsage::getDiskSpace(libraryPath, totalKB, availableKB))
+        DiskUsage::getDiskSpace(LibraryPaths::home(), totalKB, availableKB);
 
     if (used)
         *used = formatKB(usedKB);

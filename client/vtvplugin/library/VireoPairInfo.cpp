@@ -14,11 +14,12 @@
 
 namespace {
 
+// The locale's short form: the Syncing screen sets it beside its label on one line.
 QString formatTime(quint32 seconds)
 {
     if (seconds == 0)
         return QString();
-    return QLocale::system().toString(QDateTime::fromSecsSinceEpoch(seconds), QLocale::LongFormat);
+    return QLocale::system().toString(QDateTime::fromSecsSinceEpoch(seconds), QLocale::ShortFormat);
 }
 
 QString nullIfEmpty(const QString& text)

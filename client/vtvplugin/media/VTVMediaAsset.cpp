@@ -216,7 +216,13 @@ qint32 VTVMediaAsset::assetIdInt() const
     if (isTrailer())
         return stableHash(_trailerThumbnailURL);
     const QString path = FileSystem::localPath(_mediaURL);
-    return stableHash(lastPathComponent(path.isNull() ? _mediaURL.path(QUrl::FullyDecoded) : path));
+    return assetIdForFileName(
+        lastPathComponent(path.isNull() ? _mediaURL.path(QUrl::FullyDecoded) : path));
+}
+
+qint32 VTVMediaAsset::assetIdForFileName(const QString& fileName)
+{
+    return stableHash(fileName);
 }
 
 QString VTVMediaAsset::assetID() const
@@ -320,6 +326,15 @@ bool VTVMediaAsset::hasBeenPlayed() const
         m_bCheckedPlayback = true;
     }
     return m_bHasBeenPlayed;
+}
+
+void VTVMediaAsset::takeCachedPosition(qint32 positionMs)
+{
+    if (isTrailer())
+        return;
+    m_bHasBeenPlayed = positionMs > 0;
+    m_nPlaybackTime = m_bHasBeenPlayed ? positionMs : 0;
+    m_bCheckedPlayback = true;
 }
 
 int VTVMediaAsset::bookmarkTimeInMS() const

@@ -88,6 +88,12 @@ public:
 
     // Keys the playback position cache; stable across runs, processes and machines.
     qint32 assetIdInt() const;
+    // The id of the library movie named `fileName` (its last path component), without
+    // making its asset: what a menu needs to look its rows up in the cache.
+    static qint32 assetIdForFileName(const QString& fileName);
+    // The resume point a menu already read from the cache for this movie (0: none),
+    // so the asset does not read the cache file again.
+    void takeCachedPosition(qint32 positionMs);
 
     QString clientContentId() const { return _clientContentId; }
     QString vireoContentId() const { return _vireoContentId; }

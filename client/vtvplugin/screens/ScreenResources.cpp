@@ -20,7 +20,8 @@ QImage ScreenResources::icon()
     return bundle().imageForResource(iconName(), iconType());
 }
 
-std::unique_ptr<shell::PreviewController> ScreenResources::appliancePreview(shell::Scene& scene)
+std::unique_ptr<shell::PreviewController> ScreenResources::appliancePreview(
+    shell::Scene& scene, const QString& note)
 {
     auto asset = std::make_shared<shell::XmlMediaAsset>();
     const QString icon = iconURL();
@@ -28,6 +29,8 @@ std::unique_ptr<shell::PreviewController> ScreenResources::appliancePreview(shel
     asset->setValue(QStringLiteral("previewURL"), icon);
     asset->setValue(QStringLiteral("mediaType"), static_cast<int>(shell::MediaType::photo));
     asset->setValue(QStringLiteral("copyright"), VTVMediaAsset::copyrightLine());
+    if (!note.isEmpty())
+        asset->setValue(QStringLiteral("mediaDescription"), note);
     auto preview = std::make_unique<shell::MetadataPreviewController>(scene);
     preview->setAsset(std::move(asset));
     preview->setShowsMetadataImmediately(true);

@@ -31,6 +31,8 @@ public:
     static QString softwareVersion() { return QStringLiteral("0.96.16.118"); }
 
     // The preview of rows that stand for the appliance itself (Settings and its rows):
-    // the icon as a photo, with the maker's copyright line, shown at once.
-    static std::unique_ptr<shell::PreviewController> appliancePreview(shell::Scene& scene);
+    // the icon as a photo, with the maker's copyright line, shown at once; `note`, when
+    // given, as its description.
+    static std::unique_ptr<shell::PreviewController> appliancePreview(
+        shell::Scene& scene, const QString& note = {});
 };

@@ -6,6 +6,7 @@
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/player/VideoPlayerController.h"
 #include "toolkit/stack/ControllerStack.h"
+#include "vtvplugin/library/PairFolders.h"
 #include "vtvplugin/library/VireoPairInfo.h"
 #include "vtvplugin/media/VTVMediaAsset.h"
 #include "vtvplugin/platform/VtvLog.h"
@@ -13,7 +14,9 @@
 #include "vtvplugin/screens/VireoConfigController.h"
 #include "vtvplugin/store/LibraryFormat.h"
 #include "vtvplugin/store/LibraryPaths.h"
+#include "vtvplugin/store/PlaybackPositionCache.h"
 
+#include <QCoreApplication>
 #include <QUrl>
 
 #include <algorithm>
@@ -71,6 +74,7 @@ VireoApplianceController::VireoApplianceController(
     , m_bShowTrailers(isMainMenu)
     , m_bIsMainMenu(isMainMenu)
     , m_nLastSyncTime(getLastSyncTimeForAllPairs())
+    , m_pairFolders(pairFolders())
 {
     refreshList();
     list().setDatasource(this);
@@ -127,6 +131,7 @@ std::unique_ptr<shell::MenuItem> VireoApplianceController::itemForRow(long row)
     case RowKind::Movie:
         item = shell::MenuItem::adornedMenuItem();
         item->textItem().setTitle(titleForRow(row));
+        markResumePoint(*item, row - folderCount());
         break;
     case RowKind::None:
         break;
@@ -187,12 +192,57 @@ std::unique_ptr<shell::PreviewController> VireoApplianceController::previewContr
         return shell::PreviewFactory::previewControllerForAsset(
             assetForFile(row - folderCount()), this, scene());
     case RowKind::Settings:
-        return ScreenResources::appliancePreview(scene());
+        return settingsPreview();
     case RowKind::Folder:
     case RowKind::None:
         break;
     }
     return nullptr;
+}
+
+// With no folder and no movie yet, the "Settings" row tells how movies arrive.
+std::unique_ptr<shell::PreviewController> VireoApplianceController::settingsPreview()
+{
+    const bool libraryEmpty = folderCount() == 0 && movieCount() == 0;
+    return ScreenResources::appliancePreview(scene(),
+        libraryEmpty ? QCoreApplication::translate("VireoApplianceController",
+            "No movies yet: they arrive from a paired Vireo Player, or "
+            "with vireoctl add.")
+                     : QString());
+}
+
+std::unique_ptr<shell::PreviewController> VireoApplianceController::previewControllerForEmptyList()
+{
+    if (m_bIsMainMenu)
+        return nullptr;
+    return ScreenResources::appliancePreview(
+        scene(), QCoreApplication::translate("VireoApplianceController", "This folder is empty."));
+}
+
+void VireoApplianceController::markResumePoint(shell::MenuItem& item, long index) const
+{
+    const std::shared_ptr<VTVMediaAsset> asset
+        = m_pAssetList && index < m_nAssetListSize ? m_pAssetList[index] : nullptr;
+    if (asset) {
+        item.setResumePoint(asset->bookmarkTimeInMS(), qint64(asset->duration()) * 1000);
+        return;
+    }
+    const qint32 id = VTVMediaAsset::assetIdForFileName(m_pFileList->at(index));
+    item.setResumePoint(m_resumePoints.value(id), 0);
+}
+
+QHash<qint32, qint32> VireoApplianceController::readResumePoints()
+{
+    QHash<qint32, qint32> points;
+    const QMap<QString, QString> entries = PlaybackPositionCache::entries();
+    for (auto entry = entries.cbegin(); entry != entries.cend(); ++entry) {
+        bool isNumber = false;
+        const qint32 id = entry.key().toInt(&isNumber);
+        const std::optional<qint32> position = PlaybackPositionCache::positionOf(entry.value());
+        if (isNumber && position && *position > 0)
+            points.insert(id, *position);
+    }
+    return points;
 }
 
 std::shared_ptr<VTVMediaAsset> VireoApplianceController::assetForFile(long index)
@@ -209,6 +259,8 @@ std::shared_ptr<VTVMediaAsset> VireoApplianceController::assetForFile(long index
     if (!slot) {
         const QString path = m_pDirectory + QLatin1Char('/') + m_pFileList->at(index);
         slot = std::make_shared<VTVMediaAsset>(FileSystem::fileURL(path));
+        slot->takeCachedPosition(
+            m_resumePoints.value(VTVMediaAsset::assetIdForFileName(m_pFileList->at(index))));
     }
     return slot;
 }
@@ -264,6 +316,7 @@ void VireoApplianceController::refreshList()
     if (entries)
         sortEntries(*entries);
     placeDivider();
+    m_resumePoints = movieCount() > 0 ? readResumePoints() : QHash<qint32, qint32>();
 }
 
 // Both lists keep the listing order; a folder with a movie's extension is in both.
@@ -338,11 +391,23 @@ void VireoApplianceController::willBePushed()
     shell::MediaMenuController::willBePushed();
 }
 
+QStringList VireoApplianceController::pairFolders()
+{
+    QStringList folders;
+    PairFolders::listVireoTVdirs(folders);
+    folders.sort();
+    return folders;
+}
+
+// A sync moves the latest sync time; unpairing a player that was not the last to sync
+// does not, but changes the pair folders. Either way the folder may have changed.
 void VireoApplianceController::willBeExhumed()
 {
     const quint32 lastSyncTime = getLastSyncTimeForAllPairs();
-    if (lastSyncTime != m_nLastSyncTime) {
+    QStringList folders = pairFolders();
+    if (lastSyncTime != m_nLastSyncTime || folders != m_pairFolders) {
         m_nLastSyncTime = lastSyncTime;
+        m_pairFolders = std::move(folders);
         refreshList();
     }
     shell::MediaMenuController::willBeExhumed();

@@ -4,6 +4,7 @@
 #include "toolkit/menus/ListDataSource.h"
 #include "toolkit/menus/MediaMenuController.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -35,6 +36,8 @@ public:
     long rowForTitle(const QString& title) override;
     void itemSelected(long row) override;
     std::unique_ptr<shell::PreviewController> previewControllerForItem(long row) override;
+    // An empty sub-folder says so (the top menu always has its "Settings" row).
+    std::unique_ptr<shell::PreviewController> previewControllerForEmptyList() override;
 
     // The asset of movie `index` (an index into the movie files, not a row), made on
     // first use and kept until the next scan; null past the end.
@@ -79,6 +82,13 @@ private:
     void pushFolder(long index);
     void playMovie(long index);
     void pushSettings();
+    static QStringList pairFolders();
+    // Asset id -> resume point in ms, for the movies that have one.
+    static QHash<qint32, qint32> readResumePoints();
+    // The resume point of movie `index` and the movie's length (0 when unknown), from
+    // its asset when one was made, else from the scan's read of the cache.
+    void markResumePoint(shell::MenuItem& item, long index) const;
+    std::unique_ptr<shell::PreviewController> settingsPreview();
 
     QString m_pDirectory;
     std::optional<QStringList> m_pFileList;
@@ -91,4 +101,10 @@ private:
     qint32 m_nTopDividerIndex = -1;
     qint32 m_nBottomDividerIndex = -1;
     quint32 m_nLastSyncTime = 0;
+    // The pair folders at the last scan check: a player unpaired (or paired) changes the
+    // library without a sync.
+    QStringList m_pairFolders;
+    // Read once per scan: rows are marked without making an asset or opening the
+    // cache file per row.
+    QHash<qint32, qint32> m_resumePoints;
 };

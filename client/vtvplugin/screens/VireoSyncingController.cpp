@@ -22,6 +22,8 @@ constexpr int kHelpLines = 3;
 constexpr float kAboutRows = 6;
 constexpr float kReflectionAmount = 0.3f;
 constexpr float kReflectionOffset = 0.1f;
+// Between a fact's label and the furthest its value may reach to the left.
+constexpr float kValueGap = 24;
 
 // Where the screen's parts stand, in scene units, from the theme's title-safe frame:
 // the icon and help text in the left column, the facts panel from `left` to the
@@ -72,11 +74,15 @@ void placeLabel(shell::TextControl& label, const Layout& layout, float y, float 
     label.setFrame(QRectF(layout.left, y, width, height));
 }
 
-// Right-aligned, so that a long value grows to the left.
-void placeValue(shell::TextControl& value, const Layout& layout, float y, float height)
+// Right-aligned, so that a long value grows to the left, but never over its label: a
+// value too long for the room left is cut short (the front end elides what passes
+// its frame).
+void placeValue(shell::TextControl& value, const shell::TextControl& label, const Layout& layout,
+    float y, float height)
 {
-    const float width = float(value.renderedSize().width());
-    value.setFrame(QRectF(layout.right() - width, y, width, height));
+    const float leftmost = float(label.frame().right()) + kValueGap;
+    const float x = std::max(leftmost, layout.right() - float(value.renderedSize().width()));
+    value.setFrame(QRectF(x, y, layout.right() - x, height));
 }
 
 } // namespace
@@ -141,7 +147,7 @@ void VireoSyncingController::addPanel()
         auto value = std::make_unique<shell::TextControl>();
         value->setText(kBlank, theme.settingsAboutValueStyle());
         value->setMaximumLines(1);
-        placeValue(*value, layout, y, layout.rowHeight);
+        placeValue(*value, *label, layout, y, layout.rowHeight);
         m_pControls.push_back(static_cast<shell::TextControl*>(addControl(std::move(label))));
         m_pControls.push_back(static_cast<shell::TextControl*>(addControl(std::move(value))));
     }
@@ -255,5 +261,5 @@ void VireoSyncingController::fillPanelRow(std::size_t index, const PanelRow& row
     const Layout layout = Layout::fromTheme();
     const float y = float(label.frame().y());
     placeLabel(label, layout, y, height);
-    placeValue(value, layout, y, height);
+    placeValue(value, label, layout, y, height);
 }

@@ -36,11 +36,14 @@ void MenuView::update(shell::LayerController* top, bool newScreen)
         state.title = menu->list().title();
         const QRectF list = menu->list().frame();
         state.listFrame = SceneMapping::toView(list);
+        state.rowStyle = TextStyleView(menu->list().rowStyle());
         const QRectF safe = shell::Theme::shared().titleSafeFrame();
         const qreal previewWidth = std::max<qreal>(0, list.x() - safe.x() - kPreviewGap);
         state.previewFrame
             = SceneMapping::toView(QRectF(safe.x(), safe.y(), previewWidth, safe.height()));
     }
+    if (!reset && state.focus >= 0 && state.focus != m_state.focus)
+        m_rows->refreshRow(state.focus);
     const bool differs = reset || !(state == m_state);
     const bool jumped = reset || newScreen || std::abs(state.focus - m_state.focus) > 1;
     const bool jumpDiffers = differs && jumped != m_focusJumped;

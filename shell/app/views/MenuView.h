@@ -1,6 +1,7 @@
 #pragma once
 
 #include "RowsModel.h"
+#include "TextStyleView.h"
 
 #include <QObject>
 #include <QRectF>
@@ -30,6 +31,8 @@ class MenuView : public QObject {
     Q_PROPERTY(bool focusJumped READ focusJumped NOTIFY focusJumpedChanged)
     Q_PROPERTY(QString title READ title NOTIFY changed)
     Q_PROPERTY(QRectF listFrame READ listFrame NOTIFY changed)
+    // The style the rows' titles are set in (a centred menu may set them smaller).
+    Q_PROPERTY(mediashell::TextStyleView rowStyle READ rowStyle NOTIFY changed)
     Q_PROPERTY(QRectF previewFrame READ previewFrame NOTIFY changed)
 public:
     // Without `images`, rows have no icons.
@@ -44,6 +47,7 @@ public:
     bool focusJumped() const { return m_focusJumped; }
     QString title() const { return m_state.title; }
     QRectF listFrame() const { return m_state.listFrame; }
+    TextStyleView rowStyle() const { return m_state.rowStyle; }
     QRectF previewFrame() const { return m_state.previewFrame; }
 
 signals:
@@ -56,6 +60,7 @@ private:
         int focus = -1;
         QString title;
         QRectF listFrame;
+        TextStyleView rowStyle;
         QRectF previewFrame;
         bool operator==(const State&) const = default;
     };

@@ -4,6 +4,8 @@
 #include "ImageStore.h"
 #include "ImageUrlProvider.h"
 
+#include "foundation/FileSystem.h"
+#include "toolkit/media/DefaultMediaImages.h"
 #include "toolkit/media/MediaPreviewController.h"
 #include "toolkit/menus/MediaMenuController.h"
 
@@ -41,6 +43,16 @@ PreviewView::~PreviewView()
 QString PreviewView::imageGroup() const
 {
     return QStringLiteral("preview%1").arg(quintptr(this));
+}
+
+QString PreviewView::defaultImageUrl(shell::MediaType type)
+{
+    if (!m_images)
+        return {};
+    QString& url = m_defaultImages[int(type)];
+    if (url.isEmpty())
+        url = m_images->add(imageGroup(), shell::DefaultMediaImages::imageForMediaType(type));
+    return url;
 }
 
 QString PreviewView::formatDuration(int seconds)
@@ -95,7 +107,10 @@ PreviewView::State PreviewView::read(const shell::PreviewController* preview)
         return state;
     const QJsonObject described = preview->describe();
     state.shown = true;
-    state.imageUrl = imageUrl(described.value(u"image").toString());
+    const QString image = described.value(u"image").toString();
+    // A cover file that is not there (a movie copied without one) is no cover at all.
+    const bool missingFile = QFileInfo(image).isAbsolute() && !FileSystem::exists(image);
+    state.imageUrl = missingFile ? QString() : imageUrl(image);
     if (state.imageUrl.isEmpty() && preview->asset()) {
         // No file or address: the picture the asset draws itself, or its type's.
         state.imageUrl
@@ -103,15 +118,22 @@ PreviewView::State PreviewView::read(const shell::PreviewController* preview)
         m_storedImage = state.imageUrl;
         state.isIcon = true;
     }
+    if (preview->asset())
+        state.fallbackImageUrl = defaultImageUrl(preview->asset()->mediaType());
     const auto* const mediaPreview = dynamic_cast<const shell::MediaPreviewController*>(preview);
     state.showsMetadata = !mediaPreview || mediaPreview->showsMetadata();
     state.title = described.value(u"title").toString();
-    state.description = described.value(u"description").toString();
+    // A carriage return breaks the line in the asset's texts, as a line feed does.
+    state.description = described.value(u"description")
+                            .toString()
+                            .replace(QLatin1String("\r\n"), QLatin1String("\n"))
+                            .replace(QLatin1Char('\r'), QLatin1Char('\n'));
     state.cast = joined(described.value(u"cast"));
     state.directors = joined(described.value(u"directors"));
     state.producers = joined(described.value(u"producers"));
     state.durationText = formatDuration(described.value(u"duration").toInt());
     state.copyright = described.value(u"copyright").toString();
+    state.resumeText = described.value(u"resume").toString();
     return state;
 }
 

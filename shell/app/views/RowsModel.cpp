@@ -77,6 +77,12 @@ void RowsModel::reset(shell::MenuController* menu)
         emit countChanged();
 }
 
+void RowsModel::refreshRow(int index)
+{
+    if (m_cache.remove(index) != 0)
+        emit dataChanged(this->index(index), this->index(index));
+}
+
 int RowsModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : m_count;
@@ -97,6 +103,8 @@ const RowsModel::Row& RowsModel::row(int index) const
             row.title = item->title();
             row.kind = item->kindName();
             row.arrow = item->hasArrow();
+            row.partlyWatched = item->isPartlyWatched();
+            row.watchedFraction = item->watchedFraction();
         } else {
             row.title = source->titleForRow(index);
             row.kind = QStringLiteral("plain");
@@ -125,6 +133,10 @@ QVariant RowsModel::data(const QModelIndex& index, int role) const
         return m_menu->list().hasDividerAbove(index.row());
     case IconRole:
         return row(index.row()).icon;
+    case PartlyWatchedRole:
+        return row(index.row()).partlyWatched;
+    case WatchedFractionRole:
+        return row(index.row()).watchedFraction;
     default:
         return {};
     }
@@ -138,6 +150,8 @@ QHash<int, QByteArray> RowsModel::roleNames() const
         { ArrowRole, "arrow" },
         { DividerAboveRole, "dividerAbove" },
         { IconRole, "icon" },
+        { PartlyWatchedRole, "partlyWatched" },
+        { WatchedFractionRole, "watchedFraction" },
     };
 }
 

@@ -33,6 +33,8 @@ public:
         ArrowRole, // a folder row's arrow
         DividerAboveRole,
         IconRole, // an image URL, empty without an icon
+        PartlyWatchedRole, // a movie with a resume point
+        WatchedFractionRole, // how much of it lies before that point; 0 when unknown
     };
 
     // Without `images`, rows have no icons.
@@ -45,6 +47,9 @@ public:
     shell::MenuController* menu() const;
     // Checks the shown menu's list again (after the menu changed); true on a reset.
     bool sync();
+    // Reads row `index` again when the view already asked about it: a row may show
+    // more once the focus landed on it (a partly watched movie's length).
+    void refreshRow(int index);
 
     int count() const { return m_count; }
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -66,6 +71,8 @@ private:
         QString kind;
         bool arrow = false;
         QString icon;
+        bool partlyWatched = false;
+        double watchedFraction = 0.0;
     };
 
     const Row& row(int index) const;

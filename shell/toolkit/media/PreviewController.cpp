@@ -1,5 +1,7 @@
 #include "toolkit/media/PreviewController.h"
 
+#include "toolkit/media/PlaybackTime.h"
+
 #include <QJsonArray>
 #include <QUrl>
 
@@ -24,6 +26,14 @@ namespace {
         if (url.scheme() == QLatin1String("qrc"))
             return QStringLiteral(":") + url.path();
         return previewURL;
+    }
+
+    QString resumeText(const MediaAsset* asset)
+    {
+        const int position = asset ? asset->bookmarkTimeInMS() : 0;
+        if (position <= 0)
+            return {};
+        return PlaybackTime::resumeText(position, qint64(asset->duration()) * 1000);
     }
 
 } // namespace
@@ -56,6 +66,7 @@ QJsonObject PreviewController::describe() const
         { QStringLiteral("duration"), asset ? asset->duration() : 0 },
         { QStringLiteral("copyright"), jsonText(asset ? asset->copyright() : QString()) },
         { QStringLiteral("image"), imageSource(asset ? asset->previewURL() : QString()) },
+        { QStringLiteral("resume"), jsonText(resumeText(asset)) },
     };
 }
 

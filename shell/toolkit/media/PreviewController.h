@@ -26,7 +26,8 @@ public:
     // empty. "image" is the preview's file path (for a file URL) or resource name
     // (for a qrc URL, ":/..."), any other URL as it is, null without one. The
     // description is the first of mediaDescription, description and mediaSummary
-    // that the asset answers.
+    // that the asset answers. "resume" says where a partly watched movie would resume
+    // ("Resume from 0:18 of 1:42"), null when it has no resume point.
     virtual QJsonObject describe() const;
 
 protected:

@@ -29,13 +29,18 @@ public:
     void setDisplaysGoBack(bool shows) { m_displaysGoBack = shows; }
     bool displaysGoBack() const { return m_displaysGoBack; }
 
-    // Centres the list in the lower part of the title-safe frame.
+    // Centres the list in the lower part of the title-safe frame, wide enough for its
+    // longest row: at least 60% of the frame, at most all of it. Only a row that does
+    // not fit even then sets the rows in a smaller text.
     void layoutSubcontrols();
     void resetLayout() override;
     // "title" is the centred title; adds "primaryText" and "secondaryText".
     QJsonObject describe() const override;
 
 private:
+    // The width the widest row's title takes in `style`, with a folder row's arrow.
+    qreal widestRow(const TextStyle& style);
+
     QString m_title;
     QString m_primaryText;
     QString m_secondaryText;

@@ -1,8 +1,15 @@
 #include "toolkit/menus/ListDataSource.h"
 
+#include "toolkit/media/PreviewController.h"
+
 namespace shell {
 
 ListDataSource::~ListDataSource() = default;
+
+std::unique_ptr<PreviewController> ListDataSource::previewControllerForEmptyList()
+{
+    return nullptr;
+}
 
 long ListDataSource::firstRowTitled(const QString& title)
 {

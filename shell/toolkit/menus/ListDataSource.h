@@ -24,6 +24,9 @@ public:
     virtual void itemSelected(long row) = 0;
     // Null for no preview.
     virtual std::unique_ptr<PreviewController> previewControllerForItem(long row) = 0;
+    // What a menu shows while its list has no rows at all; null (the default) for
+    // nothing.
+    virtual std::unique_ptr<PreviewController> previewControllerForEmptyList();
 
 protected:
     ListDataSource() = default;

@@ -28,7 +28,11 @@ void MediaMenuController::focusLanded(long row)
 {
     MenuController::focusLanded(row);
     ListDataSource* const source = list().datasource();
-    m_preview = row >= 0 && source ? source->previewControllerForItem(row) : nullptr;
+    if (!source)
+        m_preview = nullptr;
+    else
+        m_preview = row >= 0 ? source->previewControllerForItem(row)
+                             : source->previewControllerForEmptyList();
 }
 
 } // namespace shell

@@ -8,7 +8,8 @@
 namespace shell {
 
 // A menu with its list on the right and, on the left, the preview of the focused row
-// (asked of the data source each time the focus lands on a row).
+// (asked of the data source each time the focus lands on a row; while the list is
+// empty, the source's preview of an empty list).
 class MediaMenuController : public MenuController {
     Q_OBJECT
 public:

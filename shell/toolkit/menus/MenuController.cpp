@@ -26,6 +26,26 @@ void MenuController::setFocusedRow(long row)
     emit changed();
 }
 
+void MenuController::willBeBuried()
+{
+    LayerController::willBeBuried();
+    ListDataSource* const source = m_list.datasource();
+    m_buriedTitle = m_focus >= 0 && source ? source->titleForRow(m_focus) : QString();
+}
+
+// The row the focus was on is checked first: most reloads leave it where it was, and
+// a long list is searched only when it moved.
+long MenuController::rowOfFocusedTitle(long row)
+{
+    ListDataSource* const source = m_list.datasource();
+    if (!source || m_buriedTitle.isNull())
+        return row;
+    if (row >= 0 && row < m_list.count() && source->titleForRow(row) == m_buriedTitle)
+        return row;
+    const long found = source->rowForTitle(m_buriedTitle);
+    return found >= 0 && found < m_list.count() ? found : row;
+}
+
 void MenuController::resetLayout()
 {
     m_list.setFrame(Theme::shared().listFrame());
@@ -64,11 +84,17 @@ QJsonObject MenuController::describe() const
     ListDataSource* const source = m_list.datasource();
     for (long row = 0; source && row < m_list.count(); ++row) {
         const std::unique_ptr<MenuItem> item = source->itemForRow(row);
-        rows.append(QJsonObject {
+        QJsonObject described {
             { QStringLiteral("title"), jsonText(item ? item->title() : source->titleForRow(row)) },
             { QStringLiteral("kind"), item ? item->kindName() : QStringLiteral("plain") },
             { QStringLiteral("dividerAbove"), m_list.hasDividerAbove(row) },
-        });
+        };
+        if (item && item->isPartlyWatched()) {
+            described.insert(QStringLiteral("resume"),
+                QJsonObject { { QStringLiteral("position"), item->resumePositionMS() },
+                    { QStringLiteral("duration"), item->durationMS() } });
+        }
+        rows.append(described);
     }
     object.insert(QStringLiteral("rows"), rows);
     object.insert(QStringLiteral("focus"),
@@ -82,7 +108,7 @@ void MenuController::didBecomeTop(bool pushed)
     // The data source may have rescanned while the menu was buried.
     m_list.reload();
     const long count = m_list.count();
-    long row = pushed ? 0 : m_focus;
+    long row = pushed ? 0 : rowOfFocusedTitle(m_focus);
     row = count == 0 ? -1 : std::clamp(row, 0L, count - 1);
     m_focus = row;
     // Landing on the top again asks for the preview afresh: what it shows may have

@@ -1,5 +1,7 @@
 #include "toolkit/menus/MenuItem.h"
 
+#include <algorithm>
+
 namespace shell {
 
 std::unique_ptr<MenuItem> MenuItem::folderMenuItem()
@@ -28,6 +30,19 @@ QString MenuItem::kindName() const
         return QStringLiteral("adorned");
     }
     return {};
+}
+
+void MenuItem::setResumePoint(qint64 positionMS, qint64 durationMS)
+{
+    m_resumeMS = std::max<qint64>(0, positionMS);
+    m_durationMS = std::max<qint64>(0, durationMS);
+}
+
+double MenuItem::watchedFraction() const
+{
+    if (m_resumeMS <= 0 || m_durationMS <= 0)
+        return 0.0;
+    return std::min(1.0, double(m_resumeMS) / double(m_durationMS));
 }
 
 } // namespace shell

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QtGlobal>
 
 #include <memory>
 
@@ -35,6 +36,16 @@ public:
     void setTitle(const QString& title) { m_text.setTitle(title); }
     TextItem& textItem() { return m_text; }
 
+    // A partly watched movie's row: where playback would resume and the movie's length
+    // (0 when not known without reading more than the row may). No resume point: 0.
+    void setResumePoint(qint64 positionMS, qint64 durationMS);
+    bool isPartlyWatched() const { return m_resumeMS > 0; }
+    qint64 resumePositionMS() const { return m_resumeMS; }
+    qint64 durationMS() const { return m_durationMS; }
+    // How much of the movie lies before the resume point, in (0, 1]; 0 when the length
+    // is not known (or the row is not partly watched).
+    double watchedFraction() const;
+
 private:
     explicit MenuItem(Kind kind)
         : m_kind(kind)
@@ -43,6 +54,8 @@ private:
 
     const Kind m_kind;
     TextItem m_text;
+    qint64 m_resumeMS = 0;
+    qint64 m_durationMS = 0;
 };
 
 } // namespace shell

@@ -7,6 +7,7 @@ namespace shell {
 
 MenuList::MenuList()
     : m_frame(Theme::shared().listFrame())
+    , m_rowStyle(Theme::shared().listStyle())
 {
 }
 

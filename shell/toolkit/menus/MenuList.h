@@ -1,5 +1,7 @@
 #pragma once
 
+#include "toolkit/scene/TextStyle.h"
+
 #include <QRectF>
 #include <QString>
 
@@ -33,6 +35,10 @@ public:
     QRectF frame() const { return m_frame; }
     void setFrame(const QRectF& frame) { m_frame = frame; }
 
+    // The style the rows' titles are set in; the theme's list style until changed.
+    TextStyle rowStyle() const { return m_rowStyle; }
+    void setRowStyle(const TextStyle& style) { m_rowStyle = style; }
+
     // Reads the row count from the data source again (0 without one).
     void reload();
     long count() const { return m_count; }
@@ -43,6 +49,7 @@ private:
     QString m_title;
     std::set<long> m_dividers;
     QRectF m_frame;
+    TextStyle m_rowStyle;
     long m_count = 0;
     int m_reloads = 0;
 };

@@ -53,13 +53,16 @@ QString Theme::fontFamily()
 QRectF Theme::titleSafeFrame() const
 {
     return QRectF(
-        0.1 * Scene::kWidth, 0.1 * Scene::kHeight, 0.8 * Scene::kWidth, 0.8 * Scene::kHeight);
+        0.05 * Scene::kWidth, 0.05 * Scene::kHeight, 0.9 * Scene::kWidth, 0.9 * Scene::kHeight);
 }
 
+// The scene counts up from the bottom: a shorter frame at the same y leaves the room
+// at the top.
 QRectF Theme::listFrame() const
 {
     const QRectF safe = titleSafeFrame();
-    return QRectF(safe.x() + 0.55 * safe.width(), safe.y(), 0.45 * safe.width(), safe.height());
+    return QRectF(safe.x() + 0.55 * safe.width(), safe.y(), 0.45 * safe.width(),
+        safe.height() - metrics().titleBand);
 }
 
 qreal Theme::listRowHeight() const
@@ -112,6 +115,8 @@ TextStyle Theme::listArrowStyle() const
     return style("listArrow", listStyle().pixelSize * 1.3, QFont::Normal, kDimGrey);
 }
 
+// The preview's secondary texts stay at least 28 pixels high on a 1080p screen, where a
+// scene unit is 1.5 pixels: readable from the sofa.
 TextStyle Theme::previewTitleStyle() const
 {
     return style("previewTitle", 26, QFont::Bold, Qt::white);
@@ -119,22 +124,22 @@ TextStyle Theme::previewTitleStyle() const
 
 TextStyle Theme::previewBodyStyle() const
 {
-    return style("previewBody", 17, QFont::Normal, kBodyGrey);
+    return style("previewBody", 20, QFont::Normal, kBodyGrey);
 }
 
 TextStyle Theme::previewLabelStyle() const
 {
-    return style("previewLabel", 16, QFont::Normal, kDimGrey);
+    return style("previewLabel", 19, QFont::Normal, kDimGrey);
 }
 
 TextStyle Theme::previewValueStyle() const
 {
-    return style("previewValue", 16, QFont::Normal, kBodyGrey);
+    return style("previewValue", 19, QFont::Normal, kBodyGrey);
 }
 
 TextStyle Theme::previewCopyrightStyle() const
 {
-    return style("previewCopyright", 13, QFont::Normal, kDimGrey);
+    return style("previewCopyright", 19, QFont::Normal, kDimGrey);
 }
 
 TextStyle Theme::playerPositionStyle() const
@@ -189,6 +194,7 @@ const Theme::Metrics& Theme::metrics() const
         .rowIconInset = 10,
         .rowTextInset = 16,
         .rowArrowInset = 14,
+        .titleBand = 60,
         .listTitleGap = 14,
         .centeredTitleGap = 28,
         .centeredTextSpacing = 18,

@@ -41,6 +41,7 @@ public:
         qreal rowIconInset; // before a row's icon; the icon is the row height less this
         qreal rowTextInset; // before a row's text
         qreal rowArrowInset; // after a folder row's arrow
+        qreal titleBand; // above a menu's list, inside the safe frame: its title and gap
         qreal listTitleGap; // between a menu's title and its list
         qreal centeredTitleGap; // between a centred menu's title and its texts
         qreal centeredTextSpacing;
@@ -59,9 +60,11 @@ public:
 
     static const Theme& shared();
 
-    // The part of the scene a TV never crops: 10% in from each edge.
+    // The part of the scene a TV shows whole even when it overscans: 5% in from each
+    // edge. Every text and focus frame stays inside it.
     QRectF titleSafeFrame() const;
-    // Where a menu's list stands by default: the right 45% of the title-safe frame.
+    // Where a menu's list stands by default: the right 45% of the title-safe frame,
+    // below the band that holds the menu's title.
     QRectF listFrame() const;
     qreal listRowHeight() const;
     qreal settingsAboutRowHeight() const;

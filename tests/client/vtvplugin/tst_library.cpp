@@ -191,9 +191,9 @@ TEST_F(LibraryTest, namesThatAreNotUtf8KeepEveryByte)
 
 TEST_F(LibraryTest, pairRecordsCarryTheFilesFacts)
 {
-    const auto longDate = [](qint64 seconds) {
+    const auto shortDate = [](qint64 seconds) {
         return QLocale::system().toString(
-            QDateTime::fromSecsSinceEpoch(seconds), QLocale::LongFormat);
+            QDateTime::fromSecsSinceEpoch(seconds), QLocale::ShortFormat);
     };
     // The times as written (invalid: key absent / no statistics file) and as read.
     const struct {
@@ -219,8 +219,8 @@ TEST_F(LibraryTest, pairRecordsCarryTheFilesFacts)
             << row.name;
         EXPECT_EQ(QStringList({ p.pairID, p.clientName, p.lastSyncPeer, p.pairedOn, p.lastSync }),
             QStringList(
-                { kPairA, u"Den"_s, row.peer, row.pairTime ? longDate(row.pairTime) : QString(),
-                    row.syncTime ? longDate(row.syncTime) : QString() }))
+                { kPairA, u"Den"_s, row.peer, row.pairTime ? shortDate(row.pairTime) : QString(),
+                    row.syncTime ? shortDate(row.syncTime) : QString() }))
             << row.name;
     }
 }
@@ -296,6 +296,14 @@ TEST_F(LibraryTest, diskSpaceInfoCountsTheLibraryWithoutFollowingLinks)
     qunsetenv("VIREO_HARDWARE_FAMILY");
     EXPECT_EQ(used + u'|' + serial, JUtils::convertFilesize(blocks * 512, 2) + u"|SER123"_s);
     EXPECT_EQ(pairCount, 2);
+
+    // No library folder yet: the file system of the home folder, never zero sizes.
+    QDir(library).removeRecursively();
+    QString capacity;
+    getDiskSpaceInfo(&capacity, nullptr, nullptr, nullptr, nullptr);
+    qint64 totalKB = 0, availableKB = 0;
+    ASSERT_TRUE(JUtils::getDiskSpace(home(), totalKB, availableKB));
+    EXPECT_EQ(capacity, JUtils::convertFilesize(quint64(totalKB) * 1024, 2));
 }
 
 using namespace std::chrono_literals;

@@ -320,6 +320,10 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
 {
     ASSERT_FALSE(s_base.isEmpty()) << "vireo-feedd said: " << qPrintable(s_feed->output());
     vireoctl({ "demo" });
+    // A third player that never synced, so that two player folders stay after an unpair.
+    QFile(path("Dusk.m4v")).open(QIODevice::WriteOnly);
+    vireoctl({ "pair", "0123456789ABCDEF0123456789ABCDEF", "--name", "Den" });
+    vireoctl({ "add", "0123456789ABCDEF0123456789ABCDEF", path("Dusk.m4v") });
     // The demo's Night Ferry (40 s) as a real clip, red over blue, written through its link.
     QProcess ffmpeg;
     ffmpeg.start("ffmpeg",
@@ -409,8 +413,22 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
     const QJsonObject movies = step("select");
     QStringList entries = titles(movies);
     entries.sort();
-    EXPECT_EQ(entries, QStringList({ "Fifo", "Living Room Mac", "Settings", "Studio iMac" }));
-    const QJsonObject fifo = focusOn(movies, "Fifo");
+    EXPECT_EQ(
+        entries, QStringList({ "Den", "Fifo", "Living Room Mac", "Settings", "Studio iMac" }));
+    // Unpairing the player that did not sync last leaves the latest sync time as it was;
+    // the top menu is listed anew all the same, its focus still on "Settings".
+    focusOn(movies, "Settings");
+    focusOn(step("select"), "Syncing");
+    focusOn(step("select"), "Living Room Mac");
+    focusOn(step("select"), "Yes, Turn off Syncing from this Vireo Player");
+    step("select");
+    step("menu");
+    const QJsonObject relisted = step("menu");
+    entries = titles(relisted);
+    entries.sort();
+    EXPECT_EQ(entries, QStringList({ "Den", "Fifo", "Settings", "Studio iMac" }));
+    EXPECT_EQ(titles(relisted).value(relisted.value("focus").toInt()), "Settings");
+    const QJsonObject fifo = focusOn(relisted, "Fifo");
     EXPECT_TRUE(fifo.value("preview").toObject().value("image").toString().endsWith("Fifo.png"));
     step("wait 500");
     focusOn(fifo, "Studio iMac");
@@ -438,7 +456,18 @@ TEST_F(MediashellRun, BothAppliancesFromTheTopMenuToPlaybackAndBack)
     EXPECT_GT(frame.pixelColor(480, 440).blue() - frame.pixelColor(480, 440).red(), 150);
     EXPECT_EQ(player(step("playpause")).value("state"), "paused");
     const qint64 stoppedAt = player(later).value("positionMS").toInteger();
-    EXPECT_EQ(strings(step("menu"), "stack").size(), 3);
+    // Back in the folder, the movie's row and preview say where it would resume.
+    const QJsonObject stopped = step("menu");
+    EXPECT_EQ(strings(stopped, "stack").size(), 3);
+    const QJsonObject resume = stopped.value("rows")[titles(stopped).indexOf("Night Ferry")]
+                                   .toObject()
+                                   .value("resume")
+                                   .toObject();
+    const qint64 resumeAt = resume.value("position").toInteger();
+    EXPECT_NEAR(resumeAt, stoppedAt, 1000);
+    EXPECT_EQ(resume.value("duration"), 40'000);
+    EXPECT_EQ(stopped.value("preview")["resume"],
+        QString("Resume from 0:%1 of 0:40").arg(resumeAt / 1000, 2, 10, QChar('0')));
     const QJsonObject prompt = step("select");
     EXPECT_EQ(player(prompt).value("state"), "prompt");
     EXPECT_EQ(titles(prompt), QStringList({ "Resume Playing", "Start from Beginning" }));

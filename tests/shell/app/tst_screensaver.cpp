@@ -206,9 +206,15 @@ TEST_P(InhibitorPlayback, InhibitsWhilePlayingOnly)
             inhibitor->setInhibited(event == "play");
     }
     const QStringList expected = QString(GetParam().calls).split(", ");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return m_fake.calls() == expected; }, 5000))
+    const bool inhibits = expected.size() % 2 == 1;
+    // The service logs a call before its answer reaches the inhibitor.
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            return m_fake.calls() == expected
+                && (inhibitor && inhibitor->isInhibiting()) == inhibits;
+        },
+        5000))
         << m_fake.calls().join(", ").toStdString();
-    EXPECT_EQ(inhibitor && inhibitor->isInhibiting(), expected.size() % 2 == 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Inhibitor, InhibitorPlayback,

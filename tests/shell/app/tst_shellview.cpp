@@ -3,6 +3,7 @@
 #include "views/RowsModel.h"
 #include "views/ShellView.h"
 
+#include "toolkit/media/DefaultMediaImages.h"
 #include "toolkit/media/MetadataPreviewController.h"
 #include "toolkit/media/XmlMediaAsset.h"
 #include "toolkit/menus/CenteredMenuController.h"
@@ -48,6 +49,8 @@ public:
     {
         auto item = row % 2 == 0 ? shell::MenuItem::folderMenuItem() : shell::MenuItem::menuItem();
         item->setTitle(titleForRow(row));
+        if (row % 2 == 1)
+            item->setResumePoint(1'000, 4'000);
         return item;
     }
     QString titleForRow(long row) override
@@ -63,6 +66,8 @@ public:
         asset->setValue("title", QStringLiteral("Movie %1").arg(row));
         asset->setValue("cast", QStringList { "Ada", "Ben" });
         asset->setValue("duration", 5400);
+        asset->setValue("mediaDescription", "Vireo Says: Staff pick\rA lighthouse");
+        asset->setValue("bookmarkTimeInMS", row == 0 ? 18'999 : 0);
         if (row == 0 && !cover.isEmpty())
             asset->setValue("previewURL", QUrl::fromLocalFile(cover).toString());
         auto preview = std::make_unique<shell::MetadataPreviewController>(m_scene);
@@ -229,13 +234,23 @@ TEST_F(ShellViewTest, MenusHandOverTheirListPreviewAndTexts)
     ScreensaverView& dimmed = *m_view.screensaver();
     dimmed.setDimmed(true);
     EXPECT_EQ(dimmed.coverUrl(), preview.imageUrl());
+    EXPECT_EQ(preview.description(), "Vireo Says: Staff pick\nA lighthouse");
+    EXPECT_EQ(preview.resumeText(), "Resume from 0:18 of 1:30:00");
+    // Should the cover not load, the movie's default picture stands in.
+    EXPECT_EQ(m_images->image(preview.fallbackImageUrl().mid(14)),
+        shell::DefaultMediaImages::imageForMediaType(shell::MediaType::movie));
+    RowsModel& rows = *m_view.menu()->rows();
+    rows.data(rows.index(1), RowsModel::TitleRole);
     m_stack.handleAction(RemoteAction::Down);
     EXPECT_EQ(m_view.menu()->focusedRow(), 1);
+    rows.data(rows.index(1), RowsModel::TitleRole);
+    EXPECT_EQ(m_rows.asked.count(1), 2) << "a row the focus lands on is read again";
     EXPECT_EQ(preview.title(), "Movie 1");
     EXPECT_TRUE(preview.imageUrl().startsWith("image://shell/")) << "the asset's own cover";
     EXPECT_TRUE(preview.isIcon());
     EXPECT_EQ(dimmed.describe(), QJsonObject({ { "dimmed", true }, { "shows", "clock" } }));
     EXPECT_FALSE(dimmed.clockText().isEmpty());
+    EXPECT_EQ(preview.resumeText(), "");
 
     m_stack.pushController(question(m_scene, m_rows));
     const CenteredView& centered = *m_view.centered();
@@ -323,6 +338,9 @@ TEST_F(ShellViewTest, RowsAreReadOnlyWhenAskedAndOnceUntilTheListChanges)
     EXPECT_TRUE(data(42, RowsModel::ArrowRole).toBool());
     EXPECT_EQ(data(9'999, RowsModel::KindRole).toString(), "plain");
     EXPECT_FALSE(data(9'999, RowsModel::ArrowRole).toBool());
+    EXPECT_FALSE(data(42, RowsModel::PartlyWatchedRole).toBool());
+    EXPECT_TRUE(data(9'999, RowsModel::PartlyWatchedRole).toBool());
+    EXPECT_EQ(data(9'999, RowsModel::WatchedFractionRole).toDouble(), 0.25);
     EXPECT_TRUE(data(3, RowsModel::DividerAboveRole).toBool());
     EXPECT_FALSE(data(4, RowsModel::DividerAboveRole).toBool());
     EXPECT_FALSE(data(10'000, RowsModel::TitleRole).isValid());

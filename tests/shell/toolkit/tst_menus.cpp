@@ -1,14 +1,17 @@
 #include "toolkit/media/PreviewFactory.h"
 #include "toolkit/media/XmlMediaAsset.h"
+#include "toolkit/menus/CenteredMenuController.h"
 #include "toolkit/menus/ListDataSource.h"
 #include "toolkit/menus/MediaMenuController.h"
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/scene/HeaderControl.h"
 #include "toolkit/scene/Scene.h"
+#include "toolkit/scene/Theme.h"
 #include "toolkit/stack/ControllerStack.h"
 
 #include <gtest/gtest.h>
 
+#include <QFontMetricsF>
 #include <QJsonArray>
 
 #include <functional>
@@ -105,7 +108,7 @@ const QStringList kThree { "Alien", "Brazil", "Casablanca" };
 
 // A menu starts on its first row and asks only the focused row's preview. Coming back to
 // the top (after a screen above was popped), it reads the list again and keeps its
-// focus where the list still reaches.
+// focus on the same title, or on the same row as far as the list still reaches.
 TEST_F(MenuTest, focusMovesOneRowWithoutWrappingAndSurvivesARescan)
 {
     const RemoteAction up = RemoteAction::Up, down = RemoteAction::Down,
@@ -131,6 +134,8 @@ TEST_F(MenuTest, focusMovesOneRowWithoutWrappingAndSurvivesARescan)
         { "an empty menu has no focus and selects nothing", {}, { down, up, select }, -1, {} },
         { "back on top unchanged", kThree, { down, down }, 2, { 0, 1, 2, 2 }, {}, kThree },
         { "back on top with a movie added", kThree, { down }, 1, { 0, 1, 1 }, {}, four },
+        { "back on top with a row added above the focus", kThree, { down }, 2, { 0, 1, 2 }, {},
+            QStringList { "Aliens", "Alien", "Brazil", "Casablanca" } },
         { "back on top, shorter than the focus", kThree, { down, down }, 1, { 0, 1, 2, 1 }, {},
             QStringList { "Alien", "Brazil" } },
         { "back on top, emptied", kThree, { down }, -1, { 0, 1 }, {}, QStringList {} },
@@ -155,6 +160,42 @@ TEST_F(MenuTest, focusMovesOneRowWithoutWrappingAndSurvivesARescan)
         EXPECT_EQ(previewTitle(*menu),
             row.focus < 0 ? QJsonValue(QJsonValue::Null) : QJsonValue(shown.at(row.focus)));
         stack.popController();
+    }
+}
+
+// A centred menu shows every row whole: as wide as its longest row within the
+// title-safe frame (never narrower than 60% of it), its text smaller only when a row is
+// wider still.
+TEST_F(MenuTest, aCentredMenuShowsEveryRowWhole)
+{
+    const shell::Theme& theme = shell::Theme::shared();
+    const QRectF safe = theme.titleSafeFrame();
+    const struct {
+        const char* name;
+        QString title;
+        bool widened, smaller;
+    } rows[] = {
+        { "short rows keep the middle 60%", "No", false, false },
+        { "a long row widens the list",
+            "Yes, Turn off Syncing from this Vireo Player in the Living Room", true, false },
+        { "a row wider than the frame takes smaller text", QString(50, 'W'), true, true },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        source.titles = { "No", row.title };
+        shell::CenteredMenuController menu(scene);
+        menu.list().setDatasource(&source);
+        menu.list().reload();
+        menu.layoutSubcontrols();
+        const QRectF frame = menu.list().frame();
+        const shell::TextStyle style = menu.list().rowStyle();
+        EXPECT_LE(QFontMetricsF(style.font()).horizontalAdvance(row.title)
+                + theme.metrics().rowTextInset + theme.metrics().rowInset,
+            frame.width());
+        EXPECT_TRUE(safe.contains(frame));
+        EXPECT_DOUBLE_EQ(frame.center().x(), safe.center().x());
+        EXPECT_EQ(frame.width() > 0.6 * safe.width() + 0.01, row.widened);
+        EXPECT_EQ(style.pixelSize < theme.listStyle().pixelSize, row.smaller);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "foundation/FileSystem.h"
 #include "toolkit/menus/MenuItem.h"
 #include "toolkit/scene/Scene.h"
+#include "toolkit/scene/Theme.h"
 #include "toolkit/stack/ControllerStack.h"
 #include "vtvplugin/appliance/VireoAppliance.h"
 #include "vtvplugin/appliance/VireoTrailersAppliance.h"
@@ -15,6 +16,7 @@
 #include "vtvplugin/screens/VireoAboutController.h"
 #include "vtvplugin/screens/VireoApplianceController.h"
 #include "vtvplugin/screens/VireoConfigController.h"
+#include "vtvplugin/screens/VireoSyncingController.h"
 #include "vtvplugin/store/LibraryPaths.h"
 #include "vtvplugin/store/PlaybackPositionCache.h"
 
@@ -54,13 +56,17 @@ protected:
     QStringList rows() const { return strings("rows", "title"); }
     // The texts of the top screen's text controls, in the order they are drawn.
     QStringList texts() const { return strings("controls", "text", "text"); }
-    // Moves the focus to the row titled `title` as the remote would, then selects it.
-    void choose(const QString& title)
+    // Moves the focus to the row titled `title` as the remote would.
+    void focus(const QString& title)
     {
         const long target = rows().indexOf(title);
         ASSERT_GE(target, 0) << qPrintable(title);
         while (top().value(u"focus"_s).toInt() != target)
             press(top().value(u"focus"_s).toInt() < target ? RemoteAction::Down : RemoteAction::Up);
+    }
+    void choose(const QString& title)
+    {
+        focus(title);
         press(RemoteAction::Select);
     }
 
@@ -137,7 +143,48 @@ TEST_F(ScreensTest, TopMenuRowsKeepTheListingOrder)
             top->list().dividers(), c.divider ? std::set<long> { c.divider } : std::set<long> {});
         EXPECT_EQ(top->itemForRow(top->itemCount() - 1)->kind(), shell::MenuItem::Kind::Folder);
         EXPECT_EQ(top->rowForTitle(expected.first()), 0);
+        // Only an empty library's "Settings" tells how movies arrive; only an empty
+        // sub-folder says it is empty.
+        EXPECT_EQ(top->previewControllerForItem(top->itemCount() - 1)->describe()[u"description"_s],
+            c.divider
+                ? QJsonValue()
+                : u"No movies yet: they arrive from a paired Vireo Player, or with vireoctl add."_s);
+        m_stack.pushController(std::make_unique<VireoApplianceController>(m_scene, movies(), true));
+        EXPECT_EQ(
+            m_stack.describeTop()[u"preview"_s][u"description"_s] == u"This folder is empty."_s,
+            !c.divider);
         m_stack.popController();
+        m_stack.popController();
+    }
+}
+
+// Where each movie would resume, from the one read of the cache at the scan (the file
+// is gone by the time the previews are made); its length once its preview read it.
+TEST_F(ScreensTest, PartlyWatchedMoviesShowWhereTheyResume)
+{
+    writeFile(movies() + u"Up.xml"_s, "<movie><title>Up</title><duration>102</duration></movie>");
+    for (const QString& name : { u"Up.m4v"_s, u"Heat.m4v"_s, u"Alien.m4v"_s }) {
+        writeFile(movies() + name);
+        if (name != u"Alien.m4v"_s)
+            PlaybackPositionCache::save(VTVMediaAsset::assetIdForFileName(name), 18'999);
+    }
+    enter();
+    ASSERT_TRUE(QFile::remove(LibraryPaths::cachePath()));
+    const struct {
+        QString title;
+        QJsonValue row, preview;
+    } cases[] = {
+        { u"Up"_s, QJsonObject { { u"position"_s, 18'999 }, { u"duration"_s, 102'000 } },
+            u"Resume from 0:18 of 1:42"_s },
+        { u"Heat"_s, QJsonObject { { u"position"_s, 18'999 }, { u"duration"_s, 0 } },
+            u"Resume from 0:18"_s },
+        { u"Alien"_s, QJsonValue::Undefined, QJsonValue::Null },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(qPrintable(c.title));
+        focus(c.title);
+        EXPECT_EQ(top()[u"rows"_s][rows().indexOf(c.title)][u"resume"_s], c.row);
+        EXPECT_EQ(top()[u"preview"_s][u"resume"_s], c.preview);
     }
 }
 
@@ -247,6 +294,30 @@ TEST_F(ScreensTest, AboutRowsCountPairsAndShowTheDiskFacts)
     }
 }
 
+// Each fact's value ends at the panel's right edge and never reaches over its label: a
+// value too long for the room left is cut to it.
+TEST_F(ScreensTest, SyncingFactsKeepTheirValuesBesideTheirLabels)
+{
+    const QRectF safe = shell::Theme::shared().titleSafeFrame();
+    for (const QString& name : { u"Den"_s, u"The Family's Upstairs Living Room Mac Pro"_s }) {
+        SCOPED_TRACE(qPrintable(name));
+        QDir(pairDir(kPairA)).removeRecursively();
+        makePair(kPairA, name, 100'000, 2'000'000, u"10.0.0.7"_s);
+        m_stack.pushController(std::make_unique<VireoSyncingController>(m_scene));
+        const QJsonArray controls = top().value(u"controls"_s).toArray();
+        ASSERT_EQ(controls.size(), 10); // the icon, the help text, then label and value four times
+        for (qsizetype i = 2; i < controls.size(); i += 2) {
+            const auto frame = [&](qsizetype at) {
+                const QJsonArray f = controls[at][u"frame"_s].toArray();
+                return QRectF(f[0].toDouble(), f[1].toDouble(), f[2].toDouble(), f[3].toDouble());
+            };
+            EXPECT_LT(frame(i).right(), frame(i + 1).left()) << i;
+            EXPECT_DOUBLE_EQ(frame(i + 1).right(), safe.right()) << i;
+        }
+        m_stack.popController();
+    }
+}
+
 // The user's way through Syncing over a library of two players laid out the way the
 // sync side does it: Den synced last, Office never did.
 TEST_F(ScreensTest, SyncingShowsThePairsAndUnpairsOnlyOnYes)
@@ -297,16 +368,19 @@ TEST_F(ScreensTest, SyncingShowsThePairsAndUnpairsOnlyOnYes)
     EXPECT_EQ(rows(), players);
     EXPECT_EQ(snapshot(root()), library);
 
-    // "Yes" unpairs Den: its folder and links go, and the list drops it at once.
-    choose(u"Den"_s);
+    // "Yes" unpairs Office, which never synced: its folder and links go, and the list
+    // drops it at once.
+    choose(u"Office"_s);
     choose(u"Yes, Turn off Syncing from this Vireo Player"_s);
-    EXPECT_EQ(rows(), QStringList { u"Office"_s });
-    EXPECT_FALSE(QFileInfo::exists(pairDir(kPairA)));
-    EXPECT_EQ(names(movies()), words("Heat.m4v Heat.xml"));
+    EXPECT_EQ(rows(), QStringList { u"Den"_s });
+    EXPECT_FALSE(QFileInfo::exists(pairDir(kPairB)));
+    EXPECT_EQ(names(movies()), words("Alien.m4v Alien.xml"));
     releasePairInfoList(list, count);
 
-    // The latest sync time went down with Den, so the top menu lists the library anew.
+    // The latest sync time is still Den's, but the pairs changed: the top menu lists the
+    // library anew, its focus still on "Settings".
     press(RemoteAction::Menu);
     press(RemoteAction::Menu);
-    EXPECT_EQ(rows(), (QStringList { u"Heat"_s, u"Settings"_s }));
+    EXPECT_EQ(rows(), (QStringList { u"Alien"_s, u"Settings"_s }));
+    EXPECT_EQ(top().value(u"focus"_s), 1);
 }
