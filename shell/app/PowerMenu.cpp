@@ -79,12 +79,7 @@ QString PowerMenu::titleForRow(long row)
 
 std::unique_ptr<shell::MenuItem> PowerMenu::itemForRow(long row)
 {
-    const QString title = titleForRow(row);
-    if (title.isNull())
-        return nullptr;
-    auto item = shell::MenuItem::menuItem();
-    item->setTitle(title);
-    return item;
+    return shell::MenuItem::plainMenuItem(titleForRow(row));
 }
 
 long PowerMenu::rowForTitle(const QString& title)

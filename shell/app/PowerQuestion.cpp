@@ -41,12 +41,7 @@ QString PowerQuestion::titleForRow(long row)
 
 std::unique_ptr<shell::MenuItem> PowerQuestion::itemForRow(long row)
 {
-    const QString title = titleForRow(row);
-    if (title.isNull())
-        return nullptr;
-    auto item = shell::MenuItem::menuItem();
-    item->setTitle(title);
-    return item;
+    return shell::MenuItem::plainMenuItem(titleForRow(row));
 }
 
 long PowerQuestion::rowForTitle(const QString& title)

@@ -56,12 +56,7 @@ QString VireoPairController::titleForRow(long row)
 
 std::unique_ptr<shell::MenuItem> VireoPairController::itemForRow(long row)
 {
-    const QString title = titleForRow(row);
-    if (title.isNull())
-        return nullptr;
-    std::unique_ptr<shell::MenuItem> item = shell::MenuItem::menuItem();
-    item->setTitle(title);
-    return item;
+    return shell::MenuItem::plainMenuItem(titleForRow(row));
 }
 
 long VireoPairController::rowForTitle(const QString& title)

@@ -31,11 +31,7 @@ long PhoneRemoteMenu::itemCount()
 
 std::unique_ptr<shell::MenuItem> PhoneRemoteMenu::itemForRow(long row)
 {
-    if (row != 0)
-        return nullptr;
-    auto item = shell::MenuItem::menuItem();
-    item->setTitle(titleForRow(row));
-    return item;
+    return row == 0 ? shell::MenuItem::plainMenuItem(titleForRow(row)) : nullptr;
 }
 
 QString PhoneRemoteMenu::titleForRow(long row)

@@ -14,6 +14,15 @@ std::unique_ptr<MenuItem> MenuItem::menuItem()
     return std::unique_ptr<MenuItem>(new MenuItem(Kind::Plain));
 }
 
+std::unique_ptr<MenuItem> MenuItem::plainMenuItem(const QString& title)
+{
+    if (title.isNull())
+        return nullptr;
+    auto item = menuItem();
+    item->setTitle(title);
+    return item;
+}
+
 std::unique_ptr<MenuItem> MenuItem::adornedMenuItem()
 {
     return std::unique_ptr<MenuItem>(new MenuItem(Kind::Adorned));

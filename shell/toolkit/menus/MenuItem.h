@@ -25,6 +25,8 @@ public:
 
     static std::unique_ptr<MenuItem> folderMenuItem();
     static std::unique_ptr<MenuItem> menuItem();
+    // A plain row titled `title`; none for a null title (a row past the list's end).
+    static std::unique_ptr<MenuItem> plainMenuItem(const QString& title);
     static std::unique_ptr<MenuItem> adornedMenuItem();
 
     Kind kind() const { return m_kind; }
