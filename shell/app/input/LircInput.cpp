@@ -109,6 +109,7 @@ void LircInput::connectToLircd()
 void LircInput::connected()
 {
     qCInfo(lcRemote).noquote() << "Reading lircd at" << m_path;
+    m_wasConnected = true;
     m_retryMS = kFirstRetryMS;
     m_logged = false;
 }
@@ -117,9 +118,14 @@ void LircInput::lost(const QString& why)
 {
     if (m_retry->isActive())
         return;
-    if (!m_logged)
+    // Most desktops have no lircd at all: only losing one that answered is worth a warning.
+    if (!m_logged && m_wasConnected)
         qCWarning(lcRemote).noquote()
             << QStringLiteral("Warning: no lircd at %1 (%2); trying again in the background")
+                   .arg(m_path, why);
+    else if (!m_logged)
+        qCInfo(lcRemote).noquote()
+            << QStringLiteral("No lircd at %1 (%2); trying again in the background")
                    .arg(m_path, why);
     else
         qCDebug(lcRemote).noquote() << "lircd at" << m_path << "again in" << m_retryMS << "ms";

@@ -61,6 +61,7 @@ private:
     QTimer* m_retry = nullptr;
     int m_retryMS;
     bool m_logged = false;
+    bool m_wasConnected = false;
     QByteArray m_line;
     bool m_skippingLine = false;
     bool m_loggedIgnored = false;

@@ -112,10 +112,17 @@ PreviewView::State PreviewView::read(const shell::PreviewController* preview)
     const bool missingFile = QFileInfo(image).isAbsolute() && !FileSystem::exists(image);
     state.imageUrl = missingFile ? QString() : imageUrl(image);
     if (state.imageUrl.isEmpty() && preview->asset()) {
-        // No file or address: the picture the asset draws itself, or its type's.
-        state.imageUrl
-            = m_images ? m_images->add(imageGroup(), preview->asset()->coverArt()) : QString();
-        m_storedImage = state.imageUrl;
+        // No file or address: the picture the asset draws itself, or its type's. The
+        // type's keeps one address, so that QML keeps its texture from row to row
+        // instead of uploading the same picture at every move.
+        const QImage art = preview->asset()->coverArt();
+        const shell::MediaType type = preview->asset()->mediaType();
+        if (art.cacheKey() == shell::DefaultMediaImages::imageForMediaType(type).cacheKey()) {
+            state.imageUrl = defaultImageUrl(type);
+        } else {
+            state.imageUrl = m_images ? m_images->add(imageGroup(), art) : QString();
+            m_storedImage = state.imageUrl;
+        }
         state.isIcon = true;
     }
     if (preview->asset())
