@@ -46,6 +46,8 @@ struct Server : QTcpServer {
                 Qt::SingleShotConnection);
         });
     }
+    // The sockets go while the server is still whole: their last signals count on it.
+    ~Server() override { qDeleteAll(findChildren<QTcpSocket*>()); }
     QString url(const QString& path) const
     {
         return QStringLiteral("http://127.0.0.1:%1%2").arg(serverPort()).arg(path);
