@@ -273,7 +273,9 @@ bool Shell::showWindow(QString* error)
     }
     m_remotes = std::make_unique<RemoteInputs>(m_keys, RemoteInputs::settingsFile());
     connect(m_remotes.get(), &RemoteInputs::actionTriggered, this, &Shell::performAction);
-    m_remotes->start();
+    // Opening libcec and looking for adapters would compete with the first frame.
+    connect(m_window, &QQuickWindow::frameSwapped, m_remotes.get(), &RemoteInputs::start,
+        Qt::SingleShotConnection);
     return true;
 }
 

@@ -235,10 +235,11 @@ qint64 memoryKiB(const QString& field)
 }
 
 // AddressSanitizer keeps freed blocks in quarantine and pads every allocation: the
-// streams peak at some 65 MB there. Both allowances stay well below what a loader that
+// streams peak at 65 to 105 MB there, as the machine's load decides how much arrives
+// before the bound ends the load. Both allowances stay well below what a loader that
 // kept reading would hold.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr qint64 kPeakAllowance = 12;
+constexpr qint64 kPeakAllowance = 16;
 #else
 constexpr qint64 kPeakAllowance = 6;
 #endif
