@@ -37,10 +37,14 @@ Item {
         x: (root.width - width) / 2
         y: root.imageBottom - height
         asynchronous: false
-        // Shared with the mirror below: one decode and one texture for both.
+        // Decoded at the size it is drawn, so the renderer samples the texture one to
+        // one: without a GPU, a large picture scaled down at every frame costs more than
+        // the rest of the screen. Shared with the mirror below: one decode and one
+        // texture for both.
+        sourceSize.width: Math.max(1, Math.round(root.width))
+        sourceSize.height: Math.max(1, Math.round(root.imageBottom))
         cache: true
         smooth: true
-        mipmap: true
     }
 
     Item {
@@ -57,9 +61,9 @@ Item {
             width: picture.width
             height: picture.height
             source: picture.source
+            sourceSize: picture.sourceSize
             cache: true
             smooth: true
-            mipmap: true
             opacity: root.reflection
             transform: Scale { origin.y: picture.height / 2; yScale: -1 }
         }
