@@ -228,7 +228,7 @@ void Shell::loadAppliances()
 shell::Appliance* Shell::startRemote()
 {
     const std::optional<quint16> port
-        = PhoneRemote::configuredPort(m_options.remotePort, PhoneRemote::settingsFile());
+        = PhoneRemote::configuredPort(m_options.remotePort, settingsFilePath());
     if (!port)
         return nullptr;
     m_remote = std::make_unique<PhoneRemote>([this](shell::RemoteAction a) { performAction(a); });
@@ -271,7 +271,7 @@ bool Shell::showWindow(QString* error)
             m_window->setGeometry(screen->geometry());
         m_window->showFullScreen();
     }
-    m_remotes = std::make_unique<RemoteInputs>(m_keys, RemoteInputs::settingsFile());
+    m_remotes = std::make_unique<RemoteInputs>(m_keys, settingsFilePath());
     connect(m_remotes.get(), &RemoteInputs::actionTriggered, this, &Shell::performAction);
     // Opening libcec and looking for adapters would compete with the first frame.
     connect(m_window, &QQuickWindow::frameSwapped, m_remotes.get(), &RemoteInputs::start,

@@ -7,7 +7,6 @@
 #include "input/RemoteLog.h"
 
 #include <QSettings>
-#include <QStandardPaths>
 
 namespace mediashell {
 
@@ -50,12 +49,6 @@ void RemoteInputs::start()
     m_cec->start();
     if (m_lirc)
         m_lirc->start();
-}
-
-QString RemoteInputs::settingsFile()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QStringLiteral("/mediashell/mediashell.conf");
 }
 
 } // namespace mediashell

@@ -23,10 +23,6 @@ public:
     // Opens the HDMI-CEC adapter in the background and connects to lircd.
     void start();
 
-    // The shell's settings file: mediashell/mediashell.conf (INI) in the user's
-    // configuration folder.
-    static QString settingsFile();
-
 signals:
     void actionTriggered(shell::RemoteAction action);
 

@@ -8,7 +8,6 @@
 #include <QHostInfo>
 #include <QNetworkInterface>
 #include <QSettings>
-#include <QStandardPaths>
 
 namespace mediashell {
 
@@ -35,12 +34,6 @@ bool PhoneRemote::start(quint16 port, QString* error)
     m_appliance
         = std::make_unique<PhoneRemoteAppliance>(m_pageUrl, [this] { m_server.restartPairing(); });
     return true;
-}
-
-QString PhoneRemote::settingsFile()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QStringLiteral("/mediashell/mediashell.conf");
 }
 
 std::optional<quint16> PhoneRemote::configuredPort(int commandLinePort, const QString& settingsFile)

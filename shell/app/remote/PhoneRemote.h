@@ -40,8 +40,6 @@ public:
     // The remote's port: `commandLinePort` when it is 0 or more, else the setting
     // "remote/port" of `settingsFile` (1 to 65534; a bad value is logged); none: off.
     static std::optional<quint16> configuredPort(int commandLinePort, const QString& settingsFile);
-    // The shell's settings file, mediashell/mediashell.conf in the user's config folder.
-    static QString settingsFile();
 
     // Shows the pairing code in `view` and hands paired phones what it shows.
     void follow(ShellView* view);
