@@ -227,6 +227,9 @@ void VireoApplianceController::markResumePoint(shell::MenuItem& item, long index
         item.setResumePoint(asset->bookmarkTimeInMS(), qint64(asset->duration()) * 1000);
         return;
     }
+    // Most folders hold no partly watched movie: no name is hashed for them.
+    if (m_resumePoints.isEmpty())
+        return;
     const qint32 id = VTVMediaAsset::assetIdForFileName(m_pFileList->at(index));
     item.setResumePoint(m_resumePoints.value(id), 0);
 }
@@ -259,8 +262,10 @@ std::shared_ptr<VTVMediaAsset> VireoApplianceController::assetForFile(long index
     if (!slot) {
         const QString path = m_pDirectory + QLatin1Char('/') + m_pFileList->at(index);
         slot = std::make_shared<VTVMediaAsset>(FileSystem::fileURL(path));
-        slot->takeCachedPosition(
-            m_resumePoints.value(VTVMediaAsset::assetIdForFileName(m_pFileList->at(index))));
+        // The scan read the cache once; the asset need not read it again.
+        slot->takeCachedPosition(m_resumePoints.isEmpty()
+                ? 0
+                : m_resumePoints.value(VTVMediaAsset::assetIdForFileName(m_pFileList->at(index))));
     }
     return slot;
 }
