@@ -31,8 +31,6 @@ public:
     // Asks CanPowerOff and CanReboot; answered() once both replies are in. Without a
     // connection it logs why and the policies stay as they were.
     void ask();
-    Policy powerOffPolicy() const { return m_powerOff; }
-    Policy rebootPolicy() const { return m_reboot; }
     bool mayPowerOff() const { return m_powerOff == Policy::Yes; }
     bool mayReboot() const { return m_reboot == Policy::Yes; }
 

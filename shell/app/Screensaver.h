@@ -33,7 +33,6 @@ public:
     void setPlaying(bool playing);
 
     bool isDimmed() const { return m_dimmed; }
-    int idleMS() const { return m_idle.interval(); }
 
 signals:
     void dimmedChanged(bool dimmed);

@@ -84,13 +84,8 @@ public:
     shell::Scene* scene() const { return m_scene.get(); }
     ShellMenu* topMenu() const { return m_menu; }
     ShellView* view() const { return m_view.get(); }
-    Screensaver* screensaver() const { return m_screensaver.get(); }
     QQuickWindow* window() const { return m_window.data(); }
     const KeyMap& keyMap() const { return m_keys; }
-    // Started as the box's shell (--kiosk): full screen, and power may be offered.
-    bool kiosk() const { return m_options.kiosk; }
-    // The phone remote, null when it is off or could not listen.
-    PhoneRemote* remote() const { return m_remote.get(); }
     // "file: reason" for each plugin that did not load.
     QStringList failures() const { return m_failures; }
     // "Restart Shell" ended the event loop: the program is to start again.
