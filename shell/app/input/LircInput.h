@@ -1,7 +1,7 @@
 #pragma once
 
-#include "input/RateLimiter.h"
 #include "input/RemoteButtonMap.h"
+#include "toolkit/stack/RateLimiter.h"
 
 #include "toolkit/stack/RemoteAction.h"
 
@@ -65,7 +65,7 @@ private:
     QByteArray m_line;
     bool m_skippingLine = false;
     bool m_loggedIgnored = false;
-    RateLimiter m_rate;
+    shell::RateLimiter m_rate;
     QElapsedTimer m_sincePress;
 };
 

@@ -14,6 +14,7 @@ RemoteClient::RemoteClient(
     , m_limits(limits)
     , m_name(
           QStringLiteral("%1:%2").arg(m_socket->peerAddress().toString()).arg(m_socket->peerPort()))
+    , m_rate(limits.maxMessagesPerSecond, limits.maxMessagesPerSecond)
 {
     // Larger messages close the connection with "too much data" (1009) before they
     // are buffered whole.
@@ -42,17 +43,13 @@ RemoteClient::~RemoteClient()
 
 bool RemoteClient::admit()
 {
-    if (!m_window.isValid() || m_window.elapsed() >= m_limits.rateWindowMS) {
-        m_window.start();
-        m_inWindow = 0;
-    }
-    if (++m_inWindow <= m_limits.maxMessagesPerWindow)
-        return true;
-    if (m_inWindow == m_limits.maxMessagesPerWindow + 1)
-        qCWarning(lcRemote).noquote()
-            << "Dropping messages from" << m_name << "- more than" << m_limits.maxMessagesPerWindow
-            << "in" << m_limits.rateWindowMS << "ms";
-    return false;
+    const bool admitted = m_rate.take();
+    // One line for each run of dropped messages.
+    if (!admitted && !m_dropping)
+        qCWarning(lcRemote).noquote() << "Dropping messages from" << m_name << "- more than"
+                                      << m_limits.maxMessagesPerSecond << "a second";
+    m_dropping = !admitted;
+    return admitted;
 }
 
 void RemoteClient::onText(const QString& text)

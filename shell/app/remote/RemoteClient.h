@@ -2,7 +2,8 @@
 
 #include "RemoteLimits.h"
 
-#include <QElapsedTimer>
+#include "toolkit/stack/RateLimiter.h"
+
 #include <QJsonObject>
 #include <QObject>
 #include <QString>
@@ -46,8 +47,8 @@ private:
     std::unique_ptr<QWebSocket> m_socket;
     const RemoteLimits m_limits;
     const QString m_name;
-    QElapsedTimer m_window;
-    int m_inWindow = 0;
+    shell::RateLimiter m_rate;
+    bool m_dropping = false;
     bool m_paired = false;
     bool m_waiting = false;
 };

@@ -10,9 +10,8 @@ struct RemoteLimits {
     // A WebSocket message (and any one frame of it) larger than this closes its
     // connection: a button press is a few dozen bytes.
     qint64 maxMessageBytes = 1024;
-    // Messages a client may send in one window; the rest of the window's are dropped.
-    int maxMessagesPerWindow = 20;
-    int rateWindowMS = 1000;
+    // Messages a client may send a second (and at once); the excess is dropped.
+    int maxMessagesPerSecond = 20;
     // Browsers connected at once; one more is closed as soon as it is accepted.
     int maxClients = 8;
     // Wrong codes in a row (from any browser) before pairing pauses for a while.

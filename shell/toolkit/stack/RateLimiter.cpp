@@ -1,8 +1,8 @@
-#include "input/RateLimiter.h"
+#include "toolkit/stack/RateLimiter.h"
 
 #include <algorithm>
 
-namespace mediashell {
+namespace shell {
 
 RateLimiter::RateLimiter(int burst, int perSecond)
     : m_burst(burst)
@@ -23,4 +23,4 @@ bool RateLimiter::take()
     return true;
 }
 
-} // namespace mediashell
+} // namespace shell

@@ -2,10 +2,11 @@
 
 #include <QElapsedTimer>
 
-namespace mediashell {
+namespace shell {
 
 // A token bucket: a burst of `burst` events at once, then `perSecond` events a second.
-// An event over the rate is refused, not queued, so a flood leaves no backlog behind.
+// An event over the rate is refused, not queued, so a flood from a remote (lircd, a
+// phone) leaves no backlog of actions behind.
 class RateLimiter {
 public:
     RateLimiter(int burst, int perSecond);
@@ -21,4 +22,4 @@ private:
     qint64 m_lastMS = 0;
 };
 
-} // namespace mediashell
+} // namespace shell
