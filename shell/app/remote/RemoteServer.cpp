@@ -12,15 +12,10 @@
 #include <QWebSocketServer>
 
 #include <algorithm>
-#include <array>
 
 namespace mediashell {
 
 namespace {
-
-    // Every button of the page; those the toolkit does not know are left out.
-    constexpr std::array kPageButtons { u"up", u"down", u"left", u"right", u"select", u"menu",
-        u"playpause", u"info" };
 
     // Long enough for a phone on a slow network, short against a socket that never
     // finishes its handshake.
@@ -54,16 +49,6 @@ RemoteServer::~RemoteServer()
     for (RemoteClient* client : m_clients)
         delete client;
     m_clients.clear();
-}
-
-QStringList RemoteServer::actionNames()
-{
-    QStringList names;
-    for (const char16_t* name : kPageButtons) {
-        if (shell::remoteActionFromName(QStringView(name)))
-            names.append(QString::fromUtf16(name));
-    }
-    return names;
 }
 
 bool RemoteServer::listen(const QHostAddress& address, quint16 port, QString* error)
@@ -253,7 +238,8 @@ void RemoteServer::pair(RemoteClient* client, const QString& token)
     client->setWaiting(false);
     QJsonObject answer = message("paired");
     answer.insert(QStringLiteral("token"), token);
-    answer.insert(QStringLiteral("actions"), QJsonArray::fromStringList(actionNames()));
+    answer.insert(
+        QStringLiteral("actions"), QJsonArray::fromStringList(shell::remoteActionNames()));
     client->send(answer);
     client->send(screenMessage());
     updateWaiting();

@@ -60,10 +60,6 @@ public:
     // {"pairingCode": "1234" or null, "clients": N, "paired": N, "port": P}
     QJsonObject describe() const;
 
-    // The remote actions a page may send: every button the page has that the toolkit
-    // knows.
-    static QStringList actionNames();
-
 signals:
     void actionRequested(shell::RemoteAction action);
     // The pairing code or the clients changed.

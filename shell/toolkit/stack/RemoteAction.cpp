@@ -38,4 +38,12 @@ QString remoteActionName(RemoteAction action)
     return {};
 }
 
+QStringList remoteActionNames()
+{
+    QStringList names;
+    for (const auto& entry : kNames)
+        names.append(QString::fromUtf16(entry.second));
+    return names;
+}
+
 } // namespace shell

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 
 #include <optional>
@@ -24,5 +25,7 @@ enum class RemoteAction {
 // other text.
 std::optional<RemoteAction> remoteActionFromName(QStringView name);
 QString remoteActionName(RemoteAction action);
+// Every action's name, in the order above.
+QStringList remoteActionNames();
 
 } // namespace shell
